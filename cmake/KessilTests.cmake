@@ -1,0 +1,25 @@
+# GoogleTest is built from its sources, with the flags of the preset: the sanitizers and the Windows build need that.
+set(tidy ${CMAKE_CXX_CLANG_TIDY})
+unset(CMAKE_CXX_CLANG_TIDY)
+add_subdirectory(/usr/src/googletest ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL)
+set(CMAKE_CXX_CLANG_TIDY ${tidy})
+if(KESSIL_SANITIZE)
+    foreach(target gtest gmock gtest_main gmock_main)
+        target_compile_options(${target} PRIVATE -fsanitize=${KESSIL_SANITIZE})
+    endforeach()
+endif()
+include(GoogleTest)
+
+# kessil_test(NAME SOURCES ... LINKS ... [TIMEOUT seconds] [ENVIRONMENT ...]): one test program, one ctest entry per test
+# case. ctest runs the cases in processes of their own, so a case that hangs or dies is only one failure.
+function(kessil_test name)
+    cmake_parse_arguments(ARG "" "TIMEOUT" "SOURCES;LINKS;ENVIRONMENT" ${ARGN})
+    if(NOT ARG_TIMEOUT)
+        set(ARG_TIMEOUT 120)
+    endif()
+    add_executable(${name} ${ARG_SOURCES})
+    target_link_libraries(${name} PRIVATE kessil_flags ${ARG_LINKS} GTest::gmock GTest::gtest GTest::gtest_main)
+    target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
+    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 120
+        PROPERTIES TIMEOUT ${ARG_TIMEOUT} ENVIRONMENT "${ARG_ENVIRONMENT}")
+endfunction()

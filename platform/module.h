@@ -1,0 +1,26 @@
+#pragma once
+
+#include "platform/text.h"
+
+#include <cstdint>
+
+namespace kessil::platform {
+
+/// A loaded library; null when none.
+using ModuleHandle = void *;
+
+/// Loads a library by name or path. On Windows its own directory is searched for what it needs. On Linux a name with
+/// a `/` is taken as it stands; a bare name is looked for along PATH and then where the dynamic linker looks.
+/// Null on failure.
+ModuleHandle LoadModule(const WideString &name);
+
+/// The system's text for the failed load that `code` came from; to be asked for right after LoadModule failed.
+WideString LoadErrorText(std::uint32_t code);
+
+/// The address of an export, null when there is none.
+void *FindExport(ModuleHandle module, const char *name);
+
+/// Gives back one load. The library's own end-of-life code may run here. Keeps the last error.
+void FreeModule(ModuleHandle module);
+
+} // namespace kessil::platform

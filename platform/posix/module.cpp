@@ -1,0 +1,83 @@
+#include "platform/module.h"
+
+#include "platform/last_error.h"
+#include "platform/posix/handles.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <dlfcn.h>
+#include <string>
+#include <string_view>
+#include <sys/stat.h>
+
+namespace kessil::platform {
+namespace {
+
+bool IsFile(const std::string &path)
+{
+    struct stat status = {};
+    return stat(path.c_str(), &status) == 0 && !S_ISDIR(status.st_mode);
+}
+
+// The first file of that name along PATH, or the name itself. An empty directory in the list stands for nothing:
+// taken as the current one, it would let whoever fills that choose the code that runs.
+std::string FindAlongPath(const std::string &name)
+{
+    const char *const path = std::getenv("PATH");
+    std::string_view rest = path == nullptr ? "" : path;
+    while (!rest.empty()) {
+        const std::string_view directory = rest.substr(0, rest.find(':'));
+        rest.remove_prefix(directory.size() == rest.size() ? rest.size() : directory.size() + 1);
+        if (directory.empty())
+            continue;
+        std::string candidate = std::string(directory) + "/" + name;
+        if (IsFile(candidate))
+            return candidate;
+    }
+    return name;
+}
+
+// The loader gives a text for a failed load and no code. A file that can be read but not loaded is no library here.
+int WhyNotLoaded(const std::string &path)
+{
+    if (path.find('/') == std::string::npos)
+        return ENOENT;
+    return access(path.c_str(), R_OK) == 0 ? ENOEXEC : errno;
+}
+
+} // namespace
+
+ModuleHandle LoadModule(const WideString &name)
+{
+    const std::string file = ToUtf8(name);
+    // An empty name would open the program itself.
+    if (file.empty()) {
+        dlerror();
+        errno = ENOENT;
+        return nullptr;
+    }
+    const std::string path = file.find('/') == std::string::npos ? FindAlongPath(file) : file;
+    void *const module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (module == nullptr)
+        errno = WhyNotLoaded(path);
+    return module;
+}
+
+WideString LoadErrorText(std::uint32_t code)
+{
+    const char *const text = dlerror();
+    return text == nullptr ? ErrorText(code) : FromUtf8(text);
+}
+
+void *FindExport(ModuleHandle module, const char *name)
+{
+    return dlsym(module, name);
+}
+
+void FreeModule(ModuleHandle module)
+{
+    const posix::KeepErrno keep;
+    dlclose(module);
+}
+
+} // namespace kessil::platform

@@ -1,0 +1,10 @@
+#pragma once
+
+#include <filesystem>
+
+namespace kessil::platform {
+
+/// The file that this process runs. Empty when the system doesn't tell.
+std::filesystem::path ProgramPath();
+
+} // namespace kessil::platform

@@ -1,0 +1,10 @@
+#pragma once
+
+#include <cstdint>
+
+namespace kessil::platform {
+
+/// The operating system's number of the calling thread.
+std::uint32_t CurrentThreadId();
+
+} // namespace kessil::platform

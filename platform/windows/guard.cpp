@@ -1,0 +1,121 @@
+#include "platform/guard.h"
+
+#include "platform/windows/ending.h"
+#include "platform/windows/native.h"
+#include "platform/windows/structured_exception.h"
+
+#include <cstdlib>
+#include <malloc.h>
+#include <process.h>
+
+namespace kessil::platform {
+
+namespace {
+
+/// What the filter and the frames that it calls may use of a stack that has overflowed.
+constexpr ULONG overflow_stack_size = 64 * 1024;
+constexpr SIZE_T watchdog_stack_size = 64 * 1024;
+
+/// Ends the process a while after it was told to, or when the main thread is gone: the watchdog's own thread would
+/// otherwise keep a process alive in which nothing happens any more.
+struct Watchdog
+{
+    HANDLE told;
+    HANDLE awake;
+    HANDLE main_thread;
+    DWORD milliseconds;
+    UINT exit_code;
+    bool ready;
+    bool running;
+};
+
+Watchdog g_watchdog;
+
+[[noreturn]] void EndNow(UINT exit_code)
+{
+    TerminateProcess(GetCurrentProcess(), exit_code);
+    std::abort();
+}
+
+// Takes no lock and no memory: the fault may have left either in any state.
+DWORD WINAPI Watch(void *)
+{
+    const HANDLE events[] = {g_watchdog.told, g_watchdog.main_thread};
+    if (WaitForMultipleObjects(2, events, FALSE, INFINITE) != WAIT_OBJECT_0) {
+        DWORD exit_code = EXIT_FAILURE;
+        GetExitCodeThread(g_watchdog.main_thread, &exit_code);
+        EndNow(exit_code);
+    }
+    SetEvent(g_watchdog.awake);
+    Sleep(g_watchdog.milliseconds);
+    EndNow(g_watchdog.exit_code);
+}
+
+bool OpenMainThread()
+{
+    const HANDLE process = GetCurrentProcess();
+    return DuplicateHandle(process, GetCurrentThread(), process, &g_watchdog.main_thread, 0, FALSE,
+                           DUPLICATE_SAME_ACCESS) != 0;
+}
+
+bool StartWatchdog()
+{
+    g_watchdog.told = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    g_watchdog.awake = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    if (!g_watchdog.told || !g_watchdog.awake || !OpenMainThread())
+        return false;
+    const HANDLE thread =
+        CreateThread(nullptr, watchdog_stack_size, Watch, nullptr, STACK_SIZE_PARAM_IS_A_RESERVATION, nullptr);
+    if (thread)
+        CloseHandle(thread);
+    return thread != nullptr;
+}
+
+/// Makes a stack overflow something that GuardedRun can take, where the system goes along.
+void ReserveOverflowStack()
+{
+    ULONG size = overflow_stack_size;
+    SetThreadStackGuarantee(&size);
+    // Puts a guard page in unless there is one: Wine commits the main thread's stack as a whole, and without a guard
+    // page above it the reserve counts for nothing.
+    _resetstkoflw();
+}
+
+} // namespace
+
+bool PrepareGuard()
+{
+    ReserveOverflowStack();
+    g_watchdog.ready = StartWatchdog();
+    return g_watchdog.ready;
+}
+
+bool GuardedRun(void (*body)(void *), void *argument)
+{
+    if (g_watchdog.ready)
+        return KessilRunStructured(body, argument) != 0;
+    body(argument);
+    return true;
+}
+
+void EndWithin(std::uint32_t milliseconds, int exit_code)
+{
+    g_watchdog.milliseconds = milliseconds;
+    g_watchdog.exit_code = static_cast<UINT>(exit_code);
+    g_watchdog.running = true;
+    SetEvent(g_watchdog.told);
+    // A fault in a library's start-up code holds the lock that a thread needs in order to start: where the watchdog
+    // didn't wake, nobody else keeps the time.
+    if (WaitForSingleObject(g_watchdog.awake, milliseconds) != WAIT_OBJECT_0)
+        EndNow(g_watchdog.exit_code);
+}
+
+void EndBounded(int exit_code)
+{
+    if (!g_watchdog.running)
+        return;
+    _cexit();
+    EndNow(static_cast<UINT>(exit_code));
+}
+
+} // namespace kessil::platform

@@ -1,0 +1,259 @@
+// The program that the platform's tests start: its first argument names what it does, the exit code tells how it went.
+
+#include "child.h"
+
+#include "native.h"
+#include "platform/entry_point.h"
+#include "platform/guard.h"
+#include "platform/module.h"
+#include "platform/pipe.h"
+#include "platform/process.h"
+
+#include <cstdio>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <stdexcept>
+#include <string>
+
+namespace kessil::test {
+
+namespace {
+
+using Arguments = std::vector<WideString>;
+
+int Number(const WideString &text)
+{
+    return std::stoi(platform::ToUtf8(text));
+}
+
+platform::PipeHandle Connect(const WideString &name)
+{
+    return platform::ConnectPipe(name, 30000);
+}
+
+void Send(platform::PipeHandle pipe, const void *data, std::size_t size)
+{
+    std::uint32_t count = 0;
+    platform::WritePipe(pipe, data, static_cast<std::uint32_t>(size), count);
+}
+
+void SendText(platform::PipeHandle pipe, const WideString &text)
+{
+    const auto length = static_cast<std::uint32_t>(text.size());
+    Send(pipe, &length, sizeof length);
+    Send(pipe, text.data(), text.size() * sizeof(char16_t));
+}
+
+/// Returns when the other end has gone.
+void WaitForEnd(platform::PipeHandle pipe)
+{
+    unsigned char byte = 0;
+    std::uint32_t count = 0;
+    while (platform::ReadPipe(pipe, &byte, 1, count) && count > 0) {
+    }
+}
+
+int Exit(const Arguments &arguments)
+{
+    return Number(arguments.at(2));
+}
+
+int SendArguments(const Arguments &arguments)
+{
+    const platform::PipeHandle pipe = Connect(arguments.at(2));
+    for (std::size_t i = 3; i < arguments.size(); ++i)
+        SendText(pipe, arguments[i]);
+    platform::ClosePipe(pipe);
+    return 0;
+}
+
+int SendDirectory(const Arguments &arguments)
+{
+    const platform::PipeHandle pipe = Connect(arguments.at(2));
+    SendText(pipe, platform::FromUtf8(std::filesystem::current_path().string()));
+    platform::ClosePipe(pipe);
+    return 0;
+}
+
+int Print(const Arguments &)
+{
+    return std::printf("printed\n") == 8 ? 0 : child_failed;
+}
+
+int ReadInput(const Arguments &)
+{
+    return std::getchar() == EOF ? 0 : child_failed;
+}
+
+int ProbeHandle(const Arguments &arguments)
+{
+    return IsOpen(std::stoull(platform::ToUtf8(arguments.at(2)))) ? child_yes : child_no;
+}
+
+int Hang(const Arguments &arguments)
+{
+    WaitForEnd(Connect(arguments.at(2)));
+    return child_failed;
+}
+
+/// Starts a child of its own, tells its number, and ends without giving it up when the pipe's other end goes.
+int StartAnother(const Arguments &arguments)
+{
+    const platform::PipeHandle pipe = Connect(arguments.at(2));
+    const platform::Process *const other = platform::StartProcess(arguments.at(0), {u"hang", arguments.at(3)}, {});
+    if (!other)
+        return child_failed;
+    SendText(pipe, platform::FromUtf8(std::to_string(platform::ProcessId(*other))));
+    WaitForEnd(pipe);
+    return 0;
+}
+
+void CallAnswer(void *library)
+{
+    const platform::ModuleHandle module = platform::LoadModule(*static_cast<const WideString *>(library));
+    if (void *const answer = platform::FindExport(module, "Answer"))
+        reinterpret_cast<std::uint32_t (*)()>(answer)();
+}
+
+/// Calls the library's answer in a guard as often as told: a fault must leave the guard usable.
+int CallGuarded(const Arguments &arguments)
+{
+    if (!platform::PrepareGuard())
+        return child_failed;
+    WideString library = arguments.at(2);
+    bool returned = true;
+    for (int left = Number(arguments.at(3)); left > 0; --left)
+        returned = platform::GuardedRun(CallAnswer, &library);
+    return returned ? child_returned : child_abandoned;
+}
+
+class SetsOnDestruction
+{
+public:
+    explicit SetsOnDestruction(bool &flag) : m_flag(flag) {}
+    ~SetsOnDestruction() { m_flag = true; }
+    SetsOnDestruction(const SetsOnDestruction &) = delete;
+    SetsOnDestruction &operator=(const SetsOnDestruction &) = delete;
+
+private:
+    bool &m_flag;
+};
+
+void Throw(void *destroyed)
+{
+    const SetsOnDestruction object(*static_cast<bool *>(destroyed));
+    throw std::runtime_error("thrown inside the guard");
+}
+
+int ThrowThroughGuard(const Arguments &)
+{
+    if (!platform::PrepareGuard())
+        return child_failed;
+    bool destroyed = false;
+    try {
+        platform::GuardedRun(Throw, &destroyed);
+    } catch (const std::runtime_error &) {
+        return destroyed ? child_caught : child_failed;
+    }
+    return child_returned;
+}
+
+int ThrowAwayInsideGuard(const Arguments &)
+{
+    if (!platform::PrepareGuard())
+        return child_failed;
+    bool caught = false;
+    const bool returned = platform::GuardedRun(
+        [](void *flag) {
+            try {
+                bool destroyed = false;
+                Throw(&destroyed);
+            } catch (const std::runtime_error &) {
+                *static_cast<bool *>(flag) = true;
+            }
+        },
+        &caught);
+    return returned && caught ? child_returned : child_failed;
+}
+
+int CatchForeignThrow(const Arguments &arguments)
+{
+    if (!platform::PrepareGuard())
+        return child_failed;
+    WideString library = arguments.at(2);
+    try {
+        return platform::GuardedRun(CallAnswer, &library) ? child_returned : child_abandoned;
+    } catch (...) {
+        return child_caught;
+    }
+}
+
+/// Hangs after it was told to end; then, and not before, the time limit may end it.
+int EndHanging(const Arguments &arguments)
+{
+    if (!platform::PrepareGuard())
+        return child_failed;
+    const platform::PipeHandle pipe = Connect(arguments.at(2));
+    platform::EndWithin(300, 7);
+    WaitForEnd(pipe);
+    return child_failed;
+}
+
+int EndInTime(const Arguments &)
+{
+    if (!platform::PrepareGuard())
+        return child_failed;
+    platform::EndWithin(60000, 7);
+    return 5;
+}
+
+int EndAfterFault(const Arguments &arguments)
+{
+    WideString library = arguments.at(2);
+    if (!platform::PrepareGuard() || platform::GuardedRun(CallAnswer, &library))
+        return child_failed;
+    const platform::PipeHandle pipe = Connect(arguments.at(3));
+    platform::EndWithin(300, 7);
+    WaitForEnd(pipe);
+    return child_failed;
+}
+
+#ifdef _WIN32
+int EndMainThread(const Arguments &)
+{
+    if (!platform::PrepareGuard())
+        return child_failed;
+    EndThisThread(9);
+}
+#endif
+
+const std::map<WideString, std::function<int(const Arguments &)>> modes = {
+    {u"exit", Exit},
+    {u"arguments", SendArguments},
+    {u"directory", SendDirectory},
+    {u"print", Print},
+    {u"read_input", ReadInput},
+    {u"probe", ProbeHandle},
+    {u"hang", Hang},
+    {u"start_another", StartAnother},
+    {u"call", CallGuarded},
+    {u"throw_through", ThrowThroughGuard},
+    {u"throw_inside", ThrowAwayInsideGuard},
+    {u"call_and_catch", CatchForeignThrow},
+    {u"end_hanging", EndHanging},
+    {u"end_in_time", EndInTime},
+    {u"end_after_fault", EndAfterFault},
+#ifdef _WIN32
+    {u"end_main_thread", EndMainThread},
+#endif
+};
+
+} // namespace
+
+} // namespace kessil::test
+
+int kessil::platform::Main(const std::vector<WideString> &arguments)
+{
+    return test::modes.at(arguments.at(1))(arguments);
+}

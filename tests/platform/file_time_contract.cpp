@@ -1,0 +1,77 @@
+#include "platform/file_time.h"
+
+#include "platform/last_error.h"
+#include "temporary_directory.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+namespace kessil::test {
+
+using platform::FileTime;
+
+namespace {
+
+std::filesystem::path MakeFile(const TemporaryDirectory &directory)
+{
+    std::filesystem::path path = directory.Path() / "file";
+    std::ofstream(path) << "content";
+    return path;
+}
+
+void ExpectKept(const std::filesystem::path &path, const FileTime &time)
+{
+    FileTime read = {};
+    EXPECT_TRUE(platform::WriteFileTime(path, time));
+    EXPECT_TRUE(platform::ReadFileTime(path, read));
+    EXPECT_EQ(read.seconds, time.seconds);
+    EXPECT_EQ(read.nanoseconds, time.nanoseconds);
+}
+
+} // namespace
+
+TEST(FileTime, IsKeptToAHundredNanoseconds)
+{
+    const TemporaryDirectory directory;
+    const std::filesystem::path path = MakeFile(directory);
+    ExpectKept(path, {1560946576, 123456700});
+    ExpectKept(path, {0, 0});
+    ExpectKept(path, {1, 999999900});
+}
+
+TEST(FileTime, MayLieBefore1970AndFarOff)
+{
+    const TemporaryDirectory directory;
+    const std::filesystem::path path = MakeFile(directory);
+    ExpectKept(path, {-2, 500000000});
+    ExpectKept(path, {4102444800, 0});
+}
+
+TEST(FileTime, BelongsToDirectoriesToo)
+{
+    const TemporaryDirectory directory;
+    ExpectKept(directory.Path(), {1560946576, 0});
+}
+
+TEST(FileTime, IsThatOfTheClock)
+{
+    const TemporaryDirectory directory;
+    FileTime time = {};
+    ASSERT_TRUE(platform::ReadFileTime(MakeFile(directory), time));
+    const auto now = std::chrono::system_clock::now().time_since_epoch();
+    EXPECT_NEAR(static_cast<double>(time.seconds),
+                static_cast<double>(std::chrono::duration_cast<std::chrono::seconds>(now).count()), 60.0);
+}
+
+TEST(FileTime, IsNotThatOfAFileThatIsNotThere)
+{
+    const TemporaryDirectory directory;
+    FileTime time = {};
+    EXPECT_FALSE(platform::ReadFileTime(directory.Path() / "not", time));
+    EXPECT_EQ(platform::LastError(), 2u);
+    EXPECT_FALSE(platform::WriteFileTime(directory.Path() / "not", time));
+    EXPECT_EQ(platform::LastError(), 2u);
+}
+
+} // namespace kessil::test

@@ -1,0 +1,290 @@
+#include "platform/pipe_server.h"
+
+#include "child.h"
+#include "platform/last_error.h"
+#include "platform/pipe.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <thread>
+
+namespace kessil::test {
+
+using platform::Deadline;
+using platform::PipeHandle;
+using platform::PipeStatus;
+
+namespace {
+
+/// Long enough to be a wait, short enough to be waited for.
+Deadline Soon()
+{
+    return std::chrono::steady_clock::now() + std::chrono::milliseconds(60);
+}
+
+PipeStatus ReadOne(ServedPipe &pipe, Deadline deadline)
+{
+    char byte = 0;
+    std::uint32_t count = 0;
+    return platform::ReadServedPipe(pipe.Server(), &byte, 1, count, deadline);
+}
+
+/// A pipe whose client is this process.
+struct Connected
+{
+    Connected()
+    {
+        client = platform::ConnectPipe(pipe.Name(), 30000);
+        EXPECT_NE(client, platform::invalid_pipe);
+        EXPECT_EQ(pipe.Accept(OwnProcessId()), PipeStatus::Done);
+    }
+    ~Connected() { CloseClient(); }
+    Connected(const Connected &) = delete;
+    Connected &operator=(const Connected &) = delete;
+
+    void CloseClient()
+    {
+        if (client != platform::invalid_pipe)
+            platform::ClosePipe(client);
+        client = platform::invalid_pipe;
+    }
+
+    ServedPipe pipe;
+    PipeHandle client = platform::invalid_pipe;
+};
+
+} // namespace
+
+TEST(RandomPipeName, DiffersEachTime)
+{
+    const ServedPipe first;
+    const ServedPipe second;
+    EXPECT_NE(first.Name(), second.Name());
+}
+
+TEST(RandomPipeName, EndsInThirtyTwoHexadecimalDigits)
+{
+    const ServedPipe pipe;
+    const WideString &name = pipe.Name();
+    ASSERT_GT(name.size(), 32u);
+    EXPECT_EQ(name.find_first_not_of(u"0123456789abcdef", name.size() - 32), WideString::npos);
+    if (on_windows) {
+        EXPECT_EQ(name.substr(0, name.size() - 32), u"\\\\.\\pipe\\kessil-");
+    }
+}
+
+TEST(PipeServer, IsRefusedUnderANameThatIsInUse)
+{
+    const ServedPipe pipe;
+    EXPECT_EQ(platform::CreatePipeServer(pipe.Name()), nullptr);
+    EXPECT_NE(platform::LastError(), 0u);
+}
+
+TEST(PipeServer, IsRefusedUnderNoName)
+{
+    EXPECT_EQ(platform::CreatePipeServer(u""), nullptr);
+    EXPECT_NE(platform::LastError(), 0u);
+}
+
+TEST(PipeServer, FreesItsNameAtItsEnd)
+{
+    platform::PipeServer *server = platform::CreatePipeServer(platform::RandomPipeName());
+    ASSERT_NE(server, nullptr);
+    platform::DestroyPipeServer(server);
+
+    WideString name;
+    {
+        const ServedPipe pipe;
+        name = pipe.Name();
+    }
+    EXPECT_EQ(platform::ConnectPipe(name, 50), platform::invalid_pipe);
+}
+
+TEST(PipeServer, ServesAClientThatConnectsLater)
+{
+    ServedPipe pipe;
+    Child child({u"arguments", pipe.Name(), u"here"});
+    ASSERT_EQ(pipe.Accept(child.Id()), PipeStatus::Done);
+    EXPECT_EQ(pipe.ReadText(), u"here");
+    EXPECT_EQ(child.ExitCode(), 0u);
+}
+
+TEST(PipeServer, ServesAClientThatLeftBeforeItWasAccepted)
+{
+    ServedPipe pipe;
+    const PipeHandle client = platform::ConnectPipe(pipe.Name(), 30000);
+    std::uint32_t count = 0;
+    ASSERT_TRUE(platform::WritePipe(client, "left", 4, count));
+    platform::ClosePipe(client);
+    ASSERT_EQ(pipe.Accept(OwnProcessId()), PipeStatus::Done);
+    EXPECT_EQ(pipe.ReadAll(), "left");
+}
+
+TEST(PipeServer, ServesAnotherAfterAnIntruderThatLeft)
+{
+    ServedPipe pipe;
+    platform::ClosePipe(platform::ConnectPipe(pipe.Name(), 30000));
+    Child child({u"arguments", pipe.Name(), u"me"});
+    EXPECT_EQ(pipe.Accept(child.Id()), PipeStatus::WrongClient);
+    EXPECT_EQ(pipe.Accept(child.Id()), PipeStatus::Done);
+    EXPECT_EQ(pipe.ReadText(), u"me");
+}
+
+TEST(PipeServer, TurnsAwayAProcessThatItDoesNotExpect)
+{
+    ServedPipe pipe;
+    Child expected({u"exit", u"0"});
+    const PipeHandle client = platform::ConnectPipe(pipe.Name(), 30000);
+    ASSERT_NE(client, platform::invalid_pipe);
+    EXPECT_EQ(pipe.Accept(expected.Id()), PipeStatus::WrongClient);
+
+    char byte = 0;
+    std::uint32_t count = 0;
+    EXPECT_FALSE(platform::ReadPipe(client, &byte, 1, count));
+    platform::ClosePipe(client);
+}
+
+TEST(PipeServer, TakesTheExpectedProcessAfterAnother)
+{
+    ServedPipe pipe;
+    const PipeHandle intruder = platform::ConnectPipe(pipe.Name(), 30000);
+    ASSERT_NE(intruder, platform::invalid_pipe);
+    Child child({u"arguments", pipe.Name(), u"me"});
+    EXPECT_EQ(pipe.Accept(child.Id()), PipeStatus::WrongClient);
+    platform::ClosePipe(intruder);
+    EXPECT_EQ(pipe.Accept(child.Id()), PipeStatus::Done);
+    EXPECT_EQ(pipe.ReadText(), u"me");
+}
+
+TEST(PipeServer, StopsWaitingForAClientAtTheDeadline)
+{
+    ServedPipe pipe;
+    const Deadline deadline = Soon();
+    EXPECT_EQ(platform::AcceptPipeClient(pipe.Server(), OwnProcessId(), deadline), PipeStatus::TimedOut);
+    EXPECT_GE(std::chrono::steady_clock::now(), deadline);
+
+    const PipeHandle client = platform::ConnectPipe(pipe.Name(), 30000);
+    EXPECT_EQ(pipe.Accept(OwnProcessId()), PipeStatus::Done);
+    platform::ClosePipe(client);
+}
+
+TEST(PipeServer, StopsReadingAtTheDeadline)
+{
+    Connected connected;
+    const Deadline deadline = Soon();
+    EXPECT_EQ(ReadOne(connected.pipe, deadline), PipeStatus::TimedOut);
+    EXPECT_GE(std::chrono::steady_clock::now(), deadline);
+
+    std::uint32_t count = 0;
+    ASSERT_TRUE(platform::WritePipe(connected.client, "still", 5, count));
+    EXPECT_EQ(connected.pipe.Read(5), "still");
+}
+
+TEST(PipeServer, StopsAtOnceWhenTheDeadlineHasPassed)
+{
+    Connected connected;
+    EXPECT_EQ(ReadOne(connected.pipe, std::chrono::steady_clock::now() - std::chrono::seconds(1)),
+              PipeStatus::TimedOut);
+}
+
+TEST(PipeServer, StopsWritingAtTheDeadline)
+{
+    Connected connected;
+    const std::string more_than_a_pipe_holds(16 << 20, 'x');
+    const Deadline deadline = Soon();
+    EXPECT_EQ(platform::WriteServedPipe(connected.pipe.Server(), more_than_a_pipe_holds.data(),
+                                        static_cast<std::uint32_t>(more_than_a_pipe_holds.size()), deadline),
+              PipeStatus::TimedOut);
+    EXPECT_GE(std::chrono::steady_clock::now(), deadline);
+}
+
+TEST(PipeServer, ReadsWhatIsThere)
+{
+    Connected connected;
+    std::uint32_t count = 0;
+    ASSERT_TRUE(platform::WritePipe(connected.client, "abc", 3, count));
+    char block[64] = {};
+    ASSERT_EQ(platform::ReadServedPipe(connected.pipe.Server(), block, sizeof block, count, WaitLimit()),
+              PipeStatus::Done);
+    EXPECT_EQ(std::string(block, count), "abc");
+}
+
+TEST(PipeServer, TellsThatTheClientIsGone)
+{
+    Connected connected;
+    std::uint32_t count = 0;
+    ASSERT_TRUE(platform::WritePipe(connected.client, "end", 3, count));
+    connected.CloseClient();
+    EXPECT_EQ(connected.pipe.Read(3), "end");
+    EXPECT_EQ(ReadOne(connected.pipe, WaitLimit()), PipeStatus::Closed);
+    EXPECT_EQ(connected.pipe.Write("x"), PipeStatus::Closed);
+}
+
+TEST(PipeServer, TellsThatTheClientDied)
+{
+    ServedPipe pipe;
+    Child child({u"hang", pipe.Name()});
+    ASSERT_EQ(pipe.Accept(child.Id()), PipeStatus::Done);
+    platform::KillProcess(child.Process());
+    EXPECT_EQ(ReadOne(pipe, WaitLimit()), PipeStatus::Closed);
+}
+
+TEST(PipeServer, KeepsAnInterruptForTheNextOperation)
+{
+    ServedPipe pipe;
+    platform::InterruptPipeServer(pipe.Server());
+    EXPECT_EQ(pipe.Accept(OwnProcessId()), PipeStatus::Interrupted);
+
+    Connected reading;
+    platform::InterruptPipeServer(reading.pipe.Server());
+    EXPECT_EQ(ReadOne(reading.pipe, WaitLimit()), PipeStatus::Interrupted);
+
+    Connected writing;
+    platform::InterruptPipeServer(writing.pipe.Server());
+    EXPECT_EQ(writing.pipe.Write("x"), PipeStatus::Interrupted);
+}
+
+TEST(PipeServer, IsInterruptedWhileItWaits)
+{
+    // The interrupt comes before or in the middle of the operation; both end it.
+    for (int round = 0; round < 20; ++round) {
+        ServedPipe waiting;
+        std::thread first([&waiting] { platform::InterruptPipeServer(waiting.Server()); });
+        EXPECT_EQ(waiting.Accept(OwnProcessId()), PipeStatus::Interrupted);
+        first.join();
+
+        Connected reading;
+        std::thread second([&reading] { platform::InterruptPipeServer(reading.pipe.Server()); });
+        EXPECT_EQ(ReadOne(reading.pipe, WaitLimit()), PipeStatus::Interrupted);
+        second.join();
+    }
+}
+
+TEST(PipeServer, IsInterruptedWhileItWrites)
+{
+    Connected connected;
+    const std::string more_than_a_pipe_holds(16 << 20, 'x');
+    std::thread interrupting([&connected] {
+        // The first byte here says that the write is under way.
+        char byte = 0;
+        std::uint32_t count = 0;
+        EXPECT_TRUE(platform::ReadPipe(connected.client, &byte, 1, count));
+        platform::InterruptPipeServer(connected.pipe.Server());
+    });
+    EXPECT_EQ(connected.pipe.Write(more_than_a_pipe_holds), PipeStatus::Interrupted);
+    interrupting.join();
+}
+
+TEST(PipeServer, KeepsTheLastErrorAtItsEnd)
+{
+    platform::PipeServer *const server = platform::CreatePipeServer(platform::RandomPipeName());
+    ASSERT_NE(server, nullptr);
+    platform::SetLastError(1234);
+    platform::DestroyPipeServer(server);
+    EXPECT_EQ(platform::LastError(), 1234u);
+    platform::DestroyPipeServer(nullptr);
+    EXPECT_EQ(platform::LastError(), 1234u);
+}
+
+} // namespace kessil::test

@@ -1,0 +1,520 @@
+#include "windows_calls.h"
+
+#include "platform/critical_section.h"
+#include "platform/last_error.h"
+#include "platform/local_time.h"
+#include "platform/module.h"
+#include "platform/pipe.h"
+#include "platform/pipe_server.h"
+#include "platform/process.h"
+#include "platform/section.h"
+#include "platform/system_version.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace kessil::test {
+
+using testing::ElementsAre;
+
+namespace {
+
+constexpr unsigned long failure = 1450;
+
+Calls WithoutHandles(Calls calls)
+{
+    std::erase_if(calls, [](const std::string &call) { return call == "CloseHandle(some)"; });
+    return calls;
+}
+
+/// What creating a section calls from the attributes on. The list has 100 bytes for the Administrators' SID, 1000 for
+/// that of the Users.
+Calls CallsOfCreation(bool admit_users, const Failures &failures = {})
+{
+    return CallsDuring([admit_users] { platform::CreateSection(u"name", 70000, admit_users); }, failures);
+}
+
+} // namespace
+
+TEST(ConnectPipe, WaitsAndOpens)
+{
+    platform::PipeHandle pipe = nullptr;
+    const Calls calls = CallsDuring([&pipe] { pipe = platform::ConnectPipe(u"\\\\.\\pipe\\p", 30000); });
+    EXPECT_THAT(calls, ElementsAre("WaitNamedPipeW(\"\\\\.\\pipe\\p\", 30000)",
+                                   "CreateFileW(\"\\\\.\\pipe\\p\", 0xc0000000, 0, null, 3, 0x0, null)"));
+    EXPECT_EQ(pipe, fake_pipe);
+}
+
+TEST(ConnectPipe, OpensNothingAfterAVainWait)
+{
+    platform::PipeHandle pipe = nullptr;
+    std::uint32_t code = 0;
+    const Calls calls = CallsDuring(
+        [&] {
+            pipe = platform::ConnectPipe(u"p", 30000);
+            code = platform::LastError();
+        },
+        {{"WaitNamedPipeW", 121}});
+    EXPECT_THAT(calls, ElementsAre("WaitNamedPipeW(\"p\", 30000)"));
+    EXPECT_EQ(pipe, platform::invalid_pipe);
+    EXPECT_EQ(code, 121u);
+}
+
+TEST(ConnectPipe, TellsThatThePipeCouldNotBeOpened)
+{
+    platform::PipeHandle pipe = nullptr;
+    std::uint32_t code = 0;
+    CallsDuring(
+        [&] {
+            pipe = platform::ConnectPipe(u"p", 30000);
+            code = platform::LastError();
+        },
+        {{"CreateFileW", 231}});
+    EXPECT_EQ(pipe, platform::invalid_pipe);
+    EXPECT_EQ(code, 231u);
+}
+
+TEST(ReadPipe, IsOneCall)
+{
+    char buffer[16];
+    bool done = false;
+    std::uint32_t count = 0;
+    const Calls calls = CallsDuring([&] { done = platform::ReadPipe(fake_pipe, buffer, 16, count); });
+    EXPECT_THAT(calls, ElementsAre("ReadFile(pipe, some, 16, some, null)"));
+    EXPECT_TRUE(done);
+    EXPECT_EQ(count, 3u);
+}
+
+TEST(WritePipe, IsOneCall)
+{
+    bool done = false;
+    std::uint32_t count = 0;
+    const Calls calls = CallsDuring([&] { done = platform::WritePipe(fake_pipe, "data", 4, count); });
+    EXPECT_THAT(calls, ElementsAre("WriteFile(pipe, some, 4, some, null)"));
+    EXPECT_TRUE(done);
+    EXPECT_EQ(count, 4u);
+}
+
+TEST(ReadPipe, PassesAFailureOn)
+{
+    char buffer[16];
+    bool done = true;
+    std::uint32_t count = 0;
+    std::uint32_t code = 0;
+    CallsDuring(
+        [&] {
+            done = platform::ReadPipe(fake_pipe, buffer, 16, count);
+            code = platform::LastError();
+        },
+        {{"ReadFile", 109}});
+    EXPECT_FALSE(done);
+    EXPECT_EQ(code, 109u);
+}
+
+TEST(WritePipe, PassesAFailureOn)
+{
+    bool done = true;
+    std::uint32_t count = 0;
+    std::uint32_t code = 0;
+    CallsDuring(
+        [&] {
+            done = platform::WritePipe(fake_pipe, "data", 4, count);
+            code = platform::LastError();
+        },
+        {{"WriteFile", 232}});
+    EXPECT_FALSE(done);
+    EXPECT_EQ(code, 232u);
+}
+
+TEST(ErrorText, AsksTheSystemAndFreesItsBuffer)
+{
+    WideString text;
+    const Calls calls = CallsDuring([&text] { text = platform::ErrorText(1234); });
+    EXPECT_THAT(calls, ElementsAre("FormatMessageW(0x1300, null, 1234, 0, some, 0, null)", "LocalFree(message)"));
+    EXPECT_EQ(text, u"text of the system\r\n");
+}
+
+TEST(ErrorText, IsEmptyWhereTheSystemHasNone)
+{
+    WideString text = u"before";
+    const Calls calls = CallsDuring([&text] { text = platform::ErrorText(1234); }, {{"FormatMessageW", 317}});
+    EXPECT_THAT(calls, ElementsAre("FormatMessageW(0x1300, null, 1234, 0, some, 0, null)"));
+    EXPECT_EQ(text, u"");
+}
+
+TEST(LoadErrorText, IsTheTextOfTheCode)
+{
+    WideString text;
+    const Calls calls = CallsDuring([&text] { text = platform::LoadErrorText(126); });
+    EXPECT_THAT(calls, ElementsAre("FormatMessageW(0x1300, null, 126, 0, some, 0, null)", "LocalFree(message)"));
+    EXPECT_EQ(text, u"text of the system\r\n");
+}
+
+TEST(LoadModule, SearchesTheLibrarysOwnDirectory)
+{
+    platform::ModuleHandle module = nullptr;
+    const Calls calls = CallsDuring([&module] { module = platform::LoadModule(u"target.dll"); });
+    EXPECT_THAT(calls, ElementsAre("LoadLibraryExW(\"target.dll\", null, 8)"));
+    EXPECT_EQ(module, fake_module);
+}
+
+TEST(LoadModule, PassesAFailureOn)
+{
+    platform::ModuleHandle module = fake_module;
+    std::uint32_t code = 0;
+    CallsDuring(
+        [&] {
+            module = platform::LoadModule(u"target.dll");
+            code = platform::LastError();
+        },
+        {{"LoadLibraryExW", 126}});
+    EXPECT_EQ(module, nullptr);
+    EXPECT_EQ(code, 126u);
+}
+
+TEST(CreateSection, AdmitsAdministrators)
+{
+    platform::SectionHandle section = nullptr;
+    const Calls calls = CallsDuring([&section] { section = platform::CreateSection(u"name", 70000, false); });
+    EXPECT_THAT(calls,
+                ElementsAre("InitializeSecurityDescriptor(descriptor of 40 bytes, 1)",
+                            "AllocateAndInitializeSid(000005, 2, 32, 544, 0, 0, 0, 0, 0, 0)", "IsValidSid(admins)",
+                            "GetLengthSid(admins)", "InitializeAcl(acl of 116 bytes, 116, 2)",
+                            "AddAccessAllowedAce(acl, 2, 0x10000000, admins)",
+                            "SetSecurityDescriptorDacl(descriptor, 1, acl, 0)",
+                            "CreateFileMappingW(invalid, {24, descriptor, 0}, 0x4, 0, 70000, \"name\")",
+                            "FreeSid(admins)"));
+    EXPECT_EQ(section, fake_section);
+}
+
+TEST(CreateSection, AdmitsUsersBehindAdministrators)
+{
+    EXPECT_THAT(
+        CallsOfCreation(true),
+        ElementsAre("AllocateAndInitializeSid(000005, 2, 32, 545, 0, 0, 0, 0, 0, 0)", "IsValidSid(users)",
+                    "InitializeSecurityDescriptor(descriptor of 40 bytes, 1)",
+                    "AllocateAndInitializeSid(000005, 2, 32, 544, 0, 0, 0, 0, 0, 0)", "IsValidSid(admins)",
+                    "GetLengthSid(admins)", "GetLengthSid(users)", "InitializeAcl(acl of 1124 bytes, 1124, 2)",
+                    "AddAccessAllowedAce(acl, 2, 0x10000000, admins)", "AddAccessAllowedAce(acl, 2, 0x10000000, users)",
+                    "SetSecurityDescriptorDacl(descriptor, 1, acl, 0)", "FreeSid(users)",
+                    "CreateFileMappingW(invalid, {24, descriptor, 0}, 0x4, 0, 70000, \"name\")", "FreeSid(admins)"));
+}
+
+TEST(CreateSection, GoesOnWithoutUsersWhenTheirSidCanNotBeMade)
+{
+    EXPECT_THAT(CallsOfCreation(true, {{"AllocateAndInitializeSid", failure}}),
+                ElementsAre("AllocateAndInitializeSid(000005, 2, 32, 545, 0, 0, 0, 0, 0, 0)",
+                            "InitializeSecurityDescriptor(descriptor of 40 bytes, 1)",
+                            "AllocateAndInitializeSid(000005, 2, 32, 544, 0, 0, 0, 0, 0, 0)", "IsValidSid(admins)",
+                            "GetLengthSid(admins)", "InitializeAcl(acl of 116 bytes, 116, 2)",
+                            "AddAccessAllowedAce(acl, 2, 0x10000000, admins)",
+                            "SetSecurityDescriptorDacl(descriptor, 1, acl, 0)",
+                            "CreateFileMappingW(invalid, {24, descriptor, 0}, 0x4, 0, 70000, \"name\")",
+                            "FreeSid(admins)"));
+}
+
+TEST(CreateSection, GoesOnWithoutUsersWhenTheirSidIsNotValid)
+{
+    EXPECT_THAT(CallsOfCreation(true, {{"IsValidSid", failure}}),
+                ElementsAre("AllocateAndInitializeSid(000005, 2, 32, 545, 0, 0, 0, 0, 0, 0)", "IsValidSid(users)",
+                            "FreeSid(users)", "InitializeSecurityDescriptor(descriptor of 40 bytes, 1)",
+                            "AllocateAndInitializeSid(000005, 2, 32, 544, 0, 0, 0, 0, 0, 0)", "IsValidSid(admins)",
+                            "GetLengthSid(admins)", "InitializeAcl(acl of 116 bytes, 116, 2)",
+                            "AddAccessAllowedAce(acl, 2, 0x10000000, admins)",
+                            "SetSecurityDescriptorDacl(descriptor, 1, acl, 0)",
+                            "CreateFileMappingW(invalid, {24, descriptor, 0}, 0x4, 0, 70000, \"name\")",
+                            "FreeSid(admins)"));
+}
+
+TEST(CreateSection, HasNoAttributesWithoutADescriptor)
+{
+    EXPECT_THAT(CallsOfCreation(false, {{"InitializeSecurityDescriptor", failure}}),
+                ElementsAre("InitializeSecurityDescriptor(descriptor of 40 bytes, 1)",
+                            "CreateFileMappingW(invalid, null, 0x4, 0, 70000, \"name\")"));
+}
+
+TEST(CreateSection, HasNoAttributesWithoutTheAdministratorsSid)
+{
+    EXPECT_THAT(CallsOfCreation(false, {{"AllocateAndInitializeSid", failure}}),
+                ElementsAre("InitializeSecurityDescriptor(descriptor of 40 bytes, 1)",
+                            "AllocateAndInitializeSid(000005, 2, 32, 544, 0, 0, 0, 0, 0, 0)",
+                            "CreateFileMappingW(invalid, null, 0x4, 0, 70000, \"name\")"));
+}
+
+TEST(CreateSection, HasNoAttributesWhenTheAdministratorsSidIsNotValid)
+{
+    EXPECT_THAT(CallsOfCreation(false, {{"IsValidSid", failure}}),
+                ElementsAre("InitializeSecurityDescriptor(descriptor of 40 bytes, 1)",
+                            "AllocateAndInitializeSid(000005, 2, 32, 544, 0, 0, 0, 0, 0, 0)", "IsValidSid(admins)",
+                            "FreeSid(admins)", "CreateFileMappingW(invalid, null, 0x4, 0, 70000, \"name\")"));
+}
+
+TEST(CreateSection, HasNoAttributesWithoutAList)
+{
+    EXPECT_THAT(CallsOfCreation(false, {{"InitializeAcl", failure}}),
+                ElementsAre("InitializeSecurityDescriptor(descriptor of 40 bytes, 1)",
+                            "AllocateAndInitializeSid(000005, 2, 32, 544, 0, 0, 0, 0, 0, 0)", "IsValidSid(admins)",
+                            "GetLengthSid(admins)", "InitializeAcl(acl of 116 bytes, 116, 2)",
+                            "CreateFileMappingW(invalid, null, 0x4, 0, 70000, \"name\")", "FreeSid(admins)"));
+}
+
+TEST(CreateSection, HasNoAttributesWithoutTheFirstEntry)
+{
+    EXPECT_THAT(CallsOfCreation(true, {{"AddAccessAllowedAce", failure}}),
+                ElementsAre("AllocateAndInitializeSid(000005, 2, 32, 545, 0, 0, 0, 0, 0, 0)", "IsValidSid(users)",
+                            "InitializeSecurityDescriptor(descriptor of 40 bytes, 1)",
+                            "AllocateAndInitializeSid(000005, 2, 32, 544, 0, 0, 0, 0, 0, 0)", "IsValidSid(admins)",
+                            "GetLengthSid(admins)", "GetLengthSid(users)", "InitializeAcl(acl of 1124 bytes, 1124, 2)",
+                            "AddAccessAllowedAce(acl, 2, 0x10000000, admins)", "FreeSid(users)",
+                            "CreateFileMappingW(invalid, null, 0x4, 0, 70000, \"name\")", "FreeSid(admins)"));
+}
+
+TEST(CreateSection, HasNoAttributesWithoutTheSecondEntry)
+{
+    EXPECT_THAT(CallsOfCreation(true, {{"AddAccessAllowedAce 2", failure}}),
+                ElementsAre("AllocateAndInitializeSid(000005, 2, 32, 545, 0, 0, 0, 0, 0, 0)", "IsValidSid(users)",
+                            "InitializeSecurityDescriptor(descriptor of 40 bytes, 1)",
+                            "AllocateAndInitializeSid(000005, 2, 32, 544, 0, 0, 0, 0, 0, 0)", "IsValidSid(admins)",
+                            "GetLengthSid(admins)", "GetLengthSid(users)", "InitializeAcl(acl of 1124 bytes, 1124, 2)",
+                            "AddAccessAllowedAce(acl, 2, 0x10000000, admins)",
+                            "AddAccessAllowedAce(acl, 2, 0x10000000, users)", "FreeSid(users)",
+                            "CreateFileMappingW(invalid, null, 0x4, 0, 70000, \"name\")", "FreeSid(admins)"));
+}
+
+TEST(CreateSection, HasNoAttributesWhenTheListCanNotBeSet)
+{
+    EXPECT_THAT(CallsOfCreation(false, {{"SetSecurityDescriptorDacl", failure}}),
+                ElementsAre("InitializeSecurityDescriptor(descriptor of 40 bytes, 1)",
+                            "AllocateAndInitializeSid(000005, 2, 32, 544, 0, 0, 0, 0, 0, 0)", "IsValidSid(admins)",
+                            "GetLengthSid(admins)", "InitializeAcl(acl of 116 bytes, 116, 2)",
+                            "AddAccessAllowedAce(acl, 2, 0x10000000, admins)",
+                            "SetSecurityDescriptorDacl(descriptor, 1, acl, 0)",
+                            "CreateFileMappingW(invalid, null, 0x4, 0, 70000, \"name\")", "FreeSid(admins)"));
+}
+
+TEST(CreateSection, KeepsItsOwnErrorThroughTheCleaningUp)
+{
+    platform::SectionHandle section = fake_section;
+    std::uint32_t code = 0;
+    CallsDuring(
+        [&] {
+            section = platform::CreateSection(u"name", 70000, true);
+            code = platform::LastError();
+        },
+        {{"CreateFileMappingW", 112}});
+    EXPECT_EQ(section, nullptr);
+    EXPECT_EQ(code, 112u);
+}
+
+TEST(OpenSection, ReadsAndWrites)
+{
+    platform::SectionHandle section = nullptr;
+    const Calls calls = CallsDuring([&section] { section = platform::OpenSection(u"name", 70000); });
+    EXPECT_THAT(calls, ElementsAre("OpenFileMappingW(0x6, 0, \"name\")"));
+    EXPECT_EQ(section, fake_section);
+}
+
+TEST(OpenSection, PassesAFailureOn)
+{
+    platform::SectionHandle section = fake_section;
+    std::uint32_t code = 0;
+    CallsDuring(
+        [&] {
+            section = platform::OpenSection(u"name", 70000);
+            code = platform::LastError();
+        },
+        {{"OpenFileMappingW", 2}});
+    EXPECT_EQ(section, nullptr);
+    EXPECT_EQ(code, 2u);
+}
+
+TEST(MapSection, AsksForAllAccessToACreatedOne)
+{
+    unsigned char *view = nullptr;
+    const Calls calls = CallsDuring([&view] { view = platform::MapCreatedSection(fake_section, 70000); });
+    EXPECT_THAT(calls, ElementsAre("MapViewOfFile(section, 0xf001f, 0, 0, 70000)"));
+    EXPECT_EQ(view, fake_view);
+}
+
+TEST(MapSection, ReadsAndWritesAnOpenedOne)
+{
+    unsigned char *view = nullptr;
+    const Calls calls = CallsDuring([&view] { view = platform::MapOpenedSection(fake_section, 70000); });
+    EXPECT_THAT(calls, ElementsAre("MapViewOfFile(section, 0x6, 0, 0, 70000)"));
+    EXPECT_EQ(view, fake_view);
+}
+
+TEST(MapSection, PassesAFailureOn)
+{
+    unsigned char *created = static_cast<unsigned char *>(fake_view);
+    unsigned char *opened = created;
+    std::uint32_t code = 0;
+    CallsDuring(
+        [&] {
+            created = platform::MapCreatedSection(fake_section, 70000);
+            opened = platform::MapOpenedSection(fake_section, 70000);
+            code = platform::LastError();
+        },
+        {{"MapViewOfFile", 8}, {"MapViewOfFile 2", 5}});
+    EXPECT_EQ(created, nullptr);
+    EXPECT_EQ(opened, nullptr);
+    EXPECT_EQ(code, 5u);
+}
+
+TEST(Closers, CloseAndKeepTheLastError)
+{
+    std::uint32_t code = 0;
+    const Calls calls = CallsDuring([&code] {
+        platform::SetLastError(1234);
+        platform::UnmapSection(static_cast<unsigned char *>(fake_view), 70000);
+        platform::CloseSection(fake_section);
+        platform::ClosePipe(fake_pipe);
+        platform::FreeModule(fake_module);
+        platform::RemoveSectionName(u"name");
+        code = platform::LastError();
+    });
+    EXPECT_THAT(calls, ElementsAre("UnmapViewOfFile(view)", "CloseHandle(section)", "CloseHandle(pipe)",
+                                   "FreeLibrary(module)"));
+    EXPECT_EQ(code, 1234u);
+}
+
+TEST(CriticalSection, SpinsAsOftenAsTold)
+{
+    const Calls calls = CallsDuring([] {
+        platform::CriticalSection section(1024);
+        section.lock();
+        section.unlock();
+    });
+    EXPECT_THAT(calls, ElementsAre("InitializeCriticalSectionAndSpinCount(some, 1024)", "EnterCriticalSection(some)",
+                                   "LeaveCriticalSection(some)", "DeleteCriticalSection(some)"));
+}
+
+TEST(CriticalSection, StaysUnlockedWhereItCouldNotBeSetUp)
+{
+    const Calls calls = CallsDuring(
+        [] {
+            platform::CriticalSection section(1024);
+            section.lock();
+            section.unlock();
+        },
+        {{"InitializeCriticalSectionAndSpinCount", failure}});
+    EXPECT_THAT(calls, ElementsAre("InitializeCriticalSectionAndSpinCount(some, 1024)"));
+}
+
+TEST(ReadSystemVersion, AsksForTheLongRecord)
+{
+    bool known = false;
+    std::uint32_t major = 0;
+    const Calls calls = CallsDuring([&] { known = platform::ReadSystemVersion(major); });
+    EXPECT_THAT(calls, ElementsAre("GetVersionExW(284)"));
+    EXPECT_TRUE(known);
+    EXPECT_EQ(major, 77u);
+}
+
+TEST(ReadSystemVersion, LeavesTheNumberAloneOnFailure)
+{
+    bool known = true;
+    std::uint32_t major = 5;
+    CallsDuring([&] { known = platform::ReadSystemVersion(major); }, {{"GetVersionExW", failure}});
+    EXPECT_FALSE(known);
+    EXPECT_EQ(major, 5u);
+}
+
+TEST(Now, IsTheSystemsLocalTime)
+{
+    platform::LocalTime now = {};
+    const Calls calls = CallsDuring([&now] { now = platform::Now(); });
+    EXPECT_THAT(calls, ElementsAre("GetLocalTime()"));
+    EXPECT_EQ(now.year, 2019);
+    EXPECT_EQ(now.month, 6);
+    EXPECT_EQ(now.day, 19);
+    EXPECT_EQ(now.hour, 12);
+    EXPECT_EQ(now.minute, 16);
+    EXPECT_EQ(now.second, 44);
+    EXPECT_EQ(now.millisecond, 120);
+}
+
+TEST(CreatePipeServer, ServesOneLocalClientOfThisUser)
+{
+    platform::PipeServer *server = nullptr;
+    const Calls calls =
+        WithoutHandles(CallsDuring([&server] { server = platform::CreatePipeServer(u"\\\\.\\pipe\\p"); }));
+    // One entry, and its SID is neither group's.
+    EXPECT_THAT(calls, ElementsAre("GetLengthSid(some)", "InitializeAcl(acl of 1016 bytes, 1016, 2)",
+                                   "AddAccessAllowedAce(acl, 2, 0x10000000, some)",
+                                   "InitializeSecurityDescriptor(descriptor, 1)",
+                                   "SetSecurityDescriptorDacl(descriptor, 1, acl, 0)",
+                                   "CreateNamedPipeW(\"\\\\.\\pipe\\p\", 0x40080003, 0x8, 1, 65536, 65536, 0, "
+                                   "{24, descriptor, 0})"));
+    EXPECT_NE(server, nullptr);
+    CallsDuring([server] { platform::DestroyPipeServer(server); });
+}
+
+TEST(StartProcess, BindsTheChildToAJobBeforeItRuns)
+{
+    platform::Process *process = nullptr;
+    const Calls calls =
+        WithoutHandles(CallsDuring([&process] { process = platform::StartProcess(u"C:\\k.exe", {u"a b"}, {}); }));
+    EXPECT_THAT(calls, ElementsAre("CreateJobObjectW(null, null)", "SetInformationJobObject(job, 9, 0x2400)",
+                                   "SetErrorMode(0x8007)",
+                                   "CreateProcessW(\"C:\\k.exe\", \"\"C:\\k.exe\" \"a b\"\", null, null, 1, 0x8080004, "
+                                   "null, null, 0x100)",
+                                   "SetErrorMode(0x4)", "AssignProcessToJobObject(job, process)",
+                                   "ResumeThread(thread)", "CloseHandle(thread)"));
+    ASSERT_NE(process, nullptr);
+    EXPECT_EQ(platform::ProcessId(*process), 1001u);
+    EXPECT_THAT(CallsDuring([process] { platform::ReleaseProcess(process); }),
+                ElementsAre("CloseHandle(job)", "CloseHandle(process)"));
+}
+
+TEST(StartProcess, LeavesTheJobOfThisProcessWhereAChildCanBeInOnlyOne)
+{
+    platform::Process *process = nullptr;
+    const Calls calls = CallsDuring([&process] { process = platform::StartProcess(u"k", {}, u"C:\\d"); },
+                                    {{"AssignProcessToJobObject", 5}});
+    EXPECT_THAT(
+        WithoutHandles(calls),
+        ElementsAre("CreateJobObjectW(null, null)", "SetInformationJobObject(job, 9, 0x2400)", "SetErrorMode(0x8007)",
+                    "CreateProcessW(\"k\", \"\"k\"\", null, null, 1, 0x8080004, null, \"C:\\d\", 0x100)",
+                    "SetErrorMode(0x4)", "AssignProcessToJobObject(job, process)", "TerminateProcess(process, 137)",
+                    "CloseHandle(thread)", "CloseHandle(process)", "SetErrorMode(0x8007)",
+                    "CreateProcessW(\"k\", \"\"k\"\", null, null, 1, 0x9080004, null, \"C:\\d\", 0x100)",
+                    "SetErrorMode(0x4)", "AssignProcessToJobObject(job, process)", "ResumeThread(thread)",
+                    "CloseHandle(thread)"));
+    ASSERT_NE(process, nullptr);
+    CallsDuring([process] { platform::ReleaseProcess(process); });
+}
+
+TEST(StartProcess, StartsNothingThatItCanNotBind)
+{
+    platform::Process *process = nullptr;
+    std::uint32_t code = 0;
+    const Calls calls = CallsDuring(
+        [&] {
+            process = platform::StartProcess(u"k", {}, {});
+            code = platform::LastError();
+        },
+        {{"AssignProcessToJobObject", 5}, {"AssignProcessToJobObject 2", 5}});
+    EXPECT_EQ(process, nullptr);
+    EXPECT_EQ(code, 5u);
+    EXPECT_EQ(std::count(calls.begin(), calls.end(), "TerminateProcess(process, 137)"), 2);
+    EXPECT_EQ(std::count(calls.begin(), calls.end(), "ResumeThread(thread)"), 0);
+}
+
+TEST(StartProcess, TellsWhyTheSystemRefused)
+{
+    platform::Process *process = nullptr;
+    std::uint32_t code = 0;
+    CallsDuring(
+        [&] {
+            process = platform::StartProcess(u"k", {}, {});
+            code = platform::LastError();
+        },
+        {{"CreateProcessW", 193}});
+    EXPECT_EQ(process, nullptr);
+    EXPECT_EQ(code, 193u);
+}
+
+} // namespace kessil::test

@@ -1,0 +1,6 @@
+#include "target.h"
+
+TARGET_EXPORT std::uint32_t GetBackupType()
+{
+    return 1;
+}
