@@ -1,0 +1,15 @@
+#pragma once
+
+#include "platform/text.h"
+
+#include <cstdint>
+
+namespace kessil {
+
+/// The system's message for an error code, with the line end that the system puts behind it, if any.
+WideString FormatSystemError(std::uint32_t code);
+
+/// The same with " (", the suffix and ")" behind it.
+WideString FormatSystemError(std::uint32_t code, const WideString &suffix);
+
+} // namespace kessil

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+// Bare values on the pipe, without type byte or frame: numbers big-endian; strings and blocks as a 32-bit length and
+// that many bytes, without terminator. Each operation tells only whether it succeeded; no reason is kept.
+
+namespace kessil {
+
+class CIPCCommunication;
+
+/// Read one value. The number is 0, the string or block empty or incomplete, when the read fails or the stream ends.
+/// A string of more than 1024 bytes is refused, and its bytes stay in the pipe; a block has no limit but memory.
+bool ReadUInt32FromPipe(CIPCCommunication &channel, std::uint32_t &value);
+bool ReadUInt64FromPipe(CIPCCommunication &channel, std::uint64_t &value);
+bool ReadStringFromPipe(CIPCCommunication &channel, std::string &text);
+bool ReadBytesFromPipe(CIPCCommunication &channel, std::vector<unsigned char> &bytes);
+
+/// Write one value; the length of a string or block goes out as a write of its own.
+bool WriteInt32ToPipe(CIPCCommunication &channel, std::int32_t value);
+bool WriteUInt32ToPipe(CIPCCommunication &channel, std::uint32_t value);
+bool WriteUInt64ToPipe(CIPCCommunication &channel, std::uint64_t value);
+bool WriteStringToPipe(CIPCCommunication &channel, const std::string &text);
+bool WriteBytesToPipe(CIPCCommunication &channel, const std::vector<unsigned char> &bytes);
+
+} // namespace kessil

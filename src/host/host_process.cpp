@@ -1,0 +1,86 @@
+#include "host/host_process.h"
+
+#include "channel/ipc_communication.h"
+#include "host/report.h"
+#include "host/request_loop.h"
+#include "logging/log_manager.h"
+#include "platform/guard.h"
+#include "platform/system_version.h"
+
+#include <cstdio>
+
+namespace kessil {
+
+std::uint32_t os_major_version = 0;
+
+namespace {
+
+constexpr int exception_exit_code = 0;
+constexpr std::uint32_t release_milliseconds = 2000;
+
+// Nobody hears of a log file that can't be opened: the work goes on without one.
+void StartLog(const CHostOptions &options)
+{
+    GetLogManager()->Config().level = options.log_level;
+    static_cast<void>(std::freopen(options.out_file.c_str(), "a", stdout));
+    static_cast<void>(std::freopen(options.out_file.c_str(), "a", stderr));
+    KESSIL_LOG(log_debug, host_component,
+               "Ready for logging:  log_file==" << options.out_file << ", log_level==" << options.log_level);
+}
+
+// Runs code of hosted libraries; false when an exception or a fault ended it. A fault leaves what the library held as
+// it was, maybe a lock that the release of the libraries will wait for, and so the end gets a limit.
+template <class Body>
+bool Guarded(Body body)
+{
+    try {
+        if (platform::GuardedRun([](void *run) { (*static_cast<Body *>(run))(); }, &body))
+            return true;
+        platform::EndWithin(release_milliseconds, exception_exit_code);
+    } catch (...) {
+        // Nobody is told: the closing pipe tells the parent.
+    }
+    return false;
+}
+
+// What must be released in order stands outside of the guard; frames inside of it may vanish in a fault.
+int ServeParent(CIPCCommunication &channel, const HostTables &tables, WideString &error)
+{
+    CLibraryCaller caller(tables.signatures, tables.after_load);
+    RequestLoop loop(channel, caller, error);
+    platform::PrepareGuard();
+
+    int exit_code = exception_exit_code;
+    if (!Guarded([&] { exit_code = loop.Run(); }))
+        exit_code = exception_exit_code;
+    while (!Guarded([&] { caller.ReleaseLibraries(); }))
+        exit_code = exception_exit_code;
+    return exit_code;
+}
+
+int AttachAndServe(const CHostOptions &options, const HostTables &tables)
+{
+    platform::ReadSystemVersion(os_major_version);
+    WideString error;
+    CIPCCommunication channel;
+    if (!channel.Attach(options.pipe_name, error)) {
+        PrintError(error);
+        return 1;
+    }
+    KESSIL_LOG(log_debug, host_component, "Attached to comm");
+    return ServeParent(channel, tables, error);
+}
+
+} // namespace
+
+int RunHost(const CHostOptions &options, const HostTables &tables)
+{
+    StartLog(options);
+    try {
+        return AttachAndServe(options, tables);
+    } catch (...) {
+        return exception_exit_code;
+    }
+}
+
+} // namespace kessil

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "channel/records.h"
+#include "platform/text.h"
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+namespace kessil {
+
+class CIPCCommunication;
+class CLibraryCaller;
+
+/// Reads one request after the other, has its work done, and sees that an answer goes out. A failed operation is
+/// answered and the loop goes on; a malformed request, an unknown one or a broken channel ends the process.
+class RequestLoop
+{
+public:
+    RequestLoop(CIPCCommunication &channel, CLibraryCaller &caller, WideString &error)
+        : m_channel(channel), m_caller(caller), m_error(error)
+    {}
+
+    /// Serves requests until one of them, or the channel, ends the process. Returns the exit code. Exceptions of the
+    /// libraries and of the allocator pass through.
+    int Run();
+
+private:
+    // One request; a value is the exit code.
+    std::optional<int> Round();
+    std::optional<int> Dispatch(char type, const unsigned char *data, std::uint32_t size);
+    std::optional<int> ServeLoadLibrary(const unsigned char *data, std::uint32_t size);
+    std::optional<int> ServeFunctionCall(const unsigned char *data, std::uint32_t size);
+    bool IsLastCall(const unsigned char *data, std::uint32_t size) const;
+    std::optional<int> ServeCommand();
+    std::optional<int> RefuseType(char type);
+    int RefuseRequest();
+
+    CIPCCommunication &m_channel;
+    CLibraryCaller &m_caller;
+    WideString &m_error;
+    IPCStruct_FunctionCall m_call;            // kept so that a steady stream of calls allocates nothing
+    std::vector<unsigned char> m_lastPayload; // what m_call was parsed from
+};
+
+} // namespace kessil

@@ -1,0 +1,71 @@
+#include "marshal/handler_call.h"
+
+#include <stdexcept>
+
+namespace kessil {
+namespace {
+
+// A section that was lost in the middle of a call leaves its size behind. Work on it ends the run as a fault would.
+unsigned char *ViewOf(const CIPCCommunication &channel)
+{
+    if (channel.SharedView() == nullptr && channel.SharedSize() != 0)
+        throw std::logic_error("the section is gone");
+    return channel.SharedView();
+}
+
+} // namespace
+
+bool HandlerCall::ReadList(std::span<CDataElement *const> list)
+{
+    unsigned char *const view = ViewOf(m_channel);
+    const std::uint32_t size = m_channel.SharedSize();
+    std::uint32_t offset = 0;
+    for (CDataElement *const element : list) {
+        const std::uint32_t taken = element->ReadFromBuffer(view + offset, size - offset);
+        if (taken == 0)
+            return Fail(u"input");
+        offset += taken;
+    }
+    return true;
+}
+
+bool HandlerCall::WriteList(std::span<CDataElement *const> list)
+{
+    return (MakeRoom(list) && WriteElements(list)) || Fail(u"output");
+}
+
+bool HandlerCall::MakeRoom(std::span<CDataElement *const> list)
+{
+    std::uint32_t total = 0;
+    for (CDataElement *const element : list) {
+        const std::uint32_t needed = element->GetBufferSize();
+        if (needed == 0)
+            return false;
+        total += needed;
+    }
+    WideString dropped;
+    return m_channel.SharedSize() >= total || m_channel.ResizeSharedMem(total, dropped);
+}
+
+bool HandlerCall::WriteElements(std::span<CDataElement *const> list)
+{
+    unsigned char *const view = ViewOf(m_channel);
+    const std::uint32_t size = m_channel.SharedSize();
+    std::uint32_t offset = 0;
+    for (CDataElement *const element : list) {
+        const std::uint32_t taken = element->WriteToBuffer(view + offset, size - offset);
+        if (taken == 0)
+            return false;
+        offset += taken;
+    }
+    return true;
+}
+
+bool HandlerCall::Fail(const char16_t *side)
+{
+    SendFailureReply(m_channel,
+                     WideString(u"Failed to serialise ") + side + u" (" + platform::FromUtf8(m_handler) + u")");
+    return false;
+}
+
+} // namespace kessil

@@ -1,0 +1,169 @@
+#include "support/wire.h"
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+// Writes the fuzz targets' first inputs: what parents send in the course of a backup and of a restore, each in the form
+// that its target takes apart. Argument: the directory, in which each target has its own.
+
+namespace kessil::test {
+namespace {
+
+class Corpus
+{
+public:
+    Corpus(const std::filesystem::path &root, const std::string &target) : m_directory(root / target)
+    {
+        std::filesystem::create_directories(m_directory);
+    }
+
+    void Add(const std::string &name, const Bytes &bytes) const
+    {
+        std::ofstream file(m_directory / name, std::ios::binary);
+        file.write(reinterpret_cast<const char *>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    }
+
+private:
+    std::filesystem::path m_directory;
+};
+
+Bytes Call(const std::string &function)
+{
+    return CallFrame(u"vorn.dll", function, "SIGNATURE_" + function);
+}
+
+const Bytes load = Frame('L', Wide(u"vorn.dll"));
+const Bytes announce = ResizeFrame(u"s0", 64);
+const Bytes stop = Hex("66 01");
+
+struct Conversation
+{
+    std::string name;
+    Bytes stream;
+};
+
+std::vector<Conversation> Conversations()
+{
+    const Bytes session = load + announce + Call("GetLibApiVersion") + Call("VornCreateSession");
+    const Bytes listing = Call("VornCreateDir") + Call("VornOpenDir") + Call("VornGetNextDirItem") +
+                          Call("VornGetNextDirItem") + Call("VornCloseDir");
+    const Bytes reading = Call("VornCreateFile") + Call("VornOpenFile") + Call("VornReadFile") + Call("VornReadFile") +
+                          Call("VornCloseFile");
+    const Bytes writing = Call("VornCreateFile") + Call("VornOpenFile") + Call("VornWriteFile") +
+                          Call("VornRestoreFile") + Call("VornCloseFile");
+    return {
+        {"first_call", load + Call("GetBackupType") + SuccessFrame() + stop},
+        {"listing", session + listing + Call("VornCloseSession") + stop},
+        {"backup", session + reading + Call("VornCloseSession") + stop},
+        {"restore", session + writing + Call("VornCloseSession") + stop},
+        {"error_text", session + Call("VornGetErrorText") + stop},
+        {"growth", load + ResizeFrame(u"s1", 8) + Call("VornCreateDir") + SuccessFrame() + stop},
+        {"refused_growth", load + Call("GetBackupType") + FailureFrame(u"no room") + stop},
+        {"own_section_in_a_call", load + Call("GetBackupType") + announce + SuccessFrame() + stop},
+        {"two_sections", announce + ResizeFrame(u"s1", 16) + load + Call("VornCloseSession") + stop},
+        {"unknown_library", Frame('L', Wide(u"none.dll")) + Call("GetBackupType") + stop},
+        {"unknown_signature", load + CallFrame(u"", "GetBackupType", "SIG_HR_ESE_BACKUP_END") + stop},
+        {"unknown_type", Frame('Z', Hex("01 02"))},
+        {"commands", Hex("66 02 66 3F 66 01")},
+        {"parent_gone", load + Call("GetBackupType")},
+    };
+}
+
+// Sections as parents lay them out for the calls, in the order of the signature table.
+std::vector<Conversation> Sections()
+{
+    const Bytes session = Be64(0x0000000100000001);
+    const Bytes object = Be64(0x0000000200000002);
+    const Bytes two = session + object;
+    const Bytes block = Be32(16) + Repeat(0, 4) + Repeat('d', 16);
+    return {
+        {"create_session", Repeat(0, 64)},
+        {"close_session", session},
+        {"create_dir", session + Repeat(0, 8)},
+        {"open_dir", two + Narrow("home/user")},
+        {"get_next_dir_item", two + block + Repeat(0, 16)},
+        {"close_dir", two},
+        {"create_file", session + Repeat(0, 8)},
+        {"open_file", two + Narrow("home/user/file") + Be32(1)},
+        {"read_file", two + block + Be32(16) + Repeat(0, 12)},
+        {"write_file", two + block + Be32(16)},
+        {"restore_file", two},
+        {"close_file", two},
+        {"get_error_text", two + Be32(5) + Be32(16) + Repeat(0, 16) + Be32(16) + Repeat(0, 16)},
+        {"get_lib_api_version", Repeat(0, 4)},
+        {"get_backup_type", Repeat(0, 4)},
+    };
+}
+
+void WriteStreams(const std::filesystem::path &root)
+{
+    const Corpus frames(root, "frames");
+    const Corpus loop(root, "request_loop");
+    for (const Conversation &conversation : Conversations()) {
+        frames.Add(conversation.name + "_plain", Bytes{0, 0, 1} + conversation.stream);
+        frames.Add(conversation.name + "_loop", Bytes{1, 3, 0} + conversation.stream);
+        loop.Add(conversation.name, Bytes{2, 0, 0} + conversation.stream);
+        loop.Add(conversation.name + "_dribbled", Bytes{9, 1, 1} + conversation.stream);
+    }
+}
+
+void WriteRecords(const std::filesystem::path &root)
+{
+    const Corpus records(root, "records");
+    records.Add("call", Bytes{0} + Wide(u"vorn.dll") + Narrow("VornReadFile") + Narrow("SIGNATURE_VornReadFile"));
+    records.Add("error", Bytes{1} + Be32(0) + Be32(126) + Wide(u"The specified module could not be found.\r\n"));
+    records.Add("resize", Bytes{2} + Wide(u"section0") + Be64(65536));
+    records.Add("library", Bytes{3} + Wide(u"C:\\dir\\vorn.dll"));
+    records.Add("function", Bytes{3} + Narrow("VornCreateSession"));
+}
+
+void WriteElements(const std::filesystem::path &root)
+{
+    const Corpus elements(root, "elements");
+    const std::vector<Conversation> values = {
+        {"u8", Hex("FE")},
+        {"u16", Hex("01 02")},
+        {"u32", Be32(0x01020304)},
+        {"u64", Be64(0x0102030405060708)},
+        {"str", Narrow("home/user/file")},
+        {"wstr", Wide(u"home/user/file")},
+        {"buf", Be32(16) + Repeat(0, 4) + Repeat('d', 16)},
+        {"in", Be32(16) + Repeat(0, 4) + Repeat('d', 16)},
+    };
+    for (std::size_t kind = 0; kind < values.size(); ++kind) {
+        for (unsigned char alignment = 0; alignment < 8; alignment = static_cast<unsigned char>(alignment + 3)) {
+            elements.Add(values[kind].name + "_" + std::to_string(alignment),
+                         Bytes{static_cast<unsigned char>(kind), alignment} + values[kind].stream + Repeat(0, 8));
+        }
+    }
+}
+
+void WriteHandlers(const std::filesystem::path &root)
+{
+    const Corpus handlers(root, "handler");
+    unsigned char index = 0;
+    for (const Conversation &section : Sections()) {
+        handlers.Add(section.name, Bytes{index, 2, 5} + section.stream);
+        handlers.Add(section.name + "_refused", Bytes{index, 9, 0} + section.stream);
+        ++index;
+    }
+}
+
+} // namespace
+} // namespace kessil::test
+
+int main(int argc, char **argv)
+{
+    if (argc != 2) {
+        std::fputs("usage: make_corpus DIRECTORY\n", stderr);
+        return 2;
+    }
+    kessil::test::WriteStreams(argv[1]);
+    kessil::test::WriteRecords(argv[1]);
+    kessil::test::WriteElements(argv[1]);
+    kessil::test::WriteHandlers(argv[1]);
+    return 0;
+}

@@ -1,0 +1,95 @@
+#include "fuzz/vorn_stand_in.h"
+
+#include <string>
+
+namespace kessil::test {
+namespace {
+
+std::uint32_t answer = 0;
+std::string error_text;
+
+std::uint32_t CreateSession(std::uint64_t *session)
+{
+    *session = 0x0101010101010101U * answer;
+    return answer;
+}
+
+std::uint32_t OnOne(std::uint64_t /*session*/)
+{
+    return answer;
+}
+
+std::uint32_t Create(std::uint64_t session, std::uint64_t *created)
+{
+    *created = session + answer;
+    return answer;
+}
+
+// Reads the whole path: it must end somewhere.
+std::uint32_t OpenDir(std::uint64_t /*session*/, std::uint64_t /*dir*/, const char *path)
+{
+    return answer + static_cast<std::uint32_t>(std::char_traits<char>::length(path));
+}
+
+std::uint32_t OpenFile(std::uint64_t session, std::uint64_t file, const char *path, std::uint32_t mode)
+{
+    return OpenDir(session, file, path) + mode;
+}
+
+std::uint32_t GetNextDirItem(std::uint64_t /*session*/, std::uint64_t /*dir*/, void *item)
+{
+    return item == nullptr ? 0 : answer;
+}
+
+std::uint32_t OnTwo(std::uint64_t /*session*/, std::uint64_t /*object*/)
+{
+    return answer;
+}
+
+std::uint32_t Transfer(std::uint64_t /*session*/, std::uint64_t /*file*/, void *data, std::uint32_t size,
+                       std::uint32_t *count)
+{
+    *count = data == nullptr ? 0 : size;
+    return answer;
+}
+
+const char *GetErrorText(std::uint64_t /*session*/, std::uint64_t /*object*/, std::uint32_t /*code*/)
+{
+    return answer % 8 == 0 ? nullptr : error_text.c_str();
+}
+
+std::uint32_t Answer()
+{
+    return answer;
+}
+
+template <class Function>
+void *Address(Function *function)
+{
+    return reinterpret_cast<void *>(function);
+}
+
+} // namespace
+
+FakeModule::Exports VornStandIn(std::uint8_t seed)
+{
+    answer = seed;
+    error_text.assign(seed * 2U, 'e');
+    return {{"VornCreateSession", Address(CreateSession)},
+            {"VornCloseSession", Address(OnOne)},
+            {"VornCreateDir", Address(Create)},
+            {"VornOpenDir", Address(OpenDir)},
+            {"VornGetNextDirItem", Address(GetNextDirItem)},
+            {"VornCloseDir", Address(OnTwo)},
+            {"VornCreateFile", Address(Create)},
+            {"VornOpenFile", Address(OpenFile)},
+            {"VornReadFile", Address(Transfer)},
+            {"VornWriteFile", Address(Transfer)},
+            {"VornRestoreFile", Address(OnTwo)},
+            {"VornCloseFile", Address(OnTwo)},
+            {"VornGetErrorText", Address(GetErrorText)},
+            {"GetLibApiVersion", Address(Answer)},
+            {"GetBackupType", Address(Answer)}};
+}
+
+} // namespace kessil::test

@@ -1,0 +1,333 @@
+#include "channel/records.h"
+
+#include "unit/channel_fixture.h"
+
+#include <functional>
+#include <memory>
+
+namespace kessil::test {
+namespace {
+
+using ::testing::IsEmpty;
+
+// A copy at the end of a heap block of its own, so that an address sanitizer sees a byte read behind it.
+class Exact
+{
+public:
+    explicit Exact(const Bytes &bytes)
+        : m_bytes(std::make_unique<unsigned char[]>(bytes.size())), m_size(static_cast<std::uint32_t>(bytes.size()))
+    {
+        std::copy(bytes.begin(), bytes.end(), m_bytes.get());
+    }
+    const unsigned char *Data() const { return m_bytes.get(); }
+    std::uint32_t Size() const { return m_size; }
+
+private:
+    std::unique_ptr<unsigned char[]> m_bytes;
+    std::uint32_t m_size;
+};
+
+Bytes Cut(const Bytes &bytes, std::size_t size)
+{
+    return {bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(size)};
+}
+
+Bytes FlipBit(Bytes bytes, std::size_t bit)
+{
+    bytes[bit / 8] = static_cast<unsigned char>(bytes[bit / 8] ^ (1U << (bit % 8)));
+    return bytes;
+}
+
+std::uint32_t ReadWide(WideString &target, const Bytes &bytes)
+{
+    const Exact exact(bytes);
+    return DeserialiseWideString(target, exact.Data(), exact.Size());
+}
+
+std::uint32_t ReadNarrow(std::string &target, const Bytes &bytes)
+{
+    const Exact exact(bytes);
+    return DeserialiseString(target, exact.Data(), exact.Size());
+}
+
+TEST(WideStringField, TakesTheTerminatorToo)
+{
+    WideString text = u"old";
+    EXPECT_EQ(ReadWide(text, Hex("43 00 AC 20 00 00 58 00")), 6u);
+    EXPECT_EQ(text, u"C\u20AC");
+}
+
+TEST(WideStringField, EmptyStringIsValid)
+{
+    WideString text = u"old";
+    EXPECT_EQ(ReadWide(text, Hex("00 00")), 2u);
+    EXPECT_EQ(text, u"");
+}
+
+TEST(WideStringField, TooFewBytesForAnything)
+{
+    WideString text = u"old";
+    EXPECT_EQ(ReadWide(text, {}), 0u);
+    EXPECT_EQ(text, u"");
+    EXPECT_EQ(ReadWide(text, Hex("00")), 0u);
+}
+
+TEST(WideStringField, NoTerminator)
+{
+    WideString text;
+    EXPECT_EQ(ReadWide(text, Hex("41 00 42 00")), 0u);
+    EXPECT_EQ(text, u"AB");
+}
+
+TEST(WideStringField, OddLastByteIsNeverLookedAt)
+{
+    WideString text;
+    EXPECT_EQ(ReadWide(text, Hex("41 00 00")), 0u);
+    EXPECT_EQ(ReadWide(text, Hex("41 00 00 00 00")), 4u);
+}
+
+TEST(WideStringField, ZeroBytesOfTwoUnitsAreNoTerminator)
+{
+    WideString text;
+    EXPECT_EQ(ReadWide(text, Hex("41 00 00 42 00 00")), 6u);
+    EXPECT_EQ(text, u"A\u4200");
+}
+
+TEST(WideStringField, UnitsThatFormNoCharacterAreKept)
+{
+    WideString text;
+    EXPECT_EQ(ReadWide(text, Hex("00 D8 41 00 00 00")), 6u);
+    EXPECT_EQ(text, WideString({char16_t{0xD800}, u'A'}));
+}
+
+TEST(NarrowStringField, TakesTheTerminatorToo)
+{
+    std::string text = "old";
+    EXPECT_EQ(ReadNarrow(text, Hex("61 FF 00 62")), 3u);
+    EXPECT_EQ(text, "a\xFF");
+}
+
+TEST(NarrowStringField, EmptyStringIsValid)
+{
+    std::string text = "old";
+    EXPECT_EQ(ReadNarrow(text, Hex("00")), 1u);
+    EXPECT_EQ(text, "");
+}
+
+TEST(NarrowStringField, NoTerminator)
+{
+    std::string text = "old";
+    EXPECT_EQ(ReadNarrow(text, {}), 0u);
+    EXPECT_EQ(text, "");
+    EXPECT_EQ(ReadNarrow(text, Hex("61 62")), 0u);
+    EXPECT_EQ(text, "ab");
+}
+
+// Each record by what all parsers have in common.
+
+struct RecordCase
+{
+    const char *name;
+    Bytes payload;
+    std::function<bool(const unsigned char *payload, std::uint32_t size, WideString &error)> parse;
+};
+
+const Bytes call_payload = Hex("6C 00 00 00") + Hex("66 6E 00") + Hex("73 00");
+const Bytes error_payload = Hex("FF FF FF FF 00 00 00 7E") + Hex("78 00 00 00");
+const Bytes resize_payload = Hex("61 00 30 00 00 00") + Hex("00 00 00 00 00 01 00 00");
+
+template <class Record>
+bool ParseAs(const unsigned char *payload, std::uint32_t size, WideString &error)
+{
+    return Record().Parse(payload, size, error);
+}
+
+class RecordTest : public ::testing::TestWithParam<RecordCase>
+{
+protected:
+    bool Parse(const Bytes &payload)
+    {
+        const Exact exact(payload);
+        error.clear();
+        return GetParam().parse(exact.Data(), exact.Size(), error);
+    }
+
+    WideString error;
+};
+
+INSTANTIATE_TEST_SUITE_P(All, RecordTest,
+                         ::testing::Values(RecordCase{"FunctionCall", call_payload, ParseAs<IPCStruct_FunctionCall>},
+                                           RecordCase{"Error", error_payload, ParseAs<IPCStruct_Error>},
+                                           RecordCase{"Resize", resize_payload, ParseAs<IPCStruct_Resize>}),
+                         [](const auto &record) { return record.param.name; });
+
+TEST_P(RecordTest, WholePayloadParses)
+{
+    EXPECT_TRUE(Parse(GetParam().payload));
+    EXPECT_EQ(error, u"");
+}
+
+TEST_P(RecordTest, PayloadCutAtAnyByteFails)
+{
+    for (std::size_t size = 0; size < GetParam().payload.size(); ++size) {
+        EXPECT_FALSE(Parse(Cut(GetParam().payload, size))) << size;
+        EXPECT_EQ(error, u"Failed to serialise data") << size;
+    }
+}
+
+TEST_P(RecordTest, ExtraBytesAreIgnored)
+{
+    EXPECT_TRUE(Parse(GetParam().payload + Hex("FF")));
+    EXPECT_TRUE(Parse(GetParam().payload + Repeat(0x41, 100)));
+}
+
+// Whatever a flipped bit makes of the payload, the parser stays within it and either succeeds or tells why not.
+TEST_P(RecordTest, PayloadWithAnyBitFlipped)
+{
+    const Bytes &payload = GetParam().payload;
+    for (std::size_t bit = 0; bit < payload.size() * 8; ++bit) {
+        const bool parsed = Parse(FlipBit(payload, bit));
+        EXPECT_EQ(error, parsed ? u"" : u"Failed to serialise data") << bit;
+    }
+}
+
+// The last terminator decides: with any of its bits set no record that ends in a string is complete.
+TEST_P(RecordTest, TerminatorWithAnyBitFlippedFailsARecordThatEndsInAString)
+{
+    const Bytes &payload = GetParam().payload;
+    if (std::string(GetParam().name) == "Resize") {
+        EXPECT_TRUE(Parse(FlipBit(payload, payload.size() * 8 - 1)));
+        return;
+    }
+    for (std::size_t bit = payload.size() * 8 - 8; bit < payload.size() * 8; ++bit)
+        EXPECT_FALSE(Parse(FlipBit(payload, bit))) << bit;
+}
+
+TEST(FunctionCallRecord, FieldsInTheirOrder)
+{
+    IPCStruct_FunctionCall call;
+    WideString error;
+    const Exact exact(call_payload);
+    ASSERT_TRUE(call.Parse(exact.Data(), exact.Size(), error));
+    EXPECT_EQ(call.library, u"l");
+    EXPECT_EQ(call.function, "fn");
+    EXPECT_EQ(call.signature, "s");
+}
+
+TEST(FunctionCallRecord, EmptyFields)
+{
+    IPCStruct_FunctionCall call{u"old", "old", "old"};
+    WideString error;
+    const Exact exact(Hex("00 00 00 00"));
+    ASSERT_TRUE(call.Parse(exact.Data(), exact.Size(), error));
+    EXPECT_EQ(call.library, u"");
+    EXPECT_EQ(call.function, "");
+    EXPECT_EQ(call.signature, "");
+}
+
+TEST(FunctionCallRecord, FieldsFollowAtAnyAddress)
+{
+    // Two narrow strings of odd length: nothing is aligned.
+    IPCStruct_FunctionCall call;
+    WideString error;
+    const Exact exact(Wide(u"lib") + Narrow("ab") + Narrow(""));
+    ASSERT_TRUE(call.Parse(exact.Data(), exact.Size(), error));
+    EXPECT_EQ(call.function, "ab");
+    EXPECT_EQ(call.signature, "");
+}
+
+TEST(ErrorRecord, CodesAreSigned)
+{
+    IPCStruct_Error record;
+    WideString error;
+    const Exact exact(error_payload);
+    ASSERT_TRUE(record.Parse(exact.Data(), exact.Size(), error));
+    EXPECT_EQ(record.return_code, -1);
+    EXPECT_EQ(record.system_error, 126);
+    EXPECT_EQ(record.text, u"x");
+}
+
+TEST(ErrorRecord, EightBytesHaveNoText)
+{
+    IPCStruct_Error record;
+    WideString error;
+    const Exact exact(Repeat(0, 8));
+    EXPECT_FALSE(record.Parse(exact.Data(), exact.Size(), error));
+    EXPECT_EQ(error, u"Failed to serialise data");
+}
+
+TEST_F(ChannelTest, ErrorRecordIsSentAsAFrame)
+{
+    EXPECT_TRUE((IPCStruct_Error{-1, -1, u"x"}.Send(channel, error)));
+    EXPECT_EQ(fake_pipe.written, Hex("45 00 00 00 0C FF FF FF FF FF FF FF FF 78 00 00 00"));
+}
+
+TEST_F(ChannelTest, ErrorRecordThatCantBeWrittenIsReported)
+{
+    fake_pipe.FailWrite(232);
+    EXPECT_FALSE((IPCStruct_Error{0, 126, u"x"}.Send(channel, error)));
+    EXPECT_EQ(error, u"text of 232\r\n");
+}
+
+TEST(ResizeRecord, Fields)
+{
+    IPCStruct_Resize record;
+    WideString error;
+    const Exact exact(Wide(u"a0") + Hex("01 02 03 04 05 06 07 08"));
+    ASSERT_TRUE(record.Parse(exact.Data(), exact.Size(), error));
+    EXPECT_EQ(record.name, u"a0");
+    EXPECT_EQ(record.size, 0x0102030405060708u);
+}
+
+TEST_F(ChannelTest, ResizeRecordIsSentAsAFrame)
+{
+    EXPECT_TRUE((IPCStruct_Resize{u"a0", 0x01020304}.Send(channel, error)));
+    EXPECT_EQ(fake_pipe.written, Hex("52 00 00 00 0E 61 00 30 00 00 00 00 00 00 00 01 02 03 04"));
+}
+
+// The command behind 'f'.
+
+TEST_F(ChannelTest, CommandIsOneByte)
+{
+    fake_pipe.Deliver(Hex("FE 01"));
+    IPCStruct_FunctionCallAlt call;
+    EXPECT_TRUE(call.ReadCommand(channel, error));
+    EXPECT_TRUE(call.has_command);
+    EXPECT_EQ(call.command, 0xFEu);
+    EXPECT_EQ(call.library, u"");
+    EXPECT_EQ(call.function, "");
+}
+
+TEST_F(ChannelTest, CommandIsReadOnlyOnce)
+{
+    fake_pipe.Deliver(Hex("02 03"));
+    IPCStruct_FunctionCallAlt call;
+    ASSERT_TRUE(call.ReadCommand(channel, error));
+    EXPECT_FALSE(call.ReadCommand(channel, error));
+    EXPECT_EQ(call.command, 2u);
+    unsigned char next = 0;
+    bool eof = false;
+    ASSERT_TRUE(channel.ReadDataFromPipe(&next, 1, eof, error));
+    EXPECT_EQ(next, 3);
+}
+
+TEST_F(ChannelTest, CommandAtTheEndOfTheStreamFails)
+{
+    fake_pipe.DeliverNothing();
+    IPCStruct_FunctionCallAlt call;
+    EXPECT_FALSE(call.ReadCommand(channel, error));
+    EXPECT_FALSE(call.has_command);
+    EXPECT_EQ(error, u"");
+}
+
+TEST_F(ChannelTest, CommandWhoseReadFails)
+{
+    fake_pipe.FailRead(109);
+    IPCStruct_FunctionCallAlt call;
+    EXPECT_FALSE(call.ReadCommand(channel, error));
+    EXPECT_FALSE(call.has_command);
+    EXPECT_EQ(error, u"text of 109\r\n");
+}
+
+} // namespace
+} // namespace kessil::test
