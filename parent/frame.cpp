@@ -1,0 +1,100 @@
+#include "parent/frame.h"
+
+namespace kessil::parent {
+namespace {
+
+void AppendBigEndian(std::vector<unsigned char> &bytes, std::uint64_t value, int width)
+{
+    for (int shift = 8 * (width - 1); shift >= 0; shift -= 8)
+        bytes.push_back(static_cast<unsigned char>(value >> shift));
+}
+
+} // namespace
+
+FrameWriter &FrameWriter::Begin(char type)
+{
+    m_bytes.assign(frame_header_size, 0);
+    m_bytes[0] = static_cast<unsigned char>(type);
+    m_spoiled = false;
+    return *this;
+}
+
+FrameWriter &FrameWriter::U32(std::uint32_t value)
+{
+    AppendBigEndian(m_bytes, value, 4);
+    return *this;
+}
+
+FrameWriter &FrameWriter::U64(std::uint64_t value)
+{
+    AppendBigEndian(m_bytes, value, 8);
+    return *this;
+}
+
+FrameWriter &FrameWriter::Wide(std::u16string_view text)
+{
+    for (const char16_t unit : text) {
+        m_bytes.push_back(static_cast<unsigned char>(unit));
+        m_bytes.push_back(static_cast<unsigned char>(unit >> 8));
+    }
+    m_bytes.insert(m_bytes.end(), 2, 0);
+    m_spoiled = m_spoiled || text.find(u'\0') != text.npos;
+    return *this;
+}
+
+FrameWriter &FrameWriter::Narrow(std::string_view text)
+{
+    m_bytes.insert(m_bytes.end(), text.begin(), text.end());
+    m_bytes.push_back(0);
+    m_spoiled = m_spoiled || text.find('\0') != text.npos;
+    return *this;
+}
+
+std::span<const unsigned char> FrameWriter::Finish()
+{
+    const std::size_t length = m_bytes.size() - frame_header_size;
+    for (int i = 0; i < 4; ++i)
+        m_bytes[1 + i] = static_cast<unsigned char>(length >> (24 - 8 * i));
+    return m_bytes;
+}
+
+std::optional<std::uint32_t> PayloadReader::U32()
+{
+    if (m_left.size() < 4)
+        return std::nullopt;
+    const auto value = static_cast<std::uint32_t>(FromBigEndian(m_left.first(4)));
+    m_left = m_left.subspan(4);
+    return value;
+}
+
+std::optional<std::uint64_t> PayloadReader::U64()
+{
+    if (m_left.size() < 8)
+        return std::nullopt;
+    const std::uint64_t value = FromBigEndian(m_left.first(8));
+    m_left = m_left.subspan(8);
+    return value;
+}
+
+std::optional<WideString> PayloadReader::Wide()
+{
+    WideString text;
+    while (m_left.size() >= 2) {
+        const auto unit = static_cast<char16_t>(m_left[0] | m_left[1] << 8);
+        m_left = m_left.subspan(2);
+        if (unit == 0)
+            return text;
+        text += unit;
+    }
+    return std::nullopt;
+}
+
+std::uint64_t FromBigEndian(std::span<const unsigned char> bytes)
+{
+    std::uint64_t value = 0;
+    for (const unsigned char byte : bytes)
+        value = value << 8 | byte;
+    return value;
+}
+
+} // namespace kessil::parent

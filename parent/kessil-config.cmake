@@ -1,0 +1,5 @@
+include(CMakeFindDependencyMacro)
+if(NOT WIN32)
+    find_dependency(Threads)
+endif()
+include(${CMAKE_CURRENT_LIST_DIR}/kessil-targets.cmake)

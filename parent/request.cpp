@@ -1,0 +1,21 @@
+#include "parent/request.h"
+
+#include "platform/text.h"
+
+namespace kessil::parent {
+
+std::string Request::Description() const
+{
+    std::string text;
+    if (IsCall()) {
+        text.append(function).append(" (").append(signature).append(") of ");
+        text.append(subject.empty() ? "the first library" : "library ");
+    } else {
+        text.append(deed);
+        if (!subject.empty())
+            text += ' ';
+    }
+    return text + platform::ToUtf8(subject);
+}
+
+} // namespace kessil::parent

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace kessil::parent {
+
+/// What a request is about, for the texts of its Result. Made of views, so that a request that is answered costs
+/// nothing.
+struct Request
+{
+    std::string_view deed;           ///< as "loading"; empty for a function call
+    std::u16string_view subject;     ///< what the deed is done to; for a call the library
+    std::string_view function = {};  ///< for a call
+    std::string_view signature = {}; ///< for a call
+
+    bool IsCall() const { return !function.empty() || deed.empty(); }
+
+    /// As "loading x.so", or "VornReadFile (SIGNATURE_VornReadFile) of library x.so".
+    std::string Description() const;
+};
+
+} // namespace kessil::parent

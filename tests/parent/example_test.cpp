@@ -1,0 +1,36 @@
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <iterator>
+#include <string>
+
+namespace {
+
+std::string ReadFile(const char *path)
+{
+    std::ifstream file(path);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+// The indented part of the header's comment, from its first include to its last line.
+std::string ExampleInHeader(const std::string &header)
+{
+    std::string example;
+    for (std::size_t at = header.find("///     #include");
+         header.compare(at, 4, "/// ") != 0 || header.compare(at, 8, "///     ") == 0;) {
+        const std::size_t end = header.find('\n', at);
+        const std::string line = header.substr(at, end - at);
+        example += (line.size() > 8 ? line.substr(8) : std::string()) + '\n';
+        at = end + 1;
+    }
+    return example;
+}
+
+TEST(ExampleTest, TheHeadersExampleIsTheOneThatIsBuilt)
+{
+    const std::string example = ReadFile(EXAMPLE);
+    ASSERT_NE(example, "");
+    EXPECT_EQ(ExampleInHeader(ReadFile(PARENT_HEADER)), example + '\n');
+}
+
+} // namespace
