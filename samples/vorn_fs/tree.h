@@ -1,0 +1,80 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+/// The directory tree as the operating system gives it, and the walls around it. One implementation for each system.
+namespace vorn_fs {
+
+/// A result code of vorn_fs.h.
+using Code = std::uint32_t;
+
+struct Time
+{
+    std::int64_t seconds = 0;
+    std::uint32_t nanoseconds = 0;
+};
+
+/// One item of a listing. Where `code` is a failure only the name holds.
+struct Item
+{
+    std::string name;
+    std::uint32_t kind = 0;
+    std::uint64_t bytes = 0;
+    Time modified;
+    Code code = 0;
+};
+
+/// A path that keeps to the tree, name by name.
+using Path = std::vector<std::string>;
+
+/// An open directory of the tree. While it exists, what it stands for can't be exchanged for something else.
+struct Folder;
+using FolderPointer = std::shared_ptr<const Folder>;
+
+/// A file being read.
+class Reader
+{
+public:
+    virtual ~Reader() = default;
+
+    /// Reads up to `size` bytes, fewer only at the file's end or on failure. `count` tells how many in any case.
+    virtual Code Read(void *block, std::uint32_t size, std::uint32_t &count) = 0;
+};
+
+/// A file being written, under a temporary name that goes with the object unless Commit succeeded.
+class Writer
+{
+public:
+    virtual ~Writer() = default;
+
+    virtual Code Write(const void *block, std::uint32_t size, std::uint32_t &count) = 0;
+
+    /// Gives the file its time, unless null, and its name. The object is then of no more use.
+    virtual Code Commit(const Time *modified) = 0;
+};
+
+/// Whether the system could take `name` for anything but a plain name in a directory.
+bool IsPlainName(const std::string &name);
+
+/// Opens the directory that VORN_FS_ROOT names.
+Code OpenRoot(FolderPointer &root);
+
+/// Opens the directory `name` in `parent`. With `create` it is made first if nothing has that name.
+Code OpenFolder(const FolderPointer &parent, const std::string &name, bool create, FolderPointer &folder);
+
+/// All that is in a directory, in the order of the names' bytes.
+Code List(const Folder &folder, std::vector<Item> &items);
+
+Code SetFolderTime(const Folder &folder, const Time &modified);
+
+Code OpenForReading(const FolderPointer &folder, const std::string &name, std::unique_ptr<Reader> &reader);
+
+Code OpenForWriting(const FolderPointer &folder, const std::string &name, std::unique_ptr<Writer> &writer);
+
+/// The operating system's text for its own code.
+std::string SystemText(std::uint32_t system_code);
+
+} // namespace vorn_fs
