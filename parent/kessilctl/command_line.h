@@ -1,0 +1,41 @@
+#pragma once
+
+#include "platform/text.h"
+
+#include <chrono>
+#include <cstdint>
+#include <iosfwd>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace kessil::driver {
+
+enum class Task
+{
+    List,
+    Backup,
+    Restore
+};
+
+/// What the command line asks for. Paths are as ToText writes them.
+struct Command
+{
+    Task task = Task::List;
+    std::string library;
+    std::string helper;    ///< the helper's program
+    std::string log;       ///< the helper's log file; empty: a temporary one
+    std::string path;      ///< the directory within the library's tree
+    std::string directory; ///< the backup, to write or to read
+    std::chrono::milliseconds time_limit{0};
+    bool recursive = false;
+    bool json = false;
+    bool debug = false;
+};
+
+/// Reads the arguments (the program's own name first). None, with `exit_code` set, when there is nothing more to do:
+/// help was asked for and is on `out`, or the arguments make no sense and `err` says why.
+std::optional<Command> ParseCommandLine(const std::vector<WideString> &arguments, std::ostream &out, std::ostream &err,
+                                        int &exit_code);
+
+} // namespace kessil::driver

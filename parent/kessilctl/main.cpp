@@ -1,0 +1,17 @@
+#include "platform/entry_point.h"
+#include "platform/terminal.h"
+#include "run.h"
+
+#include <iostream>
+
+int kessil::platform::Main(const std::vector<WideString> &arguments)
+{
+    constexpr unsigned usual_width = 80;
+    UseUtf8Console();
+    unsigned columns = 0;
+    if (IsTerminal(StandardStream::Error)) {
+        columns = TerminalColumns(StandardStream::Error);
+        columns = columns > 0 ? columns : usual_width;
+    }
+    return driver::Run(arguments, {std::cout, std::cerr, columns});
+}

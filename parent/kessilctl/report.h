@@ -1,0 +1,52 @@
+#pragma once
+
+#include "exit_code.h"
+#include "kessil/parent.h"
+#include "vorn_library.h"
+
+#include <chrono>
+#include <cstdint>
+#include <iosfwd>
+#include <string>
+#include <vector>
+
+namespace kessil::driver {
+
+/// Something about one file, or about a directory.
+struct Remark
+{
+    std::string file;
+    std::string text;
+};
+
+/// What a run came to; filled as the run goes.
+struct Report
+{
+    std::string task;
+    std::uint64_t files = 0;
+    std::uint64_t directories = 0;
+    std::uint64_t bytes = 0;
+    std::vector<Remark> failures;    ///< the library's
+    std::vector<Remark> unusable;    ///< this side's
+    std::vector<Remark> differences; ///< from what was backed up
+    std::vector<Remark> skipped;     ///< what is neither file nor directory
+    std::vector<Entry> entries;      ///< of a listing, each name with the way to it
+    std::string end;                 ///< why the run ended early; empty when it didn't
+    ExitCode exit_code = ExitCode::Done;
+    std::chrono::microseconds elapsed{0};
+    parent::Statistics figures;
+};
+
+/// The exit code of a run that came to its end.
+ExitCode CodeOf(const Report &report);
+
+/// The listing, one line an item: kind, size, time, name.
+void PrintListing(const Report &report, std::ostream &out);
+
+/// What was done, in one or two lines.
+void PrintSummary(const Report &report, std::ostream &out);
+
+/// All of it, as one JSON object. Names that aren't UTF-8 have U+FFFD in them; beside such a name stand its bytes.
+void PrintJson(const Report &report, std::ostream &out);
+
+} // namespace kessil::driver
