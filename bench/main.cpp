@@ -1,0 +1,86 @@
+// Measures the helper against the least that a child process could do, and prints one line for each figure.
+//
+//   kessil_bench [--quick] [--json] [--benchmark_filter=REGEX]
+//
+//   --quick   two short rounds of each figure: shows that everything can be measured, and nothing about speed
+//   --json    one JSON object instead of the table
+//   --benchmark_filter=REGEX   only the figures in whose name it matches
+//
+// On Linux Google Benchmark runs the figures, one round an iteration, and takes its other flags, too. On a machine with
+// other work `chrt -f 5 kessil_bench` keeps that out of the figures; under Wine the same, with no wineserver running
+// yet.
+//
+// How to read the table:
+//   kessil      the helper with a hosted library: microseconds a call, from the request to the answer, or a start, from
+//               the start of the process to its first answer; or KiB
+//   limit       the bare child, which takes the same frames with one read and one write and knows all sizes in advance
+//   ratio       the median of kessil / limit over all rounds, with its quartiles: the figure that counts. Times say
+//               little: the scheduler and the processor's clock decide about them
+//   target      what the ratio is to stay within
+//   control     a second bare child / the bare child. It is 1.00 when the machine was quiet enough to measure
+//   in process  microseconds for the same library call without any process between
+//
+// A round is one turn of 200 calls, or the quickest of 5 starts, for each side, in an order that rotates; every few
+// rounds the processes are started anew. "One core" keeps both sides on the same core, "two cores" gives each its own.
+// Starts take place on one. Wine's server, through which every call goes there, runs where it likes.
+//
+// A start-up of the helper is: start the process, attach, load the library, take a section in, answer one
+// GetBackupType, all with its log open. The bare child does the same: start, attach, load the library, open and map the
+// section, answer one frame. In a row of its own it loads no library, which leaves the loader's time to the helper
+// alone.
+//
+// The exit code is 0 when every figure was measured, whatever it shows, and 1 otherwise.
+#include "bench/run.h"
+#include "bench/table.h"
+#include "platform/entry_point.h"
+#include "platform/measurement.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <stdexcept>
+
+namespace kessil::bench {
+namespace {
+
+bool TakeFlag(std::vector<std::string> &arguments, const char *flag)
+{
+    return std::erase(arguments, flag) > 0;
+}
+
+void Run(std::vector<std::string> arguments)
+{
+    const bool quick = TakeFlag(arguments, "--quick");
+    const bool json = TakeFlag(arguments, "--json");
+    const std::vector<std::uint32_t> cores = platform::UsableCores();
+    if (cores.empty() || !platform::PlaceSelf(cores[0]))
+        throw std::runtime_error("this process can't be placed on a core");
+
+    const auto figures = AllFigures(cores, quick);
+    std::string separator = "{\"figures\": [\n";
+    if (!json)
+        std::fputs(TableHead().c_str(), stdout);
+    RunFigures(figures, arguments, [&](const Figure &figure) {
+        std::fputs(json ? (separator + JsonRow(figure)).c_str() : TableRow(figure).c_str(), stdout);
+        std::fflush(stdout);
+        separator = ",\n";
+    });
+    if (json)
+        std::fputs("\n]}\n", stdout);
+}
+
+} // namespace
+} // namespace kessil::bench
+
+int kessil::platform::Main(const std::vector<WideString> &arguments)
+{
+    std::vector<std::string> words;
+    for (std::size_t i = 1; i < arguments.size(); ++i)
+        words.push_back(ToUtf8(arguments[i]));
+    try {
+        bench::Run(words);
+    } catch (const std::exception &failure) {
+        std::fprintf(stderr, "kessil_bench: %s\n", failure.what());
+        return 1;
+    }
+    return 0;
+}

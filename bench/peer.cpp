@@ -1,0 +1,241 @@
+#include "bench/peer.h"
+
+#include "channel/big_endian.h"
+#include "platform/last_error.h"
+#include "platform/private_section.h"
+
+#include <algorithm>
+#include <cstring>
+#include <filesystem>
+#include <iterator>
+#include <random>
+#include <stdexcept>
+#include <string>
+
+namespace kessil::bench {
+namespace {
+
+using platform::PipeStatus;
+
+constexpr unsigned char written_byte = 0x5A;
+
+void Require(bool condition, const char *failure)
+{
+    if (!condition)
+        throw std::runtime_error(std::string(failure) + ", last error " + std::to_string(platform::LastError()));
+}
+
+WideString Program(const char *name)
+{
+#ifdef _WIN32
+    constexpr const char *suffix = ".exe";
+#else
+    constexpr const char *suffix = "";
+#endif
+    return platform::FromUtf8(std::string(KESSIL_BENCH_PROGRAMS "/") + name + suffix);
+}
+
+WideString Decimal(std::uint32_t number)
+{
+    return platform::FromUtf8(std::to_string(number));
+}
+
+WideString FreshSectionName()
+{
+    static std::random_device random;
+    return u"kessil-bench-" + Decimal(random()) + u"-" + Decimal(random());
+}
+
+// The helper always has a log; this one stays empty.
+WideString LogFile()
+{
+    return platform::FromUtf8((std::filesystem::temp_directory_path() / "kessil-bench.log").string());
+}
+
+void Append(Bytes &bytes, std::u16string_view text)
+{
+    for (const char16_t unit : text) {
+        bytes.push_back(static_cast<unsigned char>(unit & 0xFF));
+        bytes.push_back(static_cast<unsigned char>(unit >> 8));
+    }
+    bytes.insert(bytes.end(), 2, 0);
+}
+
+void Append(Bytes &bytes, std::string_view text)
+{
+    bytes.insert(bytes.end(), text.begin(), text.end());
+    bytes.push_back(0);
+}
+
+void Append(Bytes &bytes, std::uint64_t number)
+{
+    unsigned char stored[sizeof number];
+    StoreBigEndian(stored, number);
+    bytes.insert(bytes.end(), std::begin(stored), std::end(stored));
+}
+
+template <class... Fields>
+Bytes Frame(char type, Fields... fields)
+{
+    Bytes frame = {static_cast<unsigned char>(type), 0, 0, 0, 0};
+    (Append(frame, fields), ...);
+    StoreBigEndian(frame.data() + 1, static_cast<std::uint32_t>(frame.size() - 5));
+    return frame;
+}
+
+std::string_view FunctionName(Work work)
+{
+    switch (work) {
+    case Work::Read:
+        return "VornReadFile";
+    case Work::Write:
+        return "VornWriteFile";
+    default:
+        return "GetBackupType";
+    }
+}
+
+Bytes CallFrame(Work work)
+{
+    const std::string function(FunctionName(work));
+    const std::string signature = "SIGNATURE_" + function;
+    return Frame('F', std::u16string_view(LibraryPath()), std::string_view(function), std::string_view(signature));
+}
+
+} // namespace
+
+WideString LibraryPath()
+{
+#ifdef _WIN32
+    return platform::FromUtf8(KESSIL_BENCH_LIBRARIES "/bench_target.dll");
+#else
+    return platform::FromUtf8(KESSIL_BENCH_LIBRARIES "/bench_target.so");
+#endif
+}
+
+Section::Section(Work work, std::uint32_t block_size)
+    : m_work(work), m_blockSize(block_size), m_name(FreshSectionName())
+{
+    const std::uint32_t size = SectionSize(block_size);
+    m_handle = platform::CreatePrivateSection(m_name, size);
+    Require(m_handle != nullptr, "a section can't be created");
+    m_view = platform::MapCreatedSection(m_handle, size);
+    Require(m_view != nullptr, "a section can't be mapped");
+    std::memset(Block(), written_byte, m_blockSize);
+}
+
+Section::~Section()
+{
+    platform::UnmapSection(m_view, SectionSize(m_blockSize));
+    RemoveName();
+    platform::CloseSection(m_handle);
+}
+
+void Section::LayInList()
+{
+    if (m_work == Work::Answer)
+        return;
+    StoreBigEndian(m_view, std::uint64_t{1});
+    StoreBigEndian(m_view + 8, std::uint64_t{2});
+    StoreBigEndian(m_view + 16, m_blockSize);
+    StoreBigEndian(Block() + m_blockSize, m_blockSize);
+}
+
+void Section::CheckOutList() const
+{
+    const unsigned char *const block = m_view + block_offset;
+    const auto number = [](const unsigned char *place) { return LoadBigEndian<std::uint32_t>(place); };
+    switch (m_work) {
+    case Work::Answer:
+        Require(number(m_view) == backup_type, "GetBackupType gave another value");
+        break;
+    case Work::Read:
+        Require(std::all_of(block, block + m_blockSize, [](unsigned char byte) { return byte == source_byte; }),
+                "VornReadFile read other bytes");
+        Require(number(block + m_blockSize + 4) == m_blockSize && number(block + m_blockSize + 8) == 0,
+                "VornReadFile gave another count or result");
+        break;
+    case Work::Write:
+        Require(number(m_view) == m_blockSize && number(m_view + 4) == 0, "VornWriteFile gave another count or result");
+        break;
+    }
+}
+
+void Section::RemoveName()
+{
+    platform::RemoveSectionName(m_name);
+}
+
+Peer::Peer(Contender contender, Section &section)
+    : m_contender(contender), m_section(section), m_request(CallFrame(section.Kind())),
+      m_pipeName(platform::RandomPipeName()), m_server(platform::CreatePipeServer(m_pipeName))
+{
+    Require(m_server != nullptr, "a pipe can't be created");
+}
+
+Peer::~Peer()
+{
+    platform::DestroyPipeServer(m_server);
+    platform::ReleaseProcess(m_process);
+}
+
+void Peer::Start()
+{
+    const bool helper = m_contender == Contender::Kessil;
+    std::vector<WideString> arguments = {m_pipeName};
+    if (helper)
+        arguments.insert(arguments.end(), {u"--out_file", LogFile()});
+    else
+        arguments.insert(arguments.end(),
+                         {WideString(1, static_cast<char16_t>(m_section.Kind())), m_section.Name(),
+                          Decimal(m_section.BlockSize()), Decimal(static_cast<std::uint32_t>(m_request.size()))});
+    if (m_contender == Contender::BareWithLibrary)
+        arguments.push_back(LibraryPath());
+
+    m_process = platform::StartProcess(Program(helper ? "kessil" : "bare_child"), arguments, u"");
+    Require(m_process != nullptr, "a child process can't be started");
+    const PipeStatus accepted = platform::AcceptPipeClient(*m_server, ProcessId(), platform::Deadline::max());
+    Require(accepted == PipeStatus::Done, "a child process didn't attach");
+
+    m_section.LayInList();
+    if (!helper) {
+        Call();
+        return;
+    }
+    Bytes opening = Frame('L', std::u16string_view(LibraryPath()));
+    const Bytes section =
+        Frame('R', std::u16string_view(m_section.Name()), std::uint64_t{SectionSize(m_section.BlockSize())});
+    opening.insert(opening.end(), section.begin(), section.end());
+    opening.insert(opening.end(), m_request.begin(), m_request.end());
+    Send(opening);
+    ReceiveAnswers(3);
+}
+
+void Peer::Call()
+{
+    m_section.LayInList();
+    Send(m_request);
+    ReceiveAnswers(1);
+}
+
+void Peer::Send(const Bytes &frames)
+{
+    const auto size = static_cast<std::uint32_t>(frames.size());
+    const PipeStatus sent = platform::WriteServedPipe(*m_server, frames.data(), size, platform::Deadline::max());
+    Require(sent == PipeStatus::Done, "a child process took no request");
+}
+
+void Peer::ReceiveAnswers(std::uint32_t answers)
+{
+    constexpr unsigned char success[answer_size] = {'S', 0, 0, 0, 0};
+    unsigned char answer[answer_size];
+    while (answers-- > 0) {
+        std::uint32_t count = 0;
+        const PipeStatus received =
+            platform::ReadServedPipe(*m_server, answer, answer_size, count, platform::Deadline::max());
+        Require(received == PipeStatus::Done && count == answer_size && std::memcmp(answer, success, count) == 0,
+                "a child process gave another answer than success");
+    }
+}
+
+} // namespace kessil::bench

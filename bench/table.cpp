@@ -1,0 +1,78 @@
+#include "bench/table.h"
+
+#include <cstdio>
+#include <utility>
+
+namespace kessil::bench {
+namespace {
+
+constexpr const char *row_format = "%-42s %9s %9s %5s  %14s %7s %8s %11s\n";
+
+std::string Number(const char *format, double value)
+{
+    char text[32];
+    std::snprintf(text, sizeof text, format, value);
+    return text;
+}
+
+// Zero stands for what isn't there.
+std::string OrDash(const char *format, double value)
+{
+    return value > 0 ? Number(format, value) : "-";
+}
+
+std::string OrNull(double value)
+{
+    return value > 0 ? Number("%.4f", value) : "null";
+}
+
+std::string Row(const std::string &name, const std::string &contender, const std::string &limit,
+                const std::string &ratio, const std::string &spread, const std::string &target,
+                const std::string &control, const std::string &in_process)
+{
+    char text[256];
+    std::snprintf(text, sizeof text, row_format, name.c_str(), contender.c_str(), limit.c_str(), ratio.c_str(),
+                  spread.c_str(), target.c_str(), control.c_str(), in_process.c_str());
+    return text;
+}
+
+} // namespace
+
+std::string TableHead()
+{
+    return Row("figure", "kessil", "limit", "ratio", "quartiles", "target", "control", "in process");
+}
+
+std::string TableRow(const Figure &figure)
+{
+    const Middle ratio = figure.Ratio(&Round::contender, &Round::limit);
+    return Row(figure.Name() + " (" + figure.Unit() + ")", Number("%.1f", figure.Of(&Round::contender).median),
+               Number("%.1f", figure.Of(&Round::limit).median), Number("%.2f", ratio.median),
+               Number("%.2f", ratio.low) + " to " + Number("%.2f", ratio.high), OrDash("%.2f", figure.Target()),
+               OrDash("%.2f", figure.Ratio(&Round::control, &Round::limit).median),
+               OrDash("%.2f", figure.Of(&Round::in_process).median));
+}
+
+std::string JsonRow(const Figure &figure)
+{
+    const Middle ratio = figure.Ratio(&Round::contender, &Round::limit);
+    const std::pair<const char *, std::string> fields[] = {
+        {"name", '"' + figure.Name() + '"'},
+        {"unit", '"' + figure.Unit() + '"'},
+        {"rounds", std::to_string(figure.Rounds().size())},
+        {"kessil", OrNull(figure.Of(&Round::contender).median)},
+        {"limit", OrNull(figure.Of(&Round::limit).median)},
+        {"ratio", OrNull(ratio.median)},
+        {"ratio_low", OrNull(ratio.low)},
+        {"ratio_high", OrNull(ratio.high)},
+        {"target", OrNull(figure.Target())},
+        {"control", OrNull(figure.Ratio(&Round::control, &Round::limit).median)},
+        {"in_process", OrNull(figure.Of(&Round::in_process).median)},
+    };
+    std::string row;
+    for (const auto &[name, value] : fields)
+        row += (row.empty() ? "{\"" : ", \"") + std::string(name) + "\": " + value;
+    return row + "}";
+}
+
+} // namespace kessil::bench

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+
+// What the measured processes agree on: the work of one call and where its data lie in the section.
+
+namespace kessil::bench {
+
+/// What one call does.
+enum class Work : char
+{
+    Answer = 'a', ///< GetBackupType: nothing but an answer
+    Read = 'r',   ///< VornReadFile: a block goes from the library to the parent
+    Write = 'w'   ///< VornWriteFile: a block goes from the parent to the library
+};
+
+/// What GetBackupType answers.
+inline constexpr std::uint32_t backup_type = 7;
+
+/// The block of a read or write lies behind session, file and its length, aligned to 8.
+inline constexpr std::uint32_t block_offset = 24;
+
+/// What a read delivers, over and over.
+inline constexpr unsigned char source_byte = 0xA5;
+
+/// The size of the success reply, a frame without payload.
+inline constexpr std::uint32_t answer_size = 5;
+
+/// The size of a section that holds the lists of a call with a block of `block_size` bytes.
+constexpr std::uint32_t SectionSize(std::uint32_t block_size)
+{
+    return std::max<std::uint32_t>(block_size + 64, 4096);
+}
+
+/// The block that reads copy from: `size` bytes of source_byte, for the rest of the process's life; null when there is
+/// no memory. It begins in the middle of a page: copies from a page's first bytes are several times slower on some
+/// processors, and would measure that instead.
+inline const unsigned char *MakeSource(std::size_t size)
+{
+    constexpr std::size_t page = 4096;
+    auto *const memory = static_cast<unsigned char *>(std::malloc(size + 2 * page));
+    if (memory == nullptr)
+        return nullptr;
+    std::memset(memory, source_byte, size + 2 * page);
+    return memory + ((page / 2 - reinterpret_cast<std::uintptr_t>(memory)) & (page - 1));
+}
+
+} // namespace kessil::bench
