@@ -11,6 +11,7 @@
 #include <random>
 #include <stdexcept>
 #include <string>
+#include <system_error>
 
 namespace kessil::bench {
 namespace {
@@ -46,10 +47,22 @@ WideString FreshSectionName()
     return u"kessil-bench-" + Decimal(random()) + u"-" + Decimal(random());
 }
 
-// The helper always has a log; this one stays empty.
-WideString LogFile()
+// The helpers' common log, which goes with this process. Each of them writes to it when its pipe is closed.
+const WideString &LogFile()
 {
-    return platform::FromUtf8((std::filesystem::temp_directory_path() / "kessil-bench.log").string());
+    struct File
+    {
+        ~File()
+        {
+            std::error_code ignored;
+            std::filesystem::remove(path, ignored);
+        }
+        std::filesystem::path path =
+            std::filesystem::temp_directory_path() / (platform::ToUtf8(FreshSectionName()) + ".log");
+        WideString name = platform::FromUtf8(path.string());
+    };
+    static const File file;
+    return file.name;
 }
 
 void Append(Bytes &bytes, std::u16string_view text)
