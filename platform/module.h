@@ -17,7 +17,7 @@ ModuleHandle LoadModule(const WideString &name);
 /// The system's text for the failed load that `code` came from; to be asked for right after LoadModule failed.
 WideString LoadErrorText(std::uint32_t code);
 
-/// The address of an export, null when there is none.
+/// The address of an export of this very library, not of one that it needs; null when there is none.
 void *FindExport(ModuleHandle module, const char *name);
 
 /// Gives back one load. The library's own end-of-life code may run here. Keeps the last error.

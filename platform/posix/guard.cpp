@@ -6,6 +6,7 @@
 #include <sys/time.h>
 #include <unistd.h>
 #include <unwind.h>
+#include <utility>
 
 namespace kessil::platform {
 namespace {
@@ -19,6 +20,7 @@ sigjmp_buf g_return;
 pid_t g_guardedThread = 0;
 volatile std::sig_atomic_t g_inGuard = 0;
 int g_endCode = 0;
+bool g_ending = false;
 
 void OnFault(int signal, siginfo_t *info, void * /*context*/)
 {
@@ -68,22 +70,24 @@ bool PrepareGuard()
 
 bool GuardedRun(void (*body)(void *), void *argument)
 {
-    struct Leave
-    {
-        ~Leave() { g_inGuard = 0; }
-    };
-
     if (sigsetjmp(g_return, 1) != 0)
         return false;
     g_guardedThread = gettid();
-    const Leave leave;
     g_inGuard = 1;
-    body(argument);
+    try {
+        body(argument);
+    } catch (...) {
+        g_inGuard = 0;
+        throw;
+    }
+    g_inGuard = 0;
     return true;
 }
 
 void EndWithin(std::uint32_t milliseconds, int exit_code)
 {
+    if (std::exchange(g_ending, true))
+        return;
     g_endCode = exit_code;
     struct sigaction action = {};
     action.sa_handler = OnTimeUp;

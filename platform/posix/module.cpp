@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <dlfcn.h>
+#include <link.h>
 #include <string>
 #include <string_view>
 #include <sys/stat.h>
@@ -37,7 +38,8 @@ std::string FindAlongPath(const std::string &name)
     return name;
 }
 
-// The loader gives a text for a failed load and no code. A file that can be read but not loaded is no library here.
+// The loader gives a text for a failed load and no code. A file that can be read but not loaded is no
+// library here; a bare name counts as not found.
 int WhyNotLoaded(const std::string &path)
 {
     if (path.find('/') == std::string::npos)
@@ -69,9 +71,17 @@ WideString LoadErrorText(std::uint32_t code)
     return text == nullptr ? ErrorText(code) : FromUtf8(text);
 }
 
+// The loader also looks through the libraries that this one needs; what they export is not this one's.
 void *FindExport(ModuleHandle module, const char *name)
 {
-    return dlsym(module, name);
+    void *const address = dlsym(module, name);
+    link_map *wanted = nullptr;
+    link_map *owner = nullptr;
+    Dl_info info = {};
+    const bool own = address != nullptr && dlinfo(module, RTLD_DI_LINKMAP, &wanted) == 0 &&
+                     dladdr1(address, &info, reinterpret_cast<void **>(&owner), RTLD_DL_LINKMAP) != 0 &&
+                     owner == wanted;
+    return own ? address : nullptr;
 }
 
 void FreeModule(ModuleHandle module)

@@ -100,6 +100,8 @@ bool GuardedRun(void (*body)(void *), void *argument)
 
 void EndWithin(std::uint32_t milliseconds, int exit_code)
 {
+    if (g_watchdog.running)
+        return;
     g_watchdog.milliseconds = milliseconds;
     g_watchdog.exit_code = static_cast<UINT>(exit_code);
     g_watchdog.running = true;

@@ -36,7 +36,7 @@ public:
     void CallFunction(const IPCStruct_FunctionCall &request, CIPCCommunication &channel);
 
     /// Runs the handler of the last call again, without looking anything up. False when that call found no handler or a
-    /// library was loaded or released since.
+    /// library was loaded or released since. A library that unloads itself in a call is not allowed for.
     bool RepeatCall(CIPCCommunication &channel);
 
     /// Releases the libraries, in the order of their names. A library leaves the table before its own code runs, so

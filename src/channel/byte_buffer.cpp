@@ -3,7 +3,6 @@
 #include <cstdlib>
 #include <limits>
 #include <optional>
-#include <utility>
 
 namespace kessil {
 namespace {
@@ -64,14 +63,6 @@ int CByteBuffer::Resize(std::uint32_t size)
     m_capacity = *capacity;
     m_size = size;
     return 0;
-}
-
-void CByteBuffer::Swap(CByteBuffer &other)
-{
-    std::swap(m_data, other.m_data);
-    std::swap(m_size, other.m_size);
-    std::swap(m_capacity, other.m_capacity);
-    std::swap(m_granularity, other.m_granularity);
 }
 
 } // namespace kessil

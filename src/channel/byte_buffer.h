@@ -21,9 +21,6 @@ public:
     /// The same with the content kept. On 1 the buffer is as it was.
     [[nodiscard]] int Resize(std::uint32_t size);
 
-    /// Exchanges the blocks of two buffers.
-    void Swap(CByteBuffer &other);
-
     /// The first byte. While the size is 0 this is a spare byte, so that it can always be read and written.
     unsigned char *Data() { return m_size == 0 ? &m_spare : m_data; }
     const unsigned char *Data() const { return m_size == 0 ? &m_spare : m_data; }

@@ -38,7 +38,8 @@ public:
 
     /// Reads exactly `size` bytes. A stream that ends before the first of them sets `eof`, which is never cleared
     /// here, and is a success. One that ends later closes the channel and is a success as well: the next read fails.
-    /// The rest of the block is then all ones, which ends no string and is no length that could pass for a whole frame.
+    /// The rest of the block is then all ones, which ends no string and makes no length 0, so that no
+    /// frame that breaks off is taken for a whole one.
     bool ReadDataFromPipe(void *buffer, std::uint32_t size, bool &eof, WideString &error);
 
     /// Writes the block in one piece. A failure leaves the channel open.

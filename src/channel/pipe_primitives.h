@@ -11,8 +11,9 @@ namespace kessil {
 
 class CIPCCommunication;
 
-/// Read one value. The number is 0, the string or block empty or incomplete, when the read fails or the stream ends.
-/// A string of more than 1024 bytes is refused, and its bytes stay in the pipe; a block has no limit but memory.
+/// Read one value. When the read fails or the stream ends, a number is 0, a string is as it was, and a block is empty
+/// or has its announced length with a content that means nothing. A string of more than 1024 bytes is refused, and its
+/// bytes stay in the pipe; a block has no limit but memory.
 bool ReadUInt32FromPipe(CIPCCommunication &channel, std::uint32_t &value);
 bool ReadUInt64FromPipe(CIPCCommunication &channel, std::uint64_t &value);
 bool ReadStringFromPipe(CIPCCommunication &channel, std::string &text);

@@ -12,8 +12,8 @@ namespace kessil {
 class ReadAhead
 {
 public:
-    /// As platform::ReadPipe: blocks until at least one byte is there, and delivers at most `size` of them. A request
-    /// that is larger than the buffer is read straight into its place.
+    /// As platform::ReadPipe: blocks until at least one byte is there, and delivers at most `size` of them. While
+    /// nothing is held, a request at least as large as the buffer is read straight into its place.
     bool Read(platform::PipeHandle pipe, unsigned char *buffer, std::uint32_t size, std::uint32_t &count);
 
     /// Forgets what was read and not asked for yet.

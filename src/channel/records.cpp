@@ -8,7 +8,8 @@
 namespace kessil {
 namespace {
 
-// Takes the fields of a payload one after the other. Once a field is missing every later one fails too.
+// Takes the fields of a payload one after the other. A field that is missing takes nothing; the caller
+// stops there.
 class PayloadReader
 {
 public:

@@ -121,8 +121,8 @@ bool CIPCCommunication::CreateSharedMemory(const WideString &name, std::uint32_t
     return true;
 }
 
-// Sections of one run alternate between two names, because the parent still holds the old one open when the new
-// name comes into use.
+// An empty name has no last unit, and is treated as none. Sections of one run alternate between two names, because the
+// parent still holds the old one open when the new name comes into use.
 WideString CIPCCommunication::NextSectionName() const
 {
     WideString name = m_sharedName;

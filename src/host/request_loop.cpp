@@ -12,6 +12,9 @@ namespace {
 
 constexpr std::uint32_t orderly_stop = 1;
 
+// No more than this is kept of a call; a longer one is never seen as repeated.
+constexpr std::uint32_t longest_repeated_payload = 4096;
+
 } // namespace
 
 int RequestLoop::Run()
@@ -73,14 +76,14 @@ std::optional<int> RequestLoop::ServeFunctionCall(const unsigned char *data, std
         return std::nullopt;
     if (!m_call.Parse(data, size, m_error))
         return RefuseRequest();
-    m_lastPayload.assign(data, data + size);
+    m_lastPayload.assign(data, data + (size <= longest_repeated_payload ? size : 0));
     m_caller.CallFunction(m_call, m_channel);
     return std::nullopt;
 }
 
 bool RequestLoop::IsLastCall(const unsigned char *data, std::uint32_t size) const
 {
-    return std::equal(m_lastPayload.begin(), m_lastPayload.end(), data, data + size);
+    return size != 0 && std::equal(m_lastPayload.begin(), m_lastPayload.end(), data, data + size);
 }
 
 // A command that names no call gets no answer.

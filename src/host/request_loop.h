@@ -40,7 +40,7 @@ private:
     CLibraryCaller &m_caller;
     WideString &m_error;
     IPCStruct_FunctionCall m_call;            // kept so that a steady stream of calls allocates nothing
-    std::vector<unsigned char> m_lastPayload; // what m_call was parsed from
+    std::vector<unsigned char> m_lastPayload; // what m_call was parsed from; empty when that is too long to keep
 };
 
 } // namespace kessil

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <new>
 #include <set>
 #include <sstream>
 #include <string>
@@ -122,10 +123,15 @@ std::shared_ptr<LogManager> GetLogManager();
 #define KESSIL_LOG(level, component, message)                                                                          \
     do {                                                                                                               \
         if (!::kessil::GetLogManager()->IsDisabled(level)) {                                                           \
-            std::ostringstream kessilLogStream;                                                                        \
-            kessilLogStream << message;                                                                                \
-            const ::kessil::LogRecordInfo kessilLogInfo{(component), __LINE__, KESSIL_FUNCTION,                        \
-                                                        __DATE__,    __TIME__, ::kessil::platform::CurrentThreadId()}; \
-            ::kessil::GetLogManager()->Log((level), kessilLogStream, kessilLogInfo);                                   \
+            try {                                                                                                      \
+                std::ostringstream kessilLogStream;                                                                    \
+                kessilLogStream << message;                                                                            \
+                const ::kessil::LogRecordInfo kessilLogInfo{(component),     __LINE__,                                 \
+                                                            KESSIL_FUNCTION, __DATE__,                                 \
+                                                            __TIME__,        ::kessil::platform::CurrentThreadId()};   \
+                ::kessil::GetLogManager()->Log((level), kessilLogStream, kessilLogInfo);                               \
+            } catch (const std::bad_alloc &) {                                                                         \
+                static_cast<void>(0); /* a record that finds no memory is lost, and the work goes on */                \
+            }                                                                                                          \
         }                                                                                                              \
     } while (false)

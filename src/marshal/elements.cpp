@@ -35,17 +35,6 @@ void StoreUnit(unsigned char *bytes, char16_t unit)
     bytes[1] = static_cast<unsigned char>(unit >> 8);
 }
 
-constexpr std::uint32_t input_granularity = 1024;
-constexpr std::uint32_t largest_spare = 16 << 20;
-
-// The block of an input element that is gone, its size 0. Where a large block comes from the system page by page, a
-// fresh one for each call costs several times what the copy into it does.
-CByteBuffer &SpareBlock()
-{
-    static CByteBuffer spare(input_granularity);
-    return spare;
-}
-
 template <class C>
 std::uint32_t LengthToZero(const std::basic_string<C> &text)
 {
@@ -168,17 +157,6 @@ std::uint32_t CBufferElement::WriteToBuffer(unsigned char *buffer, std::uint32_t
         return 0;
     data = buffer + offset;
     return offset + size;
-}
-
-CInputElement::CInputElement() : m_buffer(input_granularity)
-{
-    m_buffer.Swap(SpareBlock());
-}
-
-CInputElement::~CInputElement()
-{
-    if (m_buffer.Capacity() <= largest_spare && m_buffer.SetSize(0) == 0)
-        m_buffer.Swap(SpareBlock());
 }
 
 std::uint32_t CInputElement::ReadFromBuffer(unsigned char *buffer, std::uint32_t left)

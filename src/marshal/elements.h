@@ -106,14 +106,11 @@ public:
 };
 
 /// Data in a private block: taken out of the section when read, copied back if written. A block that can't be
-/// allocated raises std::bad_alloc. The block goes with the element, to be the next element's if it isn't very large.
+/// allocated raises std::bad_alloc.
 class CInputElement final : public CDataElement
 {
 public:
-    CInputElement();
-    ~CInputElement() override;
-    CInputElement(const CInputElement &) = delete;
-    CInputElement &operator=(const CInputElement &) = delete;
+    CInputElement() : m_buffer(1024) {}
 
     std::uint32_t ReadFromBuffer(unsigned char *buffer, std::uint32_t left) override;
     std::uint32_t WriteToBuffer(unsigned char *buffer, std::uint32_t left) override;

@@ -128,6 +128,8 @@ TEST_F(StrangeLibraryTest, IsFoundOutWhenItReadsBackSomethingElse)
         << outcome.err;
     EXPECT_NE(outcome.err.find("kessilctl: file: its time is not the one that was written"), std::string::npos)
         << outcome.err;
+    ASSERT_FALSE(Recorded("VornOpenFile").empty());
+    ASSERT_FALSE(Recorded("VornWriteFile").empty());
     EXPECT_EQ(Recorded("VornOpenFile").front(), "VornOpenFile session=0x51 file=0xf1 path=\"file\" mode=10");
     EXPECT_EQ(Recorded("VornWriteFile").back(), "VornWriteFile session=0x51 file=0xf1 size=3 data=616263");
 }

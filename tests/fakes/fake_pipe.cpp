@@ -84,6 +84,8 @@ bool FakePipe::Read(void *buffer, std::uint32_t size, std::uint32_t &count)
 
 bool FakePipe::Write(const void *data, std::uint32_t size, std::uint32_t &count)
 {
+    if (before_write)
+        std::exchange(before_write, nullptr)();
     const Fate fate = m_nextFate < m_fates.size() ? m_fates[m_nextFate++] : Fate{0, size};
     if (fate.code != 0) {
         platform::SetLastError(fate.code);

@@ -35,6 +35,9 @@ public:
     /// Whether the whole script was read.
     bool IsReadOut() const { return m_next == m_steps.size(); }
 
+    /// What happens once, as the next write comes in and before it is noted.
+    std::function<void()> before_write;
+
     bool is_open = false;
     std::uint32_t connect_code = 0;     ///< when not 0, ConnectPipe fails with it
     std::uint32_t end_code = 109;       ///< what a read behind the last step fails with

@@ -1,5 +1,4 @@
 #include "callers/library_caller.h"
-#include "callers/signature_table.h"
 #include "channel/ipc_communication.h"
 #include "fuzz/fuzz_support.h"
 #include "fuzz/vorn_stand_in.h"
@@ -35,7 +34,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t siz
         CIPCCommunication channel;
         WideString error;
         Require(channel.Attach(u"pipe", error));
-        CLibraryCaller caller(SignatureTable(), NoHook);
+        CLibraryCaller caller(VornStandInRows(), NoHook);
         RequestLoop loop(channel, caller, error);
         const int exit_code = loop.Run();
         Require(exit_code == 0 || exit_code == 1);

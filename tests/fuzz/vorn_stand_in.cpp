@@ -1,5 +1,8 @@
 #include "fuzz/vorn_stand_in.h"
 
+#include "families/vorn/vorn.h"
+
+#include <array>
 #include <string>
 
 namespace kessil::test {
@@ -69,7 +72,36 @@ void *Address(Function *function)
     return reinterpret_cast<void *>(function);
 }
 
+template <Handler handler, auto *own>
+void CallOwn(CIPCCommunication &channel, void * /*function*/)
+{
+    handler(channel, Address(own));
+}
+
+constexpr std::array rows = {
+    SignatureRow{"SIGNATURE_VornCreateSession", CallOwn<Process_VornCreateSession, CreateSession>, nullptr},
+    SignatureRow{"SIGNATURE_VornCloseSession", CallOwn<Process_VornCloseSession, OnOne>, nullptr},
+    SignatureRow{"SIGNATURE_VornCreateDir", CallOwn<Process_VornCreateDir, Create>, nullptr},
+    SignatureRow{"SIGNATURE_VornOpenDir", CallOwn<Process_VornOpenDir, OpenDir>, nullptr},
+    SignatureRow{"SIGNATURE_VornGetNextDirItem", CallOwn<Process_VornGetNextDirItem, GetNextDirItem>, nullptr},
+    SignatureRow{"SIGNATURE_VornCloseDir", CallOwn<Process_VornCloseDir, OnTwo>, nullptr},
+    SignatureRow{"SIGNATURE_VornCreateFile", CallOwn<Process_VornCreateFile, Create>, nullptr},
+    SignatureRow{"SIGNATURE_VornOpenFile", CallOwn<Process_VornOpenFile, OpenFile>, nullptr},
+    SignatureRow{"SIGNATURE_VornReadFile", CallOwn<Process_VornReadFile, Transfer>, nullptr},
+    SignatureRow{"SIGNATURE_VornWriteFile", CallOwn<Process_VornWriteFile, Transfer>, nullptr},
+    SignatureRow{"SIGNATURE_VornRestoreFile", CallOwn<Process_VornRestoreFile, OnTwo>, nullptr},
+    SignatureRow{"SIGNATURE_VornCloseFile", CallOwn<Process_VornCloseFile, OnTwo>, nullptr},
+    SignatureRow{"SIGNATURE_VornGetErrorText", CallOwn<Process_VornGetErrorText, GetErrorText>, nullptr},
+    SignatureRow{"SIGNATURE_GetLibApiVersion", CallOwn<Process_GetLibApiVersion, Answer>, nullptr},
+    SignatureRow{"SIGNATURE_GetBackupType", CallOwn<Process_GetBackupType, Answer>, nullptr},
+};
+
 } // namespace
+
+std::span<const SignatureRow> VornStandInRows()
+{
+    return rows;
+}
 
 FakeModule::Exports VornStandIn(std::uint8_t seed)
 {

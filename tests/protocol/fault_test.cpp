@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
+
 namespace kessil::test {
 namespace {
 
@@ -78,6 +80,11 @@ struct Ending
     std::uint32_t on_linux;
     std::uint32_t on_windows;
 };
+
+void PrintTo(const Ending &ending, std::ostream *out)
+{
+    *out << ending.library;
+}
 
 class KeepingTheDefault : public testing::TestWithParam<Ending>
 {};

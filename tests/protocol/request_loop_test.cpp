@@ -147,14 +147,29 @@ TEST(EndOfStream, BehindTheLength)
 // What is missing of a length counts as ones: no half of a header asks for nothing.
 TEST(EndOfStream, InsideALength)
 {
-    for (const char *const begin : {"4C 00", "4C 0000", "4C 0000 01"}) {
+    const std::string story = begun + pipe_closing + "commfunc error: ReadFile() returns with error\n" +
+                              ClosedPrinted() + "kessil error: Next request failed.\n";
+    for (const char *const begin : {"4C 00", "4C 0000", "4C 000000", "4C 000001", "52 000000", "53 0000"}) {
         Conversation talk(1);
         talk.Send(Hex(begin));
         talk.EndStream();
         talk.ExpectClosed();
         talk.End();
-        EXPECT_EQ(talk.Helper().Story(), begun + pipe_closing + "commfunc error: ReadFile() returns with error\n" +
-                                             ClosedPrinted() + "kessil error: Next request failed.\n");
+        EXPECT_EQ(talk.Helper().Story(), story) << begin;
+    }
+}
+
+// Half a payload is worked on, and ends no string.
+TEST(EndOfStream, InsideAString)
+{
+    for (const char *const request : {"4C 00000006 6100", "4C 00000006 6100 620000", "46 0000000A 0000 6600 73"}) {
+        Conversation talk(1);
+        talk.Send(Hex(request));
+        talk.EndStream();
+        talk.ExpectClosed();
+        talk.End();
+        EXPECT_TRUE(talk.Helper().Story().ends_with(pipe_closing + Printed(u"Failed to serialise data")))
+            << talk.Helper().Story();
     }
 }
 

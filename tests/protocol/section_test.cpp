@@ -392,6 +392,31 @@ TEST(Growth, AnsweredByTheEndOfTheStreamInsideAnAnswer)
                                              Printed(SystemText(u"Bad file descriptor", 6)) + next_request_failed);
 }
 
+// The payload's rest is no refusal's text, but the refusal stands; and with the pipe the section was given up too.
+TEST(Growth, AnsweredByTheEndOfTheStreamInsideARefusal)
+{
+    Growing run(1);
+    run.talk.Send(Hex("45 0000000A FFFFFFFF"));
+    run.talk.EndStream();
+    run.talk.ExpectClosed();
+    run.talk.End();
+    EXPECT_EQ(run.talk.Helper().Story(), "commfunc error: Failed on write\n"
+                                         "commfunc error: ReadFile() returns with error\n"
+                                         "commfunc error: Back (error) from ReadDataFromPipe() mini\n" +
+                                             Printed(SystemText(u"Bad file descriptor", 6)) + next_request_failed);
+}
+
+// An agreement with half a payload is one; but with the pipe the section was given up, and the results have no place.
+TEST(Growth, AnsweredByTheEndOfTheStreamInsideAnAgreement)
+{
+    Growing run(0);
+    run.talk.Send(Hex("53 00000004 0000"));
+    run.talk.EndStream();
+    run.talk.ExpectClosed();
+    run.talk.End();
+    EXPECT_EQ(run.talk.Helper().Story(), "");
+}
+
 TEST(Growth, CutAtEveryByteOfItsAnswer)
 {
     const std::string story = "commfunc error: ReadFile() returns with error\n"

@@ -118,6 +118,18 @@ TEST_F(CallerTest, AfterTheReplyTheLibraryIsInTheTableAndThenTheHookRuns)
     EXPECT_THAT(seen, ElementsAre("first 11"));
 }
 
+TEST_F(CallerTest, LibraryIsNotInTheTableBeforeItsReplyIsOut)
+{
+    fake_module.Add(u"a", {{"one", Export(11)}});
+    fake_pipe.before_write = [this] { Call(u"a", "one", "SIG_ONE"); };
+    caller->LoadLibraryW(u"a", channel);
+    const Bytes missing = ErrorFrame(0, 0, u"Failed to find library...");
+    ASSERT_GE(fake_pipe.written.size(), missing.size());
+    EXPECT_EQ(Bytes(fake_pipe.written.begin(), fake_pipe.written.begin() + static_cast<std::ptrdiff_t>(missing.size())),
+              missing);
+    EXPECT_THAT(seen, IsEmpty());
+}
+
 TEST_F(CallerTest, HookDoesNotRunForALoadThatFailed)
 {
     caller.emplace(rows, Hook);

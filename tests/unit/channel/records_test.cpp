@@ -8,8 +8,6 @@
 namespace kessil::test {
 namespace {
 
-using ::testing::IsEmpty;
-
 // A copy at the end of a heap block of its own, so that an address sanitizer sees a byte read behind it.
 class Exact
 {

@@ -33,6 +33,7 @@ TEST(LogThreads, LinesOfSeveralThreadsDontMix)
     // The console sink takes part, but its lines belong to nobody.
     ::testing::internal::CaptureStdout();
     std::vector<std::thread> writers;
+    writers.reserve(threads);
     for (int i = 0; i < threads; ++i) {
         writers.emplace_back([i] {
             for (int n = 0; n < records; ++n)
