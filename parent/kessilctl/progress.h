@@ -17,6 +17,11 @@ public:
     Progress(std::ostream &stream, unsigned columns, std::string verb, std::uint64_t total_files,
              std::uint64_t total_bytes, Clock::time_point now);
 
+    /// Clears the bar that an early end left standing.
+    ~Progress() { MakeRoom(); }
+    Progress(const Progress &) = delete;
+    Progress &operator=(const Progress &) = delete;
+
     /// To be told often; shows something only when it is time.
     void Advance(std::uint64_t files, std::uint64_t bytes, Clock::time_point now);
 

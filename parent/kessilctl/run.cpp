@@ -99,6 +99,12 @@ void Print(const Command &command, const Report &report, const Screen &screen)
 
 } // namespace
 
+std::string Job::Place(const std::string &path) const
+{
+    const std::string whole = path.empty() ? command.path : path;
+    return whole.empty() ? "the topmost directory" : Printable(whole);
+}
+
 std::string Job::InLibrary(const std::string &path) const
 {
     return path.empty() ? command.path : Join(command.path, path);
@@ -115,6 +121,9 @@ std::vector<Found> Job::Walk(bool recursive)
         try {
             entries = library.List(InLibrary(directory));
         } catch (const LibraryError &error) {
+            // Without the topmost directory there is no task.
+            if (directory.empty())
+                throw LibraryError(error.Code(), Place(directory) + ": " + error.what());
             Note(report.failures, directory, error.what());
         }
         for (Entry &entry : entries) {
@@ -136,8 +145,7 @@ void Job::Note(std::vector<Remark> &list, const std::string &file, const std::st
     list.push_back({file, text});
     if (progress)
         progress->MakeRoom();
-    screen.err << "kessilctl: " << (file.empty() ? "the topmost directory" : Printable(file)) << ": " << Printable(text)
-               << '\n';
+    screen.err << "kessilctl: " << Place(file) << ": " << Printable(text) << '\n';
 }
 
 int Run(const std::vector<WideString> &arguments, const Screen &screen)
@@ -150,11 +158,18 @@ int Run(const std::vector<WideString> &arguments, const Screen &screen)
     const auto start = std::chrono::steady_clock::now();
     Report report;
     report.task = NameOf(command->task);
-    parent::Helper helper(HelperOptions(*command, screen));
-    RunTask(*command, helper, report, screen);
+    {
+        // The helper and its files are gone before anything is printed, which a closed pipe may end this process over.
+        parent::Helper helper(HelperOptions(*command, screen));
+        RunTask(*command, helper, report, screen);
+        report.figures = helper.Figures();
+    }
     report.elapsed = std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - start);
-    report.figures = helper.Figures();
     Print(*command, report, screen);
+    if (!screen.out && report.exit_code == ExitCode::Done) {
+        screen.err << "kessilctl: the result could not be written\n";
+        report.exit_code = ExitCode::LocalFailed;
+    }
     return static_cast<int>(report.exit_code);
 }
 

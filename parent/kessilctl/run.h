@@ -42,6 +42,9 @@ public:
     /// is noted as a failure, and the rest goes on.
     std::vector<Found> Walk(bool recursive);
 
+    /// How a path of the task is shown to a person; the task's own for an empty one.
+    std::string Place(const std::string &path) const;
+
     /// The path within the library of something in the task's tree.
     std::string InLibrary(const std::string &path) const;
 
