@@ -230,8 +230,9 @@ TEST_P(FaultTest, IsADeathWithExitCodeZero)
 }
 
 INSTANTIATE_TEST_SUITE_P(Libraries, FaultTest,
-                         testing::Values("throws_own", "throws_bad_alloc", "throws_foreign", "null_write", "null_call",
-                                         "divides_by_zero", "illegal_instruction", "overflows_stack"),
+                         testing::Values("throws_own", "throws_own_static", "throws_bad_alloc", "throws_foreign",
+                                         "null_write", "null_call", "divides_by_zero", "illegal_instruction",
+                                         "overflows_stack"),
                          [](const auto &tested) { return std::string(tested.param); });
 
 // The thread sanitizer holds back the alarm that ends a helper which waits for a lost lock.

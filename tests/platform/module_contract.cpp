@@ -37,6 +37,15 @@ TEST(Module, FindsNoExportThatIsNotThere)
     platform::FreeModule(module);
 }
 
+TEST(Module, FindsNoExportOfALibraryThatThisOneNeeds)
+{
+    const ModuleHandle module = platform::LoadModule(TargetLibrary("plain"));
+    ASSERT_NE(module, nullptr);
+    EXPECT_EQ(platform::FindExport(module, "strlen"), nullptr);
+    EXPECT_EQ(platform::FindExport(module, "abort"), nullptr);
+    platform::FreeModule(module);
+}
+
 TEST(Module, KeepsTwoLibrariesApart)
 {
     const ModuleHandle first = platform::LoadModule(TargetLibrary("first_answer"));

@@ -44,8 +44,9 @@ TEST_P(Misbehaving, TellsOfItsClosingAtTheDebugLevel)
 }
 
 INSTANTIATE_TEST_SUITE_P(Libraries, Misbehaving,
-                         testing::Values("throws_own", "throws_bad_alloc", "throws_foreign", "null_write", "null_call",
-                                         "divides_by_zero", "illegal_instruction", "overflows_stack"),
+                         testing::Values("throws_own", "throws_own_static", "throws_bad_alloc", "throws_foreign",
+                                         "null_write", "null_call", "divides_by_zero", "illegal_instruction",
+                                         "overflows_stack"),
                          [](const auto &each) { return std::string(each.param); });
 
 // The release of the library waits for ever on what the fault left held; the run ends all the same, and soon.
