@@ -1,6 +1,6 @@
 #include "protocol/conversation.h"
 #include "protocol/recorder.h"
-#include "protocol/unserved_signatures.h"
+#include "support/signatures.h"
 
 #include <gtest/gtest.h>
 
@@ -273,13 +273,14 @@ TEST(Call, WithASignatureUnknownCallsNothingAndReadsNothing)
 
 TEST(Call, WithASignatureThatNoHandlerServesYet)
 {
+    ASSERT_EQ(UnservedSignatures().size(), 178u);
     Conversation talk(0, {});
     talk.Load(TargetLibrary("plain"));
     std::string story;
-    for (const char *signature : unserved_signatures) {
+    for (const std::string_view signature : UnservedSignatures()) {
         talk.Send(CallFrame(u"", "Answer", signature));
         talk.Expect(no_signature);
-        story += std::string("LibraryCaller error: Invalid signature:") + signature + "\n";
+        story += "LibraryCaller error: Invalid signature:" + std::string(signature) + "\n";
     }
     talk.Send(orderly_stop);
     talk.End();

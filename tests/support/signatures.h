@@ -1,11 +1,15 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
+#include <string_view>
+#include <vector>
 
 namespace kessil::test {
 
-/// Signatures that a parent may send and that no handler serves yet.
-inline constexpr std::array unserved_signatures = {
+/// The contract with the parents, letter by letter: 191 rows of the first table in their order, and two that only the
+/// second one has.
+inline constexpr auto signatures = std::to_array<std::string_view>({
     "SIG_HR_ESE_BACKUP_PREPARE",
     "SIG_HR_ESE_BACKUP_END",
     "SIG_HR_ESE_BACKUP_CLOSE_FILE",
@@ -103,6 +107,21 @@ inline constexpr std::array unserved_signatures = {
     "SIGNATURE_MapiGetLastError",
     "SIGNATURE_MapiBackupDLLVersion",
     "SIGNATURE_MapiChangeDupID",
+    "SIGNATURE_VornCreateSession",
+    "SIGNATURE_VornCloseSession",
+    "SIGNATURE_VornCreateDir",
+    "SIGNATURE_VornOpenDir",
+    "SIGNATURE_VornGetNextDirItem",
+    "SIGNATURE_VornCloseDir",
+    "SIGNATURE_VornCreateFile",
+    "SIGNATURE_VornOpenFile",
+    "SIGNATURE_VornReadFile",
+    "SIGNATURE_VornWriteFile",
+    "SIGNATURE_VornRestoreFile",
+    "SIGNATURE_VornCloseFile",
+    "SIGNATURE_VornGetErrorText",
+    "SIGNATURE_GetLibApiVersion",
+    "SIGNATURE_GetBackupType",
     "SIGNATURE_DominoGetSession",
     "SIGNATURE_DominoCloseSession",
     "SIGNATURE_DominoFindFirstDatabase",
@@ -184,6 +203,35 @@ inline constexpr std::array unserved_signatures = {
     "SIGNATURE_VADPReadBlockSignature",
     "SIGNATURE_VADPDeleteVaioVM",
     "SIGNATURE_VADPCloneVM",
-};
+});
+
+/// The data-source family, in its order: what is served so far. Every other signature is answered as unknown.
+inline constexpr auto served_signatures = std::to_array<std::string_view>({
+    "SIGNATURE_VornCreateSession",
+    "SIGNATURE_VornCloseSession",
+    "SIGNATURE_VornCreateDir",
+    "SIGNATURE_VornOpenDir",
+    "SIGNATURE_VornGetNextDirItem",
+    "SIGNATURE_VornCloseDir",
+    "SIGNATURE_VornCreateFile",
+    "SIGNATURE_VornOpenFile",
+    "SIGNATURE_VornReadFile",
+    "SIGNATURE_VornWriteFile",
+    "SIGNATURE_VornRestoreFile",
+    "SIGNATURE_VornCloseFile",
+    "SIGNATURE_VornGetErrorText",
+    "SIGNATURE_GetLibApiVersion",
+    "SIGNATURE_GetBackupType",
+});
+
+/// The signatures that no handler serves yet.
+inline std::vector<std::string_view> UnservedSignatures()
+{
+    std::vector<std::string_view> unserved(signatures.begin(), signatures.end());
+    std::erase_if(unserved, [](std::string_view signature) {
+        return std::find(served_signatures.begin(), served_signatures.end(), signature) != served_signatures.end();
+    });
+    return unserved;
+}
 
 } // namespace kessil::test
