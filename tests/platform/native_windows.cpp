@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #define WIN32_LEAN_AND_MEAN
+#include <vector>
 #include <windows.h>
 
 namespace kessil::test {
@@ -26,11 +27,17 @@ std::uint32_t OwnProcessId()
     return GetCurrentProcessId();
 }
 
+// Numbers are given out from the lowest on, and a child's own handles have low ones: this one gets a high one.
 InheritableHandle::InheritableHandle()
 {
+    std::vector<HANDLE> low(1000);
+    for (HANDLE &handle : low)
+        handle = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     SECURITY_ATTRIBUTES attributes = {sizeof attributes, nullptr, TRUE};
     m_number = ToNumber(CreateEventW(&attributes, TRUE, FALSE, nullptr));
     EXPECT_NE(m_number, 0u);
+    for (const HANDLE handle : low)
+        CloseHandle(handle);
 }
 
 InheritableHandle::~InheritableHandle()
