@@ -2,8 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#define WIN32_LEAN_AND_MEAN
 #include <vector>
+
+#define WIN32_LEAN_AND_MEAN
 #include <windows.h>
 
 namespace kessil::test {

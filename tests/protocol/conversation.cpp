@@ -3,6 +3,8 @@
 #include "platform/last_error.h"
 #include "platform/private_section.h"
 
+#include "support/under_wine.h"
+
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -94,8 +96,15 @@ HelperRun::~HelperRun()
 
 void HelperRun::Start(const std::vector<WideString> &arguments)
 {
-    m_process =
-        platform::StartProcess(NativePath(KESSIL_TEST_PROGRAM), arguments, platform::FromUtf8(Directory().string()));
+    const auto start = [&] {
+        m_process = platform::StartProcess(NativePath(KESSIL_TEST_PROGRAM), arguments,
+                                           platform::FromUtf8(Directory().string()));
+        return m_process != nullptr;
+    };
+    // Wine now and then fails to make a process, with this code, while many are being made.
+    constexpr std::uint32_t internal_error = 1359;
+    for (int again = 3; !start() && UnderWine() && platform::LastError() == internal_error && again > 0;)
+        --again;
     if (m_process == nullptr)
         throw std::runtime_error("the helper didn't start, error " + std::to_string(platform::LastError()));
 }
