@@ -10,16 +10,23 @@ if(KESSIL_SANITIZE)
 endif()
 include(GoogleTest)
 
-# kessil_test(NAME SOURCES ... LINKS ... [TIMEOUT seconds] [ENVIRONMENT ...]): one test program, one ctest entry per test
-# case. ctest runs the cases in processes of their own, so a case that hangs or dies is only one failure.
+# kessil_test(NAME SOURCES ... LINKS ... [PREFIX text] [TIMEOUT seconds] [ENVIRONMENT ...]): one test program, one ctest
+# entry per test case, its name behind the prefix. ctest runs the cases in processes of their own, so a case that hangs
+# or dies is only one failure.
 function(kessil_test name)
-    cmake_parse_arguments(ARG "" "TIMEOUT" "SOURCES;LINKS;ENVIRONMENT" ${ARGN})
+    cmake_parse_arguments(ARG "" "PREFIX;TIMEOUT" "SOURCES;LINKS;ENVIRONMENT" ${ARGN})
     if(NOT ARG_TIMEOUT)
         set(ARG_TIMEOUT 120)
     endif()
     add_executable(${name} ${ARG_SOURCES})
     target_link_libraries(${name} PRIVATE kessil_flags ${ARG_LINKS} GTest::gmock GTest::gtest GTest::gtest_main)
     target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
+    # ctest takes but one variable of the list from the discovery.
+    if(ARG_ENVIRONMENT)
+        set_target_properties(${name} PROPERTIES
+            CROSSCOMPILING_EMULATOR "${CMAKE_COMMAND};-E;env;${ARG_ENVIRONMENT};${CMAKE_CROSSCOMPILING_EMULATOR}")
+    endif()
     gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 120
-        PROPERTIES TIMEOUT ${ARG_TIMEOUT} ENVIRONMENT "${ARG_ENVIRONMENT}")
+        TEST_PREFIX "${ARG_PREFIX}"
+        PROPERTIES TIMEOUT ${ARG_TIMEOUT})
 endfunction()

@@ -13,8 +13,10 @@ struct Process;
 
 /// Starts `program` (a path) with `arguments` (without the program's own name), which arrive exactly as given. The
 /// child inherits the standard streams and nothing else, opens no console window and no error dialog, and is killed by
-/// the system when this process ends. `working_directory` empty means this process's own. Null on failure, with the
-/// reason in the last error.
+/// the system when this process ends. What a person types at the terminal to interrupt this process doesn't reach the
+/// child: it has a process group of its own, and whether it goes on is for this process to say. On Linux it is then
+/// not in the terminal's foreground: reading the terminal fails there with EIO. `working_directory` empty means this
+/// process's own. Null on failure, with the reason in the last error.
 Process *StartProcess(const WideString &program, const std::vector<WideString> &arguments,
                       const WideString &working_directory);
 

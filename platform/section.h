@@ -6,6 +6,9 @@
 
 namespace kessil::platform {
 
+// Sections are made, opened and unnamed as whoever the process started as, also where the thread acts as another user:
+// the other side of a section knows nothing of a logon.
+
 /// An open shared section; null when none. The operating system's own handle, so that the log can print it.
 using SectionHandle = void *;
 

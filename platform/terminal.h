@@ -17,4 +17,9 @@ unsigned TerminalColumns(StandardStream stream);
 /// Makes the process's console take what is written as UTF-8. Does nothing where that is so anyway.
 void UseUtf8Console();
 
+/// Has what else ends the programs of a console come as SIGTERM, as Ctrl-C comes as SIGINT: Ctrl-Break, the closing of
+/// its window, a logoff and a shutdown. After those three the system ends the process within a few seconds, and this
+/// sees to it that it isn't sooner. Does nothing where such events are signals anyway.
+void TakeConsoleEventsAsSignals();
+
 } // namespace kessil::platform

@@ -68,10 +68,24 @@ void ResetSignals()
     sigprocmask(SIG_SETMASK, &none, nullptr);
 }
 
+// A terminal interrupts the processes of the group in its foreground. One in the background that uses the terminal is
+// stopped, for which nobody waits here, unless it ignores the signal: then the use fails.
+void LeaveForeground()
+{
+    setpgid(0, 0);
+    for (const int signal : {SIGTTIN, SIGTTOU}) {
+        struct sigaction ignoring
+        {};
+        ignoring.sa_handler = SIG_IGN;
+        sigaction(signal, &ignoring, nullptr);
+    }
+}
+
 // Runs in the child, on the memory of the parent: only system calls.
 [[noreturn]] void RunChild(const Launch &launch)
 {
     ResetSignals();
+    LeaveForeground();
     // The parent may have died before the death signal was asked for.
     const bool bound = prctl(PR_SET_PDEATHSIG, SIGKILL) == 0 && getppid() == launch.parent;
     if (bound && (launch.directory.empty() || chdir(launch.directory.c_str()) == 0)) {

@@ -1,6 +1,7 @@
 #include "platform/section.h"
 
 #include "platform/posix/handles.h"
+#include "platform/posix/identity.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -12,6 +13,7 @@
 namespace kessil::platform {
 namespace {
 
+using posix::ActAsProcess;
 using posix::KeepErrno;
 using posix::ToDescriptor;
 
@@ -60,6 +62,7 @@ unsigned char *Map(SectionHandle section, std::uint32_t size)
 
 SectionHandle CreateSection(const WideString &name, std::uint32_t size, bool admit_users)
 {
+    const ActAsProcess as_process;
     const std::string object = ObjectName(name);
     const int descriptor =
         posix::AboveStandardStreams(shm_open(object.c_str(), O_CREAT | O_EXCL | O_RDWR | O_CLOEXEC, S_IRUSR | S_IWUSR));
@@ -75,6 +78,7 @@ SectionHandle CreateSection(const WideString &name, std::uint32_t size, bool adm
 
 SectionHandle OpenSection(const WideString &name, std::uint32_t size)
 {
+    const ActAsProcess as_process;
     const int descriptor = posix::AboveStandardStreams(shm_open(ObjectName(name).c_str(), O_RDWR | O_CLOEXEC, 0));
     if (descriptor < 0)
         return nullptr;
@@ -114,6 +118,7 @@ void CloseSection(SectionHandle section)
 void RemoveSectionName(const WideString &name)
 {
     const KeepErrno keep;
+    const ActAsProcess as_process;
     shm_unlink(ObjectName(name).c_str());
 }
 

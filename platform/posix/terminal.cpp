@@ -26,4 +26,6 @@ unsigned TerminalColumns(StandardStream stream)
 
 void UseUtf8Console() {}
 
+void TakeConsoleEventsAsSignals() {}
+
 } // namespace kessil::platform

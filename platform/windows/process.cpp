@@ -19,7 +19,8 @@ namespace {
 /// What a kill by the system gives on the other platform, too: 128 plus the number of the signal.
 constexpr UINT killed_exit_code = 128 + 9;
 
-constexpr DWORD creation_flags = CREATE_NO_WINDOW | CREATE_SUSPENDED | EXTENDED_STARTUPINFO_PRESENT;
+constexpr DWORD creation_flags =
+    CREATE_NO_WINDOW | CREATE_NEW_PROCESS_GROUP | CREATE_SUSPENDED | EXTENDED_STARTUPINFO_PRESENT;
 
 /// Writes one argument so that a program's start-up code reads it back as it was: quoted, with a backslash before a
 /// quote, and backslashes doubled where they stand before one.

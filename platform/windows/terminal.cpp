@@ -2,12 +2,26 @@
 
 #include "platform/windows/native.h"
 
+#include <csignal>
+
 namespace kessil::platform {
 namespace {
 
 HANDLE Native(StandardStream stream)
 {
     return GetStdHandle(stream == StandardStream::Output ? STD_OUTPUT_HANDLE : STD_ERROR_HANDLE);
+}
+
+// Runs on a thread of the system's.
+BOOL WINAPI OnConsoleEvent(DWORD event)
+{
+    if (event == CTRL_C_EVENT)
+        return FALSE;
+    std::raise(SIGTERM);
+    // With the return from any other event the system ends the process.
+    if (event != CTRL_BREAK_EVENT)
+        Sleep(INFINITE);
+    return TRUE;
 }
 
 } // namespace
@@ -29,6 +43,11 @@ unsigned TerminalColumns(StandardStream stream)
 void UseUtf8Console()
 {
     SetConsoleOutputCP(CP_UTF8);
+}
+
+void TakeConsoleEventsAsSignals()
+{
+    SetConsoleCtrlHandler(OnConsoleEvent, TRUE);
 }
 
 } // namespace kessil::platform

@@ -5,8 +5,8 @@
 
 namespace kessil::test {
 
-/// In the place of platform/critical_section.h: locks that only count. For one thread; leaving a lock that isn't held
-/// aborts. `fake_critical_section = FakeCriticalSection()` begins anew; locks made before go on counting here.
+/// In the place of platform/critical_section.h: locks that also count. Leaving a lock that isn't held aborts.
+/// `fake_critical_section = FakeCriticalSection()` begins anew; locks made before go on counting here.
 struct FakeCriticalSection
 {
     bool usable = true;                     ///< whether locks made from now on could be set up

@@ -69,6 +69,8 @@ bool GuardedRun(void (*body)(void *), void *argument)
 void EndWithin(std::uint32_t milliseconds, int exit_code)
 {
     test::call_log.Add("EndWithin " + std::to_string(milliseconds) + " " + std::to_string(exit_code));
+    if (!test::fake_guard.ending)
+        test::fake_guard.ending = test::FakeGuard::Ending{milliseconds, exit_code};
 }
 
 } // namespace platform

@@ -1,16 +1,26 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
+#include <optional>
 
 namespace kessil::test {
 
-/// In the place of platform/guard.h: no signal, no watchdog; EndWithin is only written down in the call log.
+/// In the place of platform/guard.h: no signal, no watchdog; what EndWithin asked for is only noted.
 /// `fake_guard = FakeGuard()` begins anew.
 struct FakeGuard
 {
-    bool can_prepare = true; ///< what PrepareGuard says
-    std::size_t running = 0; ///< guarded runs under way
-    std::size_t faults = 0;  ///< guarded runs that a fault ended
+    /// How a process that doesn't end by itself would be ended.
+    struct Ending
+    {
+        std::uint32_t milliseconds;
+        int exit_code;
+    };
+
+    bool can_prepare = true;      ///< what PrepareGuard says
+    std::size_t running = 0;      ///< guarded runs under way
+    std::size_t faults = 0;       ///< guarded runs that a fault ended
+    std::optional<Ending> ending; ///< since the first EndWithin
 };
 
 extern FakeGuard fake_guard;

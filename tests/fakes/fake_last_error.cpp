@@ -16,6 +16,15 @@ namespace {
 
 thread_local std::uint32_t last_error = 0;
 
+WideString TextOfUnknown([[maybe_unused]] std::uint32_t code)
+{
+#ifdef _WIN32
+    return {};
+#else
+    return FromUtf8("Unknown error " + std::to_string(code));
+#endif
+}
+
 } // namespace
 
 std::uint32_t LastError()
@@ -31,8 +40,11 @@ void SetLastError(std::uint32_t code)
 WideString ErrorText(std::uint32_t code)
 {
     const auto text = test::fake_last_error.texts.find(code);
-    return text != test::fake_last_error.texts.end() ? text->second
-                                                     : FromUtf8("text of " + std::to_string(code) + "\r\n");
+    if (text != test::fake_last_error.texts.end())
+        return text->second;
+    if (code >= test::fake_last_error.first_unknown)
+        return TextOfUnknown(code);
+    return FromUtf8("text of " + std::to_string(code)) + test::fake_last_error.line_end;
 }
 
 } // namespace platform

@@ -116,8 +116,11 @@ bool IsUsable(PipeHandle pipe)
 PipeHandle ConnectPipe(const WideString &name, std::uint32_t wait_milliseconds)
 {
     test::call_log.Add("ConnectPipe " + ToUtf8(name) + " " + std::to_string(wait_milliseconds));
-    if (test::fake_pipe.connect_code != 0) {
-        SetLastError(test::fake_pipe.connect_code);
+    std::uint32_t code = test::fake_pipe.connect_code;
+    if (code == 0 && test::fake_pipe.name && *test::fake_pipe.name != name)
+        code = test::fake_pipe.missing_code;
+    if (code != 0) {
+        SetLastError(code);
         return invalid_pipe;
     }
     test::fake_pipe.is_open = true;
@@ -126,6 +129,7 @@ PipeHandle ConnectPipe(const WideString &name, std::uint32_t wait_milliseconds)
 
 bool ReadPipe(PipeHandle pipe, void *buffer, std::uint32_t size, std::uint32_t &count)
 {
+    count = 0;
     return IsUsable(pipe) && test::fake_pipe.Read(buffer, size, count);
 }
 
@@ -133,6 +137,7 @@ bool WritePipe(PipeHandle pipe, const void *data, std::uint32_t size, std::uint3
 {
     if (test::call_log.recording)
         test::call_log.Add("WritePipe " + std::to_string(size));
+    count = 0;
     return IsUsable(pipe) && test::fake_pipe.Write(data, size, count);
 }
 

@@ -1,8 +1,11 @@
 #pragma once
 
+#include "platform/text.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <vector>
 
 namespace kessil::test {
@@ -39,6 +42,8 @@ public:
     std::function<void()> before_write;
 
     bool is_open = false;
+    std::optional<WideString> name;     ///< the only one that a pipe is served under; none: every name is served
+    std::uint32_t missing_code = 2;     ///< what ConnectPipe fails with for another name
     std::uint32_t connect_code = 0;     ///< when not 0, ConnectPipe fails with it
     std::uint32_t end_code = 109;       ///< what a read behind the last step fails with
     std::uint32_t bad_handle_code = 6;  ///< what use of a pipe that isn't open fails with

@@ -41,7 +41,7 @@ FakeSection::Block FakeSection::MakeBlock(std::uint32_t size)
 
 void FakeSection::Add(const WideString &name, std::uint32_t size)
 {
-    m_names[name] = std::make_shared<Section>(Section{size, MakeBlock(size), false, 0});
+    m_names[name] = std::make_shared<Section>(Section{size, MakeBlock(size), 0});
 }
 
 void FakeSection::Add(const WideString &name, const std::vector<unsigned char> &content)
@@ -67,10 +67,19 @@ std::shared_ptr<FakeSection::Section> &FakeSection::Held(void *handle)
 
 void *FakeSection::Create(const WideString &name, std::uint32_t size)
 {
+    if (create_code == 0 && opens_taken && Has(name))
+        return Hold(m_names.at(name));
+    return CreatePrivate(name, size);
+}
+
+void *FakeSection::CreatePrivate(const WideString &name, std::uint32_t size)
+{
     if (create_code != 0)
         return Fail(create_code);
     if (Has(name))
         return Fail(taken_code);
+    if (size == 0)
+        return Fail(empty_code);
     if (size > largest)
         return Fail(no_memory_code);
     Add(name, size);
@@ -83,7 +92,7 @@ void *FakeSection::Open(const WideString &name, std::uint32_t size)
         return Fail(open_code);
     if (!Has(name))
         return Fail(missing_code);
-    if (m_names.at(name)->size < size)
+    if (open_checks_size && m_names.at(name)->size < size)
         return Fail(too_small_code);
     return Hold(m_names.at(name));
 }
@@ -91,31 +100,30 @@ void *FakeSection::Open(const WideString &name, std::uint32_t size)
 unsigned char *FakeSection::Map(void *handle, std::uint32_t size)
 {
     const std::shared_ptr<Section> section = Held(handle);
-    if (section->mapped)
-        std::abort();
     if (map_code != 0 || section->size < size) {
         Fail(map_code != 0 ? map_code : too_small_code);
         return nullptr;
     }
-    section->mapped = true;
-    section->mapped_size = size;
-    m_mapped.push_back(section);
+    ++section->views;
+    m_views.push_back({section, size});
     ++views;
     return section->bytes.get();
 }
 
 void FakeSection::Unmap(const unsigned char *view, std::uint32_t size)
 {
-    const auto mapped = std::find_if(m_mapped.begin(), m_mapped.end(),
-                                     [view](const auto &section) { return section->bytes.get() == view; });
-    if (mapped == m_mapped.end() || (*mapped)->mapped_size != size)
+    const auto ended = std::find_if(m_views.begin(), m_views.end(), [view, size](const View &each) {
+        return each.section->bytes.get() == view && each.size == size;
+    });
+    if (ended == m_views.end())
         std::abort();
-    Section &section = **mapped;
-    Block moved = MakeBlock(section.size);
-    std::memcpy(moved.get(), section.bytes.get(), section.size);
-    section.bytes = std::move(moved);
-    section.mapped = false;
-    m_mapped.erase(mapped);
+    Section &section = *ended->section;
+    if (--section.views == 0) {
+        Block moved = MakeBlock(section.size);
+        std::memcpy(moved.get(), section.bytes.get(), section.size);
+        section.bytes = std::move(moved);
+    }
+    m_views.erase(ended);
     --views;
 }
 

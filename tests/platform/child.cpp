@@ -13,7 +13,6 @@
 #include <filesystem>
 #include <functional>
 #include <map>
-#include <stdexcept>
 #include <string>
 
 namespace kessil::test {
@@ -109,6 +108,36 @@ int StartAnother(const Arguments &arguments)
     return 0;
 }
 
+/// Sends every byte back that comes.
+int Echo(const Arguments &arguments)
+{
+    const platform::PipeHandle pipe = Connect(arguments.at(2));
+    unsigned char byte = 0;
+    std::uint32_t count = 0;
+    while (platform::ReadPipe(pipe, &byte, 1, count) && count > 0)
+        Send(pipe, &byte, 1);
+    return 0;
+}
+
+/// Starts an echo, tells its number, and is interrupted with all of its group when it is sent a byte, which it then
+/// sends back.
+int StartAnotherAndBeInterrupted(const Arguments &arguments)
+{
+    const platform::PipeHandle pipe = Connect(arguments.at(2));
+    const platform::Process *const other = platform::StartProcess(arguments.at(0), {u"echo", arguments.at(3)}, {});
+    if (!other)
+        return child_failed;
+    SendText(pipe, platform::FromUtf8(std::to_string(platform::ProcessId(*other))));
+    unsigned char byte = 0;
+    std::uint32_t count = 0;
+    platform::ReadPipe(pipe, &byte, 1, count);
+    if (!InterruptOwnGroup())
+        return child_failed;
+    Send(pipe, &byte, 1);
+    WaitForEnd(pipe);
+    return 0;
+}
+
 void CallAnswer(void *library)
 {
     const platform::ModuleHandle module = platform::LoadModule(*static_cast<const WideString *>(library));
@@ -128,55 +157,6 @@ int CallGuarded(const Arguments &arguments)
     return returned ? child_returned : child_abandoned;
 }
 
-class SetsOnDestruction
-{
-public:
-    explicit SetsOnDestruction(bool &flag) : m_flag(flag) {}
-    ~SetsOnDestruction() { m_flag = true; }
-    SetsOnDestruction(const SetsOnDestruction &) = delete;
-    SetsOnDestruction &operator=(const SetsOnDestruction &) = delete;
-
-private:
-    bool &m_flag;
-};
-
-void Throw(void *destroyed)
-{
-    const SetsOnDestruction object(*static_cast<bool *>(destroyed));
-    throw std::runtime_error("thrown inside the guard");
-}
-
-int ThrowThroughGuard(const Arguments &)
-{
-    if (!platform::PrepareGuard())
-        return child_failed;
-    bool destroyed = false;
-    try {
-        platform::GuardedRun(Throw, &destroyed);
-    } catch (const std::runtime_error &) {
-        return destroyed ? child_caught : child_failed;
-    }
-    return child_returned;
-}
-
-int ThrowAwayInsideGuard(const Arguments &)
-{
-    if (!platform::PrepareGuard())
-        return child_failed;
-    bool caught = false;
-    const bool returned = platform::GuardedRun(
-        [](void *flag) {
-            try {
-                bool destroyed = false;
-                Throw(&destroyed);
-            } catch (const std::runtime_error &) {
-                *static_cast<bool *>(flag) = true;
-            }
-        },
-        &caught);
-    return returned && caught ? child_returned : child_failed;
-}
-
 int CatchForeignThrow(const Arguments &arguments)
 {
     if (!platform::PrepareGuard())
@@ -189,13 +169,15 @@ int CatchForeignThrow(const Arguments &arguments)
     }
 }
 
-/// Hangs after it was told to end; then, and not before, the time limit may end it.
+/// Hangs after it was told to end, by one or more pairs of a time and an exit code; then, and not before, the time
+/// limit may end it.
 int EndHanging(const Arguments &arguments)
 {
     if (!platform::PrepareGuard())
         return child_failed;
     const platform::PipeHandle pipe = Connect(arguments.at(2));
-    platform::EndWithin(300, 7);
+    for (std::size_t i = 3; i + 1 < arguments.size(); i += 2)
+        platform::EndWithin(static_cast<std::uint32_t>(Number(arguments[i])), Number(arguments[i + 1]));
     WaitForEnd(pipe);
     return child_failed;
 }
@@ -237,9 +219,9 @@ const std::map<WideString, std::function<int(const Arguments &)>> modes = {
     {u"probe", ProbeHandle},
     {u"hang", Hang},
     {u"start_another", StartAnother},
+    {u"echo", Echo},
+    {u"start_another_and_be_interrupted", StartAnotherAndBeInterrupted},
     {u"call", CallGuarded},
-    {u"throw_through", ThrowThroughGuard},
-    {u"throw_inside", ThrowAwayInsideGuard},
     {u"call_and_catch", CatchForeignThrow},
     {u"end_hanging", EndHanging},
     {u"end_in_time", EndInTime},

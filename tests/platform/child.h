@@ -1,7 +1,8 @@
 #pragma once
 
-#include "native.h"
+#include "platform/pipe_server.h"
 #include "platform/process.h"
+#include "surroundings.h"
 
 #include <chrono>
 #include <string>
@@ -26,11 +27,7 @@ inline platform::Deadline WaitLimit()
     return std::chrono::steady_clock::now() + std::chrono::seconds(60);
 }
 
-/// The path of the test program, and of a library of tests/targets.
-WideString ChildProgram();
-WideString TargetLibrary(const std::string &name);
-
-/// The test program at one of its tasks. Killed at the end of its life if it still runs.
+/// ChildProgram() at one of its tasks. Killed at the end of its life if it still runs.
 class Child
 {
 public:

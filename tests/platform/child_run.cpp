@@ -12,16 +12,6 @@ namespace kessil::test {
 
 using platform::PipeStatus;
 
-WideString ChildProgram()
-{
-    return platform::FromUtf8(KESSIL_TEST_CHILD);
-}
-
-WideString TargetLibrary(const std::string &name)
-{
-    return platform::FromUtf8(KESSIL_TEST_LIBRARIES "/" + name + (on_windows ? ".dll" : ".so"));
-}
-
 Child::Child(const std::vector<WideString> &arguments, const WideString &directory)
     : m_process(platform::StartProcess(ChildProgram(), arguments, directory))
 {

@@ -1,121 +1,140 @@
-#include "child.h"
-
 #include "platform/guard.h"
+
+#include "platform/module.h"
+#include "surroundings.h"
 
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <functional>
+#include <stdexcept>
 
 namespace kessil::test {
 
 namespace {
 
-std::uint32_t CallInGuard(const std::string &library, int times = 1)
+bool RunGuarded(std::function<void()> body)
 {
-    Child child({u"call", TargetLibrary(library), platform::FromUtf8(std::to_string(times))});
-    return child.ExitCode();
+    static const bool prepared = platform::PrepareGuard();
+    EXPECT_TRUE(prepared);
+    return platform::GuardedRun([](void *work) { (*static_cast<std::function<void()> *>(work))(); }, &body);
 }
+
+class SetsOnDestruction
+{
+public:
+    explicit SetsOnDestruction(bool &flag) : m_flag(flag) {}
+    ~SetsOnDestruction() { m_flag = true; }
+    SetsOnDestruction(const SetsOnDestruction &) = delete;
+    SetsOnDestruction &operator=(const SetsOnDestruction &) = delete;
+
+private:
+    bool &m_flag;
+};
+
+/// A library's function that answers with a number, or doesn't.
+class Answer
+{
+public:
+    explicit Answer(const std::string &library) : m_module(platform::LoadModule(TargetLibrary(library)))
+    {
+        EXPECT_NE(m_module, nullptr);
+        void *const found = platform::FindExport(m_module, "Answer");
+        EXPECT_NE(found, nullptr);
+        m_function = reinterpret_cast<std::uint32_t (*)()>(found);
+    }
+    ~Answer() { platform::FreeModule(m_module); }
+    Answer(const Answer &) = delete;
+    Answer &operator=(const Answer &) = delete;
+
+    std::uint32_t operator()() const { return m_function(); }
+
+private:
+    platform::ModuleHandle m_module;
+    std::uint32_t (*m_function)() = nullptr;
+};
 
 } // namespace
 
 TEST(Guard, TellsThatTheCallReturned)
 {
-    EXPECT_EQ(CallInGuard("plain"), child_returned);
+    const Answer plain("plain");
+    std::uint32_t answer = 0;
+    EXPECT_TRUE(RunGuarded([&] { answer = plain(); }));
+    EXPECT_EQ(answer, 42u);
 }
 
-TEST(Guard, AbandonsAWriteThroughNull)
+TEST(Guard, AbandonsAFault)
 {
-    EXPECT_EQ(CallInGuard("null_write"), child_abandoned);
+    const Answer null_write("null_write");
+    bool before = false;
+    bool after = false;
+    EXPECT_FALSE(RunGuarded([&] {
+        before = true;
+        null_write();
+        after = true;
+    }));
+    EXPECT_TRUE(before);
+    EXPECT_FALSE(after);
 }
 
-TEST(Guard, AbandonsACallThroughNull)
+TEST(Guard, ServesOnAfterAFault)
 {
-    EXPECT_EQ(CallInGuard("null_call"), child_abandoned);
-}
-
-TEST(Guard, AbandonsADivisionByZero)
-{
-    EXPECT_EQ(CallInGuard("divides_by_zero"), child_abandoned);
-}
-
-TEST(Guard, AbandonsAnIllegalInstruction)
-{
-    EXPECT_EQ(CallInGuard("illegal_instruction"), child_abandoned);
-}
-
-TEST(Guard, AbandonsAStackOverflow)
-{
-    EXPECT_EQ(CallInGuard("overflows_stack"), child_abandoned);
-}
-
-TEST(Guard, AbandonsOneFaultAfterAnother)
-{
-    EXPECT_EQ(CallInGuard("null_write", 3), child_abandoned);
-}
-
-TEST(Guard, AbandonsOneStackOverflowAfterAnother)
-{
-    EXPECT_EQ(CallInGuard("overflows_stack", 3), child_abandoned);
-}
-
-TEST(Guard, LeavesAFaultOnAnotherThreadToTheSystem)
-{
-    const std::uint32_t exit_code = CallInGuard("faults_on_thread");
-    EXPECT_NE(exit_code, child_returned);
-    EXPECT_NE(exit_code, child_abandoned);
-    EXPECT_NE(exit_code, 0u);
+    const Answer null_write("null_write");
+    for (int round = 0; round < 3; ++round)
+        EXPECT_FALSE(RunGuarded([&] { null_write(); }));
+    EXPECT_TRUE(RunGuarded([] {}));
 }
 
 TEST(Guard, LetsAnExceptionThroughAndUnwindsForIt)
 {
-    EXPECT_EQ(Child({u"throw_through"}).ExitCode(), child_caught);
+    bool destroyed = false;
+    EXPECT_THROW(RunGuarded([&] {
+                     const SetsOnDestruction object(destroyed);
+                     throw std::runtime_error("thrown inside the guard");
+                 }),
+                 std::runtime_error);
+    EXPECT_TRUE(destroyed);
+    EXPECT_TRUE(RunGuarded([] {}));
 }
 
 TEST(Guard, LeavesAnExceptionAloneThatStaysInside)
 {
-    EXPECT_EQ(Child({u"throw_inside"}).ExitCode(), child_returned);
+    bool caught = false;
+    EXPECT_TRUE(RunGuarded([&] {
+        try {
+            throw std::runtime_error("thrown inside the guard");
+        } catch (const std::runtime_error &) {
+            caught = true;
+        }
+    }));
+    EXPECT_TRUE(caught);
 }
 
 TEST(Guard, LetsALibrarysExceptionThrough)
 {
-    EXPECT_EQ(Child({u"call_and_catch", TargetLibrary("throws_own")}).ExitCode(), child_caught);
-}
-
-TEST(Guard, StopsWhatAnotherCompilerThrows)
-{
-    const std::uint32_t exit_code = Child({u"call_and_catch", TargetLibrary("throws_foreign")}).ExitCode();
-    EXPECT_EQ(exit_code, on_windows ? child_abandoned : child_caught);
+    const Answer throws_own("throws_own");
+    bool caught = false;
+    try {
+        RunGuarded([&] { throws_own(); });
+    } catch (...) {
+        caught = true;
+    }
+    EXPECT_TRUE(caught);
 }
 
 TEST(EndWithin, EndsAProcessThatHangs)
 {
-    ServedPipe pipe;
-    Child child({u"end_hanging", pipe.Name()});
-    ASSERT_EQ(pipe.Accept(child.Id()), platform::PipeStatus::Done);
     const auto start = std::chrono::steady_clock::now();
-    EXPECT_EQ(child.ExitCode(), 7u);
+    EXPECT_EQ(ExitCodeOfAHangingProcess({{300, 7}}), 7u);
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(30));
 }
 
-TEST(EndWithin, EndsAProcessThatHangsAfterAFault)
+TEST(EndWithin, KeepsToItsFirstCall)
 {
-    ServedPipe pipe;
-    Child child({u"end_after_fault", TargetLibrary("null_write"), pipe.Name()});
-    ASSERT_EQ(pipe.Accept(child.Id()), platform::PipeStatus::Done);
-    EXPECT_EQ(child.ExitCode(), 7u);
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(ExitCodeOfAHangingProcess({{300, 7}, {1, 8}, {50000, 9}}), 7u);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(30));
 }
-
-TEST(EndWithin, LeavesTheExitCodeToAProcessThatEndsInTime)
-{
-    EXPECT_EQ(Child({u"end_in_time"}).ExitCode(), 5u);
-}
-
-#ifdef _WIN32
-// Only there is it a thread that keeps the time.
-TEST(EndWithin, DoesNotKeepAProcessAliveWhoseMainThreadIsGone)
-{
-    EXPECT_EQ(Child({u"end_main_thread"}).ExitCode(), 9u);
-}
-#endif
 
 } // namespace kessil::test

@@ -1,6 +1,6 @@
 #include "platform/last_error.h"
 
-#include "native.h"
+#include "surroundings.h"
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,6 @@
 
 #include "child.h"
 #include "platform/last_error.h"
-#include "platform/pipe.h"
 
 #include <gtest/gtest.h>
 
@@ -12,7 +11,6 @@
 namespace kessil::test {
 
 using platform::Deadline;
-using platform::PipeHandle;
 using platform::PipeStatus;
 
 namespace {
@@ -35,23 +33,12 @@ struct Connected
 {
     Connected()
     {
-        client = platform::ConnectPipe(pipe.Name(), 30000);
-        EXPECT_NE(client, platform::invalid_pipe);
+        EXPECT_TRUE(client.IsConnected());
         EXPECT_EQ(pipe.Accept(OwnProcessId()), PipeStatus::Done);
-    }
-    ~Connected() { CloseClient(); }
-    Connected(const Connected &) = delete;
-    Connected &operator=(const Connected &) = delete;
-
-    void CloseClient()
-    {
-        if (client != platform::invalid_pipe)
-            platform::ClosePipe(client);
-        client = platform::invalid_pipe;
     }
 
     ServedPipe pipe;
-    PipeHandle client = platform::invalid_pipe;
+    PipeClient client{pipe.Name()};
 };
 
 } // namespace
@@ -98,7 +85,7 @@ TEST(PipeServer, FreesItsNameAtItsEnd)
         const ServedPipe pipe;
         name = pipe.Name();
     }
-    EXPECT_EQ(platform::ConnectPipe(name, 50), platform::invalid_pipe);
+    EXPECT_FALSE(PipeClient(name, false).IsConnected());
 }
 
 TEST(PipeServer, ServesAClientThatConnectsLater)
@@ -113,10 +100,9 @@ TEST(PipeServer, ServesAClientThatConnectsLater)
 TEST(PipeServer, ServesAClientThatLeftBeforeItWasAccepted)
 {
     ServedPipe pipe;
-    const PipeHandle client = platform::ConnectPipe(pipe.Name(), 30000);
-    std::uint32_t count = 0;
-    ASSERT_TRUE(platform::WritePipe(client, "left", 4, count));
-    platform::ClosePipe(client);
+    PipeClient client(pipe.Name());
+    client.Write("left");
+    client.Leave();
     ASSERT_EQ(pipe.Accept(OwnProcessId()), PipeStatus::Done);
     EXPECT_EQ(pipe.ReadAll(), "left");
 }
@@ -124,7 +110,7 @@ TEST(PipeServer, ServesAClientThatLeftBeforeItWasAccepted)
 TEST(PipeServer, ServesAnotherAfterAnIntruderThatLeft)
 {
     ServedPipe pipe;
-    platform::ClosePipe(platform::ConnectPipe(pipe.Name(), 30000));
+    PipeClient(pipe.Name()).Leave();
     Child child({u"arguments", pipe.Name(), u"me"});
     EXPECT_EQ(pipe.Accept(child.Id()), PipeStatus::WrongClient);
     EXPECT_EQ(pipe.Accept(child.Id()), PipeStatus::Done);
@@ -135,24 +121,20 @@ TEST(PipeServer, TurnsAwayAProcessThatItDoesNotExpect)
 {
     ServedPipe pipe;
     Child expected({u"exit", u"0"});
-    const PipeHandle client = platform::ConnectPipe(pipe.Name(), 30000);
-    ASSERT_NE(client, platform::invalid_pipe);
+    PipeClient client(pipe.Name());
+    ASSERT_TRUE(client.IsConnected());
     EXPECT_EQ(pipe.Accept(expected.Id()), PipeStatus::WrongClient);
-
-    char byte = 0;
-    std::uint32_t count = 0;
-    EXPECT_FALSE(platform::ReadPipe(client, &byte, 1, count));
-    platform::ClosePipe(client);
+    EXPECT_EQ(client.ReadByte(), "");
 }
 
 TEST(PipeServer, TakesTheExpectedProcessAfterAnother)
 {
     ServedPipe pipe;
-    const PipeHandle intruder = platform::ConnectPipe(pipe.Name(), 30000);
-    ASSERT_NE(intruder, platform::invalid_pipe);
+    PipeClient intruder(pipe.Name());
+    ASSERT_TRUE(intruder.IsConnected());
     Child child({u"arguments", pipe.Name(), u"me"});
     EXPECT_EQ(pipe.Accept(child.Id()), PipeStatus::WrongClient);
-    platform::ClosePipe(intruder);
+    intruder.Leave();
     EXPECT_EQ(pipe.Accept(child.Id()), PipeStatus::Done);
     EXPECT_EQ(pipe.ReadText(), u"me");
 }
@@ -164,9 +146,14 @@ TEST(PipeServer, StopsWaitingForAClientAtTheDeadline)
     EXPECT_EQ(platform::AcceptPipeClient(pipe.Server(), OwnProcessId(), deadline), PipeStatus::TimedOut);
     EXPECT_GE(std::chrono::steady_clock::now(), deadline);
 
-    const PipeHandle client = platform::ConnectPipe(pipe.Name(), 30000);
+    const PipeClient client(pipe.Name());
     EXPECT_EQ(pipe.Accept(OwnProcessId()), PipeStatus::Done);
-    platform::ClosePipe(client);
+}
+
+TEST(PipeServer, StaysBusyForASecondClient)
+{
+    const Connected connected;
+    EXPECT_FALSE(PipeClient(connected.pipe.Name(), false).IsConnected());
 }
 
 TEST(PipeServer, StopsReadingAtTheDeadline)
@@ -176,8 +163,7 @@ TEST(PipeServer, StopsReadingAtTheDeadline)
     EXPECT_EQ(ReadOne(connected.pipe, deadline), PipeStatus::TimedOut);
     EXPECT_GE(std::chrono::steady_clock::now(), deadline);
 
-    std::uint32_t count = 0;
-    ASSERT_TRUE(platform::WritePipe(connected.client, "still", 5, count));
+    connected.client.Write("still");
     EXPECT_EQ(connected.pipe.Read(5), "still");
 }
 
@@ -202,9 +188,9 @@ TEST(PipeServer, StopsWritingAtTheDeadline)
 TEST(PipeServer, ReadsWhatIsThere)
 {
     Connected connected;
-    std::uint32_t count = 0;
-    ASSERT_TRUE(platform::WritePipe(connected.client, "abc", 3, count));
+    connected.client.Write("abc");
     char block[64] = {};
+    std::uint32_t count = 0;
     ASSERT_EQ(platform::ReadServedPipe(connected.pipe.Server(), block, sizeof block, count, WaitLimit()),
               PipeStatus::Done);
     EXPECT_EQ(std::string(block, count), "abc");
@@ -213,9 +199,8 @@ TEST(PipeServer, ReadsWhatIsThere)
 TEST(PipeServer, TellsThatTheClientIsGone)
 {
     Connected connected;
-    std::uint32_t count = 0;
-    ASSERT_TRUE(platform::WritePipe(connected.client, "end", 3, count));
-    connected.CloseClient();
+    connected.client.Write("end");
+    connected.client.Leave();
     EXPECT_EQ(connected.pipe.Read(3), "end");
     EXPECT_EQ(ReadOne(connected.pipe, WaitLimit()), PipeStatus::Closed);
     EXPECT_EQ(connected.pipe.Write("x"), PipeStatus::Closed);
@@ -267,9 +252,7 @@ TEST(PipeServer, IsInterruptedWhileItWrites)
     const std::string more_than_a_pipe_holds(16 << 20, 'x');
     std::thread interrupting([&connected] {
         // The first byte here says that the write is under way.
-        char byte = 0;
-        std::uint32_t count = 0;
-        EXPECT_TRUE(platform::ReadPipe(connected.client, &byte, 1, count));
+        EXPECT_EQ(connected.client.ReadByte(), "x");
         platform::InterruptPipeServer(connected.pipe.Server());
     });
     EXPECT_EQ(connected.pipe.Write(more_than_a_pipe_holds), PipeStatus::Interrupted);

@@ -5,6 +5,7 @@
 #include "platform/module.h"
 #include "platform/pipe.h"
 #include "platform/section.h"
+#include "support/set_variable.h"
 #include "temporary_directory.h"
 
 #include <gmock/gmock.h>

@@ -7,7 +7,6 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
 #include <string>
 #include <vector>
 
@@ -42,21 +41,6 @@ void ExpectExact(const std::vector<WideString> &arguments)
     for (std::size_t i = 0; i < arguments.size(); ++i)
         EXPECT_EQ(received[i], arguments[i]) << platform::ToUtf8(arguments[i]);
 }
-
-/// A child that has started one of its own, which waits at `child_pipe`.
-struct Family
-{
-    Family()
-    {
-        EXPECT_EQ(parent_pipe.Accept(parent.Id()), PipeStatus::Done);
-        const std::string child_id = platform::ToUtf8(parent_pipe.ReadText());
-        EXPECT_EQ(child_pipe.Accept(static_cast<std::uint32_t>(std::stoul(child_id))), PipeStatus::Done);
-    }
-
-    ServedPipe parent_pipe;
-    ServedPipe child_pipe;
-    Child parent{{u"start_another", parent_pipe.Name(), child_pipe.Name()}};
-};
 
 } // namespace
 
@@ -154,22 +138,6 @@ TEST(Process, IsKilledWhenItIsGivenUp)
     EXPECT_EQ(pipe.ReadAll(), "");
 }
 
-TEST(Process, DoesNotOutliveAParentThatIsKilled)
-{
-    Family family;
-    platform::KillProcess(family.parent.Process());
-    EXPECT_EQ(family.parent.ExitCode(), killed);
-    EXPECT_EQ(family.child_pipe.ReadAll(), "");
-}
-
-TEST(Process, DoesNotOutliveAParentThatEndsByItself)
-{
-    Family family;
-    family.parent_pipe.Close();
-    EXPECT_EQ(family.parent.ExitCode(), 0u);
-    EXPECT_EQ(family.child_pipe.ReadAll(), "");
-}
-
 TEST(Process, GetsTheDirectoryThatItIsGiven)
 {
     const TemporaryDirectory directory;
@@ -203,34 +171,6 @@ TEST(Process, DoesNotStartInADirectoryThatIsNotThere)
                                      platform::FromUtf8((directory.Path() / "not").string())),
               nullptr);
     EXPECT_NE(platform::LastError(), 0u);
-}
-
-TEST(Process, InheritsStandardOutput)
-{
-    const TemporaryDirectory directory;
-    const std::string file = (directory.Path() / "output.txt").string();
-    {
-        const RedirectedOutput redirected(file);
-        EXPECT_EQ(Child({u"print"}).ExitCode(), 0u);
-    }
-    std::ifstream output(file);
-    std::string line;
-    std::getline(output, line);
-    EXPECT_EQ(line.substr(0, 7), "printed");
-}
-
-TEST(Process, FindsAnEndedInputWhereTheParentHasNone)
-{
-    const NoInput no_input;
-    EXPECT_EQ(Child({u"read_input"}).ExitCode(), 0u);
-}
-
-TEST(Process, InheritsNothingElse)
-{
-    const InheritableHandle handle;
-    ASSERT_TRUE(IsOpen(handle.Number()));
-    Child child({u"probe", platform::FromUtf8(std::to_string(handle.Number()))});
-    EXPECT_EQ(child.ExitCode(), child_no);
 }
 
 TEST(Process, IsHarmlessToReleaseAsNull)

@@ -1,5 +1,7 @@
 #include "platform/program_path.h"
 
+#include "surroundings.h"
+
 #include <gtest/gtest.h>
 
 namespace kessil::test {
@@ -7,9 +9,9 @@ namespace kessil::test {
 TEST(ProgramPath, IsTheFileThatRuns)
 {
     const std::filesystem::path path = platform::ProgramPath();
-    EXPECT_TRUE(path.is_absolute());
-    EXPECT_EQ(path.stem(), "platform_contract");
-    EXPECT_TRUE(std::filesystem::is_regular_file(path));
+    EXPECT_TRUE(path.is_absolute()) << path;
+    EXPECT_TRUE(std::filesystem::is_regular_file(path)) << path;
+    EXPECT_TRUE(std::filesystem::equivalent(path, OwnProgram())) << path;
 }
 
 } // namespace kessil::test

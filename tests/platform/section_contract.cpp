@@ -1,7 +1,8 @@
 #include "platform/section.h"
 
-#include "native.h"
 #include "platform/last_error.h"
+#include "section_name.h"
+#include "surroundings.h"
 
 #include <gtest/gtest.h>
 
@@ -15,24 +16,6 @@ using platform::SectionHandle;
 namespace {
 
 constexpr std::uint32_t page = 4096;
-
-/// A name that no other test uses, taken out of the system at the end.
-class SectionName
-{
-public:
-    explicit SectionName(const std::string &start = "kessil-section-")
-        : m_name(platform::FromUtf8(start + std::to_string(OwnProcessId()) + "-" + std::to_string(++s_count)))
-    {}
-    ~SectionName() { platform::RemoveSectionName(m_name); }
-    SectionName(const SectionName &) = delete;
-    SectionName &operator=(const SectionName &) = delete;
-
-    operator const WideString &() const { return m_name; } // NOLINT(google-explicit-constructor)
-
-private:
-    static inline int s_count = 0;
-    WideString m_name;
-};
 
 /// A section and its view, from creation to removal.
 struct Created
@@ -91,6 +74,17 @@ TEST(Section, StartsWithZeros)
     EXPECT_TRUE(std::all_of(created.view, created.view + 3 * page, [](unsigned char byte) { return byte == 0; }));
 }
 
+TEST(Section, BeginsOnAPageInEveryView)
+{
+    const SectionName name;
+    const Created created(name, 100);
+    const Opened opened(name, 100);
+    ASSERT_NE(created.view, nullptr);
+    ASSERT_NE(opened.view, nullptr);
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(created.view) % page, 0u);
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(opened.view) % page, 0u);
+}
+
 TEST(Section, IsTheSameMemoryOnBothSides)
 {
     const SectionName name;
@@ -98,7 +92,6 @@ TEST(Section, IsTheSameMemoryOnBothSides)
     const Opened opened(name, 2 * page);
     ASSERT_NE(created.view, nullptr);
     ASSERT_NE(opened.view, nullptr);
-    ASSERT_NE(created.view, opened.view);
 
     created.view[0] = 1;
     created.view[2 * page - 1] = 2;
@@ -254,6 +247,21 @@ TEST(Section, OutlivesItsHandleInAView)
     view[0] = 8;
     EXPECT_EQ(view[0], 8);
     platform::UnmapSection(view, page);
+}
+
+TEST(Section, KeepsItsContentWhileNobodyLooks)
+{
+    const SectionName name;
+    const SectionHandle section = platform::CreateSection(name, page, false);
+    ASSERT_NE(section, nullptr);
+    for (unsigned char round = 0; round < 3; ++round) {
+        unsigned char *const view = platform::MapCreatedSection(section, page);
+        ASSERT_NE(view, nullptr);
+        EXPECT_EQ(view[page - 1], round);
+        view[page - 1] = static_cast<unsigned char>(round + 1);
+        platform::UnmapSection(view, page);
+    }
+    platform::CloseSection(section);
 }
 
 TEST(Section, KeepsTheLastErrorWhenItIsTakenDown)

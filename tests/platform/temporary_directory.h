@@ -1,6 +1,6 @@
 #pragma once
 
-#include "native.h"
+#include "surroundings.h"
 
 #include <filesystem>
 #include <random>

@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <thread>
-
 namespace kessil::test {
 
 using platform::CurrentThreadId;
@@ -12,14 +10,6 @@ TEST(Thread, KeepsItsNumber)
 {
     EXPECT_EQ(CurrentThreadId(), CurrentThreadId());
     EXPECT_NE(CurrentThreadId(), 0u);
-}
-
-TEST(Thread, HasANumberOfItsOwn)
-{
-    std::uint32_t other = 0;
-    std::thread([&other] { other = CurrentThreadId(); }).join();
-    EXPECT_NE(other, 0u);
-    EXPECT_NE(other, CurrentThreadId());
 }
 
 } // namespace kessil::test

@@ -17,6 +17,7 @@ namespace {
 /// The addresses of these stand for what the system would have given out.
 char g_objects[16];
 wchar_t g_message[] = L"text of the system\r\n";
+wchar_t g_variable[] = L"value";
 
 void *Object(int index, const char *name)
 {
@@ -30,12 +31,14 @@ void *const fake_pipe = Object(0, "pipe");
 void *const fake_section = Object(1, "section");
 void *const fake_view = Object(2, "view");
 void *const fake_module = Object(3, "module");
+void *const fake_process = Object(6, "process");
+void *const fake_user = Object(9, "user");
+void *const fake_token = Object(10, "token");
 
 namespace {
 
 void *const fake_admins = Object(4, "admins");
 void *const fake_users = Object(5, "users");
-void *const fake_process = Object(6, "process");
 void *const fake_thread = Object(7, "thread");
 void *const fake_job = Object(8, "job");
 
@@ -240,12 +243,69 @@ FAKE(HMODULE, LoadLibraryExW, (LPCWSTR name, HANDLE file, DWORD flags))
     return Record("LoadLibraryExW", name, file, flags) ? static_cast<HMODULE>(fake_module) : nullptr;
 }
 
+FAKE(HMODULE, LoadLibraryW, (LPCWSTR name))
+{
+    PASS_ON_UNLESS_RECORDED(LoadLibraryW, name);
+    return Record("LoadLibraryW", name) ? static_cast<HMODULE>(fake_module) : nullptr;
+}
+
 FAKE(BOOL, FreeLibrary, (HMODULE module))
 {
     PASS_ON_UNLESS_RECORDED(FreeLibrary, module);
     Record("FreeLibrary", static_cast<void *>(module));
     SetLastError(left_by_closer);
     return TRUE;
+}
+
+FAKE(wchar_t *, _wgetenv, (const wchar_t *name))
+{
+    PASS_ON_UNLESS_RECORDED(_wgetenv, name);
+    return Record("_wgetenv", name) ? g_variable : nullptr;
+}
+
+FAKE(int, _wputenv, (const wchar_t *assignment))
+{
+    PASS_ON_UNLESS_RECORDED(_wputenv, assignment);
+    return Record("_wputenv", assignment) ? 0 : -1;
+}
+
+FAKE(BOOL, LogonUserW, (LPCWSTR user, LPCWSTR domain, LPCWSTR password, DWORD type, DWORD provider, PHANDLE token))
+{
+    PASS_ON_UNLESS_RECORDED(LogonUserW, user, domain, password, type, provider, token);
+    *token = fake_user;
+    return Record("LogonUserW", user, domain, password, type, provider);
+}
+
+FAKE(BOOL, ImpersonateLoggedOnUser, (HANDLE token))
+{
+    PASS_ON_UNLESS_RECORDED(ImpersonateLoggedOnUser, token);
+    return Record("ImpersonateLoggedOnUser", token);
+}
+
+FAKE(BOOL, OpenProcessToken, (HANDLE process, DWORD access, PHANDLE token))
+{
+    // Others ask this process's own token who its user is.
+    if (!Recorded() || process != fake_process)
+        return Real<decltype(OpenProcessToken)>("OpenProcessToken")(process, access, token);
+    *token = fake_token;
+    return Record("OpenProcessToken", process, access);
+}
+
+FAKE(BOOL, LookupPrivilegeValueW, (LPCWSTR system, LPCWSTR name, PLUID id))
+{
+    PASS_ON_UNLESS_RECORDED(LookupPrivilegeValueW, system, name, id);
+    *id = {0x11223344, 0x55667788};
+    return Record("LookupPrivilegeValueW", system, name);
+}
+
+FAKE(BOOL, AdjustTokenPrivileges,
+     (HANDLE token, BOOL disable_all, PTOKEN_PRIVILEGES state, DWORD size, PTOKEN_PRIVILEGES before, PDWORD needed))
+{
+    PASS_ON_UNLESS_RECORDED(AdjustTokenPrivileges, token, disable_all, state, size, before, needed);
+    const LUID_AND_ATTRIBUTES &privilege = state->Privileges[0];
+    return Record("AdjustTokenPrivileges", token, disable_all, state->PrivilegeCount, Hex(privilege.Luid.LowPart),
+                  Hex(static_cast<DWORD>(privilege.Luid.HighPart)), privilege.Attributes, size,
+                  static_cast<void *>(before), static_cast<void *>(needed));
 }
 
 FAKE(BOOL, GetVersionExW, (LPOSVERSIONINFOW version))
@@ -360,6 +420,67 @@ FAKE(BOOL, TerminateProcess, (HANDLE process, UINT exit_code))
     PASS_ON_UNLESS_RECORDED(TerminateProcess, process, exit_code);
     Record("TerminateProcess", process, exit_code);
     SetLastError(left_by_closer);
+    return TRUE;
+}
+
+static PHANDLER_ROUTINE g_console_routine = nullptr;
+
+FAKE(BOOL, SetConsoleCtrlHandler, (PHANDLER_ROUTINE routine, BOOL add))
+{
+    PASS_ON_UNLESS_RECORDED(SetConsoleCtrlHandler, routine, add);
+    g_console_routine = routine;
+    return Record("SetConsoleCtrlHandler", reinterpret_cast<void *>(routine), add);
+}
+
+FAKE(void, Sleep, (DWORD milliseconds))
+{
+    if (Recorded())
+        Record("Sleep", Hex(milliseconds));
+    else
+        Real<decltype(Sleep)>("Sleep")(milliseconds);
+}
+
+bool TellOfConsoleEvent(unsigned long event)
+{
+    return g_console_routine(event) != FALSE;
+}
+
+static std::u16string g_typed;
+
+void TypeAtConsole(const std::u16string &units)
+{
+    g_typed = units;
+}
+
+FAKE(BOOL, GetConsoleMode, (HANDLE console, LPDWORD mode))
+{
+    PASS_ON_UNLESS_RECORDED(GetConsoleMode, console, mode);
+    *mode = console_mode_before;
+    return Record("GetConsoleMode", console);
+}
+
+FAKE(BOOL, SetConsoleMode, (HANDLE console, DWORD mode))
+{
+    PASS_ON_UNLESS_RECORDED(SetConsoleMode, console, mode);
+    return Record("SetConsoleMode", console, Hex(mode));
+}
+
+FAKE(BOOL, WriteConsoleW, (HANDLE console, const VOID *text, DWORD size, LPDWORD count, LPVOID reserved))
+{
+    PASS_ON_UNLESS_RECORDED(WriteConsoleW, console, text, size, count, reserved);
+    *count = size;
+    return Record("WriteConsoleW", console, std::wstring(static_cast<const wchar_t *>(text), size).c_str(), size);
+}
+
+FAKE(BOOL, ReadConsoleW,
+     (HANDLE console, LPVOID units, DWORD size, LPDWORD count, PCONSOLE_READCONSOLE_CONTROL control))
+{
+    PASS_ON_UNLESS_RECORDED(ReadConsoleW, console, units, size, count, control);
+    if (g_typed.empty())
+        return FALSE;
+    *static_cast<char16_t *>(units) = g_typed.front();
+    g_typed.erase(0, 1);
+    *count = 1;
     return TRUE;
 }
 

@@ -1,19 +1,27 @@
 #include "windows_calls.h"
 
 #include "platform/critical_section.h"
+#include "platform/environment.h"
 #include "platform/last_error.h"
 #include "platform/local_time.h"
+#include "platform/logon.h"
+#include "platform/message_table.h"
 #include "platform/module.h"
 #include "platform/pipe.h"
 #include "platform/pipe_server.h"
 #include "platform/process.h"
+#include "platform/secret.h"
 #include "platform/section.h"
 #include "platform/system_version.h"
+#include "platform/terminal.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <csignal>
+#include <map>
+#include <optional>
 
 namespace kessil::test {
 
@@ -172,6 +180,192 @@ TEST(LoadModule, PassesAFailureOn)
         {{"LoadLibraryExW", 126}});
     EXPECT_EQ(module, nullptr);
     EXPECT_EQ(code, 126u);
+}
+
+TEST(MessageTable, IsThatOfALoadedLibrary)
+{
+    platform::MessageTable table = nullptr;
+    const Calls calls = CallsDuring([&table] { table = platform::OpenMessageTable(u"messages.dll"); });
+    EXPECT_THAT(calls, ElementsAre("LoadLibraryW(\"messages.dll\")"));
+    EXPECT_EQ(table, fake_module);
+}
+
+TEST(MessageTable, PassesAFailedLoadOn)
+{
+    platform::MessageTable table = fake_module;
+    std::uint32_t code = 0;
+    CallsDuring(
+        [&] {
+            table = platform::OpenMessageTable(u"messages.dll");
+            code = platform::LastError();
+        },
+        {{"LoadLibraryW", 126}});
+    EXPECT_EQ(table, nullptr);
+    EXPECT_EQ(code, 126u);
+}
+
+TEST(MessageTable, IsAskedWithInsertsLeftAndInThePlatformsLanguage)
+{
+    WideString text;
+    const Calls calls = CallsDuring([&text] { EXPECT_TRUE(platform::ReadMessage(fake_module, 0xC0000005, text)); });
+    EXPECT_THAT(calls,
+                ElementsAre("FormatMessageW(0xb00, module, 3221225477, 0, some, 0, null)", "LocalFree(message)"));
+    EXPECT_EQ(text, u"text of the system\r\n");
+}
+
+TEST(MessageTable, LeavesTheTextWhereItHasNone)
+{
+    WideString text = u"before";
+    const Calls calls =
+        CallsDuring([&text] { EXPECT_FALSE(platform::ReadMessage(fake_module, 1, text)); }, {{"FormatMessageW", 317}});
+    EXPECT_THAT(calls, ElementsAre("FormatMessageW(0xb00, module, 1, 0, some, 0, null)"));
+    EXPECT_EQ(text, u"before");
+}
+
+TEST(MessageTable, IsFreedWithTheLastErrorKept)
+{
+    std::uint32_t code = 0;
+    const Calls calls = CallsDuring([&code] {
+        platform::SetLastError(1234);
+        platform::CloseMessageTable(fake_module);
+        code = platform::LastError();
+    });
+    EXPECT_THAT(calls, ElementsAre("FreeLibrary(module)"));
+    EXPECT_EQ(code, 1234u);
+}
+
+TEST(Environment, IsReadThroughTheRunTimeLibrary)
+{
+    std::optional<WideString> value;
+    const Calls calls = CallsDuring([&value] { value = platform::ReadEnvironment(u"PATH"); });
+    EXPECT_THAT(calls, ElementsAre("_wgetenv(\"PATH\")"));
+    EXPECT_EQ(value, u"value");
+}
+
+// The run-time library tells nothing of why, so whatever stands there stays.
+TEST(Environment, LeavesTheLastErrorWhereAVariableIsNotSet)
+{
+    std::optional<WideString> value = u"before";
+    std::uint32_t code = 0;
+    CallsDuring(
+        [&] {
+            value = platform::ReadEnvironment(u"PATH");
+            code = platform::LastError();
+        },
+        {{"_wgetenv", 203}});
+    EXPECT_EQ(value, std::nullopt);
+    EXPECT_EQ(code, 203u);
+}
+
+TEST(Environment, IsChangedThroughTheRunTimeLibrary)
+{
+    bool done = false;
+    const Calls calls = CallsDuring([&done] { done = platform::PutEnvironment(u"PATH=C:\\a;old"); });
+    EXPECT_THAT(calls, ElementsAre("_wputenv(\"PATH=C:\\a;old\")"));
+    EXPECT_TRUE(done);
+    CallsDuring([&done] { done = platform::PutEnvironment(u"PATH=C:\\a;old"); }, {{"_wputenv", 8}});
+    EXPECT_FALSE(done);
+}
+
+TEST(LogOnUser, HasTypeAndProviderOfItsKind)
+{
+    const std::map<platform::LogonKind, std::string> kinds = {{platform::LogonKind::Interactive, "2, 0"},
+                                                              {platform::LogonKind::Network, "8, 0"},
+                                                              {platform::LogonKind::CredentialsOnly, "9, 3"}};
+    for (const auto &[kind, type_and_provider] : kinds) {
+        platform::UserToken user = nullptr;
+        const Calls calls = CallsDuring([&] { user = platform::LogOnUser(u"ada", u"corp", u"secret", kind); });
+        EXPECT_THAT(calls, ElementsAre("LogonUserW(\"ada\", \"corp\", \"secret\", " + type_and_provider + ")"));
+        EXPECT_EQ(user, fake_user);
+    }
+}
+
+TEST(LogOnUser, PassesARefusalOn)
+{
+    platform::UserToken user = fake_user;
+    std::uint32_t code = 0;
+    CallsDuring(
+        [&] {
+            user = platform::LogOnUser(u"", u"", u"", platform::LogonKind::Network);
+            code = platform::LastError();
+        },
+        {{"LogonUserW", 1326}});
+    EXPECT_EQ(user, nullptr);
+    EXPECT_EQ(code, 1326u);
+}
+
+TEST(Impersonate, IsOneCall)
+{
+    bool done = false;
+    const Calls calls = CallsDuring([&done] { done = platform::Impersonate(fake_user); });
+    EXPECT_THAT(calls, ElementsAre("ImpersonateLoggedOnUser(user)"));
+    EXPECT_TRUE(done);
+    CallsDuring([&done] { done = platform::Impersonate(fake_user); }, {{"ImpersonateLoggedOnUser", 1314}});
+    EXPECT_FALSE(done);
+}
+
+// 40 is the right to ask for privileges and to change them.
+TEST(ProcessToken, IsOpenedToBeChanged)
+{
+    platform::ProcessToken token = nullptr;
+    const Calls calls = CallsDuring([&token] { token = platform::OpenToken(fake_process); });
+    EXPECT_THAT(calls, ElementsAre("OpenProcessToken(process, 40)"));
+    EXPECT_EQ(token, fake_token);
+    CallsDuring([&token] { token = platform::OpenToken(fake_process); }, {{"OpenProcessToken", 5}});
+    EXPECT_EQ(token, nullptr);
+}
+
+TEST(ProcessToken, IsThatOfThisProcess)
+{
+    EXPECT_EQ(platform::CurrentProcess(), reinterpret_cast<void *>(std::intptr_t{-1}));
+}
+
+TEST(ProcessToken, IsClosedWithTheLastErrorKept)
+{
+    std::uint32_t code = 0;
+    const Calls calls = CallsDuring([&code] {
+        platform::SetLastError(1234);
+        platform::CloseToken(fake_token);
+        code = platform::LastError();
+    });
+    EXPECT_THAT(calls, ElementsAre("CloseHandle(token)"));
+    EXPECT_EQ(code, 1234u);
+}
+
+// One privilege, with the attribute 2, and nothing asked for that was before.
+TEST(Privilege, IsLookedUpOnASystemAndTurnedOn)
+{
+    const Calls calls = CallsDuring([] {
+        std::uint64_t id = 0;
+        EXPECT_TRUE(platform::LookUpPrivilege(u"host", u"SeBackupPrivilege", id));
+        EXPECT_TRUE(platform::EnablePrivilege(fake_token, id));
+    });
+    EXPECT_THAT(calls, ElementsAre("LookupPrivilegeValueW(\"host\", \"SeBackupPrivilege\")",
+                                   "AdjustTokenPrivileges(token, 0, 1, 0x11223344, 0x55667788, 2, 0, null, null)"));
+}
+
+TEST(Privilege, OfTheLocalSystemHasAnEmptyName)
+{
+    std::uint64_t id = 0;
+    const Calls calls = CallsDuring([&id] { platform::LookUpPrivilege(u"", u"SeBackupPrivilege", id); });
+    EXPECT_THAT(calls, ElementsAre("LookupPrivilegeValueW(\"\", \"SeBackupPrivilege\")"));
+}
+
+TEST(Privilege, PassesFailuresOn)
+{
+    std::uint64_t id = 0;
+    CallsDuring([&id] { EXPECT_FALSE(platform::LookUpPrivilege(u"", u"SeBackupPrivilege", id)); },
+                {{"LookupPrivilegeValueW", 1313}});
+    CallsDuring([&id] { EXPECT_FALSE(platform::EnablePrivilege(fake_token, id)); }, {{"AdjustTokenPrivileges", 5}});
+}
+
+// That some of them were not to be had is told by the last error alone, and nobody asks it.
+TEST(Privilege, IsAsGoodAsOnWhereItIsNotToBeHad)
+{
+    CallsDuring([] {
+        platform::SetLastError(1300);
+        EXPECT_TRUE(platform::EnablePrivilege(fake_token, 1));
+    });
 }
 
 TEST(CreateSection, AdmitsAdministrators)
@@ -459,7 +653,7 @@ TEST(StartProcess, BindsTheChildToAJobBeforeItRuns)
         WithoutHandles(CallsDuring([&process] { process = platform::StartProcess(u"C:\\k.exe", {u"a b"}, {}); }));
     EXPECT_THAT(calls, ElementsAre("CreateJobObjectW(null, null)", "SetInformationJobObject(job, 9, 0x2400)",
                                    "SetErrorMode(0x8007)",
-                                   "CreateProcessW(\"C:\\k.exe\", \"\"C:\\k.exe\" \"a b\"\", null, null, 1, 0x8080004, "
+                                   "CreateProcessW(\"C:\\k.exe\", \"\"C:\\k.exe\" \"a b\"\", null, null, 1, 0x8080204, "
                                    "null, null, 0x100)",
                                    "SetErrorMode(0x4)", "AssignProcessToJobObject(job, process)",
                                    "ResumeThread(thread)", "CloseHandle(thread)"));
@@ -477,10 +671,10 @@ TEST(StartProcess, LeavesTheJobOfThisProcessWhereAChildCanBeInOnlyOne)
     EXPECT_THAT(
         WithoutHandles(calls),
         ElementsAre("CreateJobObjectW(null, null)", "SetInformationJobObject(job, 9, 0x2400)", "SetErrorMode(0x8007)",
-                    "CreateProcessW(\"k\", \"\"k\"\", null, null, 1, 0x8080004, null, \"C:\\d\", 0x100)",
+                    "CreateProcessW(\"k\", \"\"k\"\", null, null, 1, 0x8080204, null, \"C:\\d\", 0x100)",
                     "SetErrorMode(0x4)", "AssignProcessToJobObject(job, process)", "TerminateProcess(process, 137)",
                     "CloseHandle(thread)", "CloseHandle(process)", "SetErrorMode(0x8007)",
-                    "CreateProcessW(\"k\", \"\"k\"\", null, null, 1, 0x9080004, null, \"C:\\d\", 0x100)",
+                    "CreateProcessW(\"k\", \"\"k\"\", null, null, 1, 0x9080204, null, \"C:\\d\", 0x100)",
                     "SetErrorMode(0x4)", "AssignProcessToJobObject(job, process)", "ResumeThread(thread)",
                     "CloseHandle(thread)"));
     ASSERT_NE(process, nullptr);
@@ -515,6 +709,98 @@ TEST(StartProcess, TellsWhyTheSystemRefused)
         {{"CreateProcessW", 193}});
     EXPECT_EQ(process, nullptr);
     EXPECT_EQ(code, 193u);
+}
+
+class ConsoleEvents : public testing::Test
+{
+protected:
+    ConsoleEvents() : m_before(std::signal(SIGTERM, Count))
+    {
+        s_signals = 0;
+        CallsDuring([] { platform::TakeConsoleEventsAsSignals(); });
+    }
+    ~ConsoleEvents() override { std::signal(SIGTERM, m_before); }
+
+    static int s_signals;
+
+private:
+    static void Count(int) { ++s_signals; }
+
+    void (*m_before)(int);
+};
+
+int ConsoleEvents::s_signals = 0;
+
+TEST_F(ConsoleEvents, LeaveCtrlCToTheRuntime)
+{
+    EXPECT_THAT(CallsDuring([] { EXPECT_FALSE(TellOfConsoleEvent(0)); }), ElementsAre());
+    EXPECT_EQ(s_signals, 0);
+}
+
+TEST_F(ConsoleEvents, AskForTheEndOnCtrlBreak)
+{
+    EXPECT_THAT(CallsDuring([] { EXPECT_TRUE(TellOfConsoleEvent(1)); }), ElementsAre());
+    EXPECT_EQ(s_signals, 1);
+}
+
+TEST_F(ConsoleEvents, AskForTheEndAndHoldTheSystemOffWhenTheConsoleCloses)
+{
+    EXPECT_THAT(CallsDuring([] { TellOfConsoleEvent(2); }), ElementsAre("Sleep(0xffffffff)"));
+    EXPECT_EQ(s_signals, 1);
+}
+
+/// How the reading of a hidden line ends when this is typed, and what it yields.
+std::pair<platform::SecretStatus, WideString> ReadWhenTyped(const WideString &units)
+{
+    platform::SecretStatus status = platform::SecretStatus::NoTerminal;
+    WideString line;
+    TypeAtConsole(units);
+    CallsDuring([&] { status = platform::ReadHiddenLine("?", line); });
+    return {status, line};
+}
+
+TEST(ReadHiddenLine, HidesWhatIsTypedAndNoLonger)
+{
+    TypeAtConsole(u"\r");
+    WideString line;
+    const Calls calls = CallsDuring([&line] { platform::ReadHiddenLine("Who? ", line); });
+    EXPECT_THAT(calls, ElementsAre("CreateFileW(\"CONIN$\", 0xc0000000, 3, null, 3, 0x0, null)",
+                                   "CreateFileW(\"CONOUT$\", 0xc0000000, 3, null, 3, 0x0, null)",
+                                   "GetConsoleMode(pipe)", "SetConsoleCtrlHandler(some, 1)",
+                                   "SetConsoleMode(pipe, 0x0)", "WriteConsoleW(pipe, \"Who? \", 5)",
+                                   "WriteConsoleW(pipe, \"\r\n\", 2)", "SetConsoleMode(pipe, 0x1f7)",
+                                   "SetConsoleCtrlHandler(some, 0)", "CloseHandle(pipe)", "CloseHandle(pipe)"));
+}
+
+TEST(ReadHiddenLine, TakesWhatIsTypedAsAPersonMeansIt)
+{
+    using Read = std::pair<platform::SecretStatus, WideString>;
+    const auto read = platform::SecretStatus::Read;
+    EXPECT_EQ(ReadWhenTyped(u"pw\r"), (Read{read, u"pw"}));
+    EXPECT_EQ(ReadWhenTyped(u"\bpx\bw\n"), (Read{read, u"pw"}));
+    EXPECT_EQ(ReadWhenTyped(u"a\xD83C\xDF3E\b\r"), (Read{read, u"a"}));
+    EXPECT_EQ(ReadWhenTyped(WideString(1024, u'x') + u"\r"), (Read{read, WideString(1024, u'x')}));
+    EXPECT_EQ(ReadWhenTyped(WideString(1025, u'x') + u"\r").first, platform::SecretStatus::TooLong);
+    EXPECT_EQ(ReadWhenTyped(u"p\x03").first, platform::SecretStatus::Interrupted);
+    EXPECT_EQ(ReadWhenTyped(u"p").first, platform::SecretStatus::Nothing);
+}
+
+TEST(ReadHiddenLine, LeavesTheConsoleAsItWasWhenTheProcessEndsMeanwhile)
+{
+    TypeAtConsole(u"\r");
+    WideString line;
+    CallsDuring([&line] { platform::ReadHiddenLine("?", line); });
+    EXPECT_THAT(CallsDuring([] { EXPECT_FALSE(TellOfConsoleEvent(1)); }), ElementsAre("SetConsoleMode(pipe, 0x1f7)"));
+}
+
+TEST(ReadHiddenLine, WantsAConsole)
+{
+    for (const char *call : {"CreateFileW", "CreateFileW 2", "GetConsoleMode", "SetConsoleMode"}) {
+        WideString line;
+        platform::SecretStatus status = platform::SecretStatus::Read;
+        CallsDuring([&] { status = platform::ReadHiddenLine("?", line); }, {{call, 2}});
+        EXPECT_EQ(status, platform::SecretStatus::NoTerminal) << call;
+    }
 }
 
 } // namespace kessil::test

@@ -1,0 +1,151 @@
+#include "platform/posix/identity.h"
+
+#include "platform/posix/handles.h"
+
+#include <cerrno>
+#include <csignal>
+#include <set>
+#include <sys/prctl.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace kessil::platform::posix {
+namespace {
+
+constexpr auto unchanged = static_cast<unsigned>(-1);
+
+Identity CurrentIdentity()
+{
+    Identity identity;
+    identity.user = geteuid();
+    identity.group = getegid();
+    const int count = getgroups(0, nullptr);
+    identity.groups.resize(count > 0 ? static_cast<std::size_t>(count) : 0);
+    if (count > 0 && getgroups(count, identity.groups.data()) != count)
+        identity.groups.clear();
+    return identity;
+}
+
+// Whether the two may do the same. It makes no difference whether the group stands among the supplementary ones too.
+bool Equal(const Identity &left, const Identity &right)
+{
+    const auto groups = [](const Identity &identity) {
+        std::set<gid_t> all(identity.groups.begin(), identity.groups.end());
+        all.insert(identity.group);
+        return all;
+    };
+    return left.user == right.user && left.group == right.group && groups(left) == groups(right);
+}
+
+// As whom the process started; read before anything can have changed it.
+const Identity g_start = CurrentIdentity();
+
+thread_local bool t_acts_as_another = false;
+
+// The C library's functions would change every thread of the process; the system's own change the calling one.
+bool SetUser(uid_t user)
+{
+    return syscall(SYS_setresuid, unchanged, user, unchanged) == 0;
+}
+bool SetGroup(gid_t group)
+{
+    return syscall(SYS_setresgid, unchanged, group, unchanged) == 0;
+}
+bool SetGroups(const std::vector<gid_t> &groups)
+{
+    return syscall(SYS_setgroups, groups.size(), groups.data()) == 0;
+}
+
+// The user last, who may then have no right to change the groups any more.
+bool Become(const Identity &identity)
+{
+    // To the system these numbers mean no change.
+    if (identity.user == unchanged || identity.group == unchanged) {
+        errno = EINVAL;
+        return false;
+    }
+    return Equal(CurrentIdentity(), identity) ||
+           (SetGroups(identity.groups) && SetGroup(identity.group) && SetUser(identity.user));
+}
+
+// The user first, who has the right to change the groups.
+bool BecomeProcess()
+{
+    return (geteuid() == g_start.user || SetUser(g_start.user)) && Become(g_start);
+}
+
+// The system forgets at every change of identity that this process is to end with its parent. Reminds it at the end of
+// the scope, and sees to it itself where the parent ended in between.
+class EndsWithParent
+{
+public:
+    EndsWithParent() { prctl(PR_GET_PDEATHSIG, &m_signal); }
+    ~EndsWithParent()
+    {
+        const KeepErrno keep;
+        prctl(PR_SET_PDEATHSIG, m_signal);
+        if (m_signal != 0 && getppid() != m_parent)
+            raise(m_signal);
+    }
+    EndsWithParent(const EndsWithParent &) = delete;
+    EndsWithParent &operator=(const EndsWithParent &) = delete;
+
+private:
+    pid_t m_parent = getppid();
+    int m_signal = 0;
+};
+
+} // namespace
+
+bool ReadCapabilities(Capabilities &capabilities)
+{
+    __user_cap_header_struct header = {_LINUX_CAPABILITY_VERSION_3, 0};
+    return syscall(SYS_capget, &header, capabilities.data) == 0;
+}
+
+bool SetCapabilities(const Capabilities &capabilities)
+{
+    __user_cap_header_struct header = {_LINUX_CAPABILITY_VERSION_3, 0};
+    return syscall(SYS_capset, &header, capabilities.data) == 0;
+}
+
+bool ActAs(const Identity &identity)
+{
+    const Identity before = CurrentIdentity();
+    if (Equal(before, identity))
+        return true;
+    const EndsWithParent ends_with_parent;
+    Capabilities capabilities;
+    ReadCapabilities(capabilities);
+    if (BecomeProcess() && Become(identity)) {
+        t_acts_as_another = true;
+        return true;
+    }
+    const KeepErrno keep;
+    if (BecomeProcess() && Become(before))
+        SetCapabilities(capabilities);
+    return false;
+}
+
+ActAsProcess::ActAsProcess() : m_active(t_acts_as_another)
+{
+    if (!m_active)
+        return;
+    const EndsWithParent ends_with_parent;
+    m_before = CurrentIdentity();
+    ReadCapabilities(m_capabilities);
+    BecomeProcess();
+}
+
+ActAsProcess::~ActAsProcess()
+{
+    if (!m_active)
+        return;
+    const KeepErrno keep;
+    const EndsWithParent ends_with_parent;
+    // A change of the user takes the effective capabilities with it.
+    if (Become(m_before))
+        SetCapabilities(m_capabilities);
+}
+
+} // namespace kessil::platform::posix

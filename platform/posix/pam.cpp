@@ -1,0 +1,144 @@
+#include "platform/posix/pam.h"
+
+#include "platform/wipe.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <dlfcn.h>
+#include <security/pam_appl.h>
+
+namespace kessil::platform::posix {
+namespace {
+
+constexpr const char *service = "kessil";
+
+// PAM's functions, which are loaded when they are first needed: most runs know no logon, and the libraries behind them
+// would take a quarter of their start.
+struct Pam
+{
+    Pam() : library(dlopen("libpam.so.0", RTLD_NOW | RTLD_GLOBAL))
+    {
+        Find(start, "pam_start");
+        Find(authenticate, "pam_authenticate");
+        Find(account_management, "pam_acct_mgmt");
+        Find(end, "pam_end");
+    }
+
+    bool IsThere() const { return start && authenticate && account_management && end; }
+
+    // Looked for where a linked program would find it, so that a preloaded library comes first.
+    template <class Function>
+    void Find(Function *&function, const char *name) const
+    {
+        if (library != nullptr)
+            function = reinterpret_cast<Function *>(dlsym(RTLD_DEFAULT, name));
+    }
+
+    void *library;
+    decltype(pam_start) *start = nullptr;
+    decltype(pam_authenticate) *authenticate = nullptr;
+    decltype(pam_acct_mgmt) *account_management = nullptr;
+    decltype(pam_end) *end = nullptr;
+};
+
+// A password as PAM takes it, wiped at the end of its life.
+class Secret
+{
+public:
+    explicit Secret(const WideString &text) : m_text(ToUtf8(text)) {}
+    ~Secret() { Wipe(m_text.data(), m_text.size()); }
+    Secret(const Secret &) = delete;
+    Secret &operator=(const Secret &) = delete;
+
+    const char *Text() const { return m_text.c_str(); }
+
+private:
+    std::string m_text;
+};
+
+void GiveUp(pam_response *answers, int count)
+{
+    for (int i = 0; i < count; ++i) {
+        if (answers[i].resp != nullptr)
+            Wipe(answers[i].resp, std::strlen(answers[i].resp));
+        std::free(answers[i].resp);
+    }
+    std::free(answers);
+}
+
+// What PAM gets to hear: the password where it asks for something that isn't shown. PAM wipes and frees the answers.
+int Converse(int count, const pam_message **messages, pam_response **responses, void *secret)
+{
+    if (count <= 0 || count > PAM_MAX_NUM_MSG)
+        return PAM_CONV_ERR;
+    auto *const answers =
+        static_cast<pam_response *>(std::calloc(static_cast<std::size_t>(count), sizeof(pam_response)));
+    if (answers == nullptr)
+        return PAM_BUF_ERR;
+    for (int i = 0; i < count; ++i) {
+        const int style = messages[i]->msg_style;
+        if (style == PAM_PROMPT_ECHO_OFF)
+            answers[i].resp = strdup(static_cast<const Secret *>(secret)->Text());
+        // Nobody is there who could answer anything else.
+        if (style == PAM_PROMPT_ECHO_ON || (style == PAM_PROMPT_ECHO_OFF && answers[i].resp == nullptr)) {
+            GiveUp(answers, count);
+            return PAM_CONV_ERR;
+        }
+    }
+    // A module that only tells something may want no answers at all.
+    if (responses == nullptr)
+        GiveUp(answers, count);
+    else
+        *responses = answers;
+    return PAM_SUCCESS;
+}
+
+int ErrnoOf(int pam_result)
+{
+    switch (pam_result) {
+    case PAM_BUF_ERR:
+        return ENOMEM;
+    case PAM_ACCT_EXPIRED:
+    case PAM_NEW_AUTHTOK_REQD:
+    case PAM_CRED_EXPIRED:
+    case PAM_AUTHTOK_EXPIRED:
+        return EKEYEXPIRED;
+    case PAM_ABORT:
+    case PAM_AUTHINFO_UNAVAIL:
+    case PAM_OPEN_ERR:
+    case PAM_SERVICE_ERR:
+    case PAM_SYMBOL_ERR:
+    case PAM_SYSTEM_ERR:
+        return EIO;
+    default:
+        return EACCES;
+    }
+}
+
+} // namespace
+
+bool Authenticate(const std::string &account, const WideString &password)
+{
+    static const Pam pam;
+    if (!pam.IsThere()) {
+        errno = ENOSYS;
+        return false;
+    }
+    Secret secret(password);
+    const pam_conv conversation = {Converse, &secret};
+    pam_handle_t *handle = nullptr;
+    int result = pam.start(service, account.c_str(), &conversation, &handle);
+    if (result == PAM_SUCCESS)
+        result = pam.authenticate(handle, PAM_SILENT);
+    if (result == PAM_SUCCESS)
+        result = pam.account_management(handle, PAM_SILENT);
+    if (handle != nullptr)
+        pam.end(handle, result);
+    if (result == PAM_SUCCESS)
+        return true;
+    errno = ErrnoOf(result);
+    return false;
+}
+
+} // namespace kessil::platform::posix

@@ -1,0 +1,11 @@
+#include "surroundings.h"
+
+namespace kessil::test {
+
+std::filesystem::path OwnProgram()
+{
+    // On Windows the build names it without a drive.
+    return std::filesystem::absolute(KESSIL_TEST_PROGRAM);
+}
+
+} // namespace kessil::test
