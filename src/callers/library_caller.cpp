@@ -8,8 +8,6 @@
 namespace kessil {
 namespace {
 
-constexpr const char *component = "LibraryCaller";
-
 // What isn't found is told with both codes 0, unlike a failure of marshalling.
 void ReplyNotFound(CIPCCommunication &channel, const WideString &text)
 {
@@ -61,7 +59,7 @@ void CLibraryCaller::CallFunction(const IPCStruct_FunctionCall &request, CIPCCom
     m_lastHandler = nullptr;
     platform::ModuleHandle const module = FindLibrary(request.library);
     if (module == nullptr) {
-        KESSIL_LOG(log_error, component, "Failed to find library...");
+        KESSIL_LOG(log_error, library_caller_component, "Failed to find library...");
         ReplyNotFound(channel, u"Failed to find library...");
         return;
     }
@@ -73,7 +71,7 @@ void CLibraryCaller::CallFunction(const IPCStruct_FunctionCall &request, CIPCCom
     const auto handler = m_handlers.find(request.signature);
     if (handler == m_handlers.end()) {
         SendFailureReply(channel, u"Invalid signature");
-        KESSIL_LOG(log_error, component, "Invalid signature:" << request.signature);
+        KESSIL_LOG(log_error, library_caller_component, "Invalid signature:" << request.signature);
         return;
     }
     m_lastHandler = handler->second;

@@ -11,6 +11,9 @@
 
 namespace kessil {
 
+/// The component's name in the log.
+inline constexpr const char *library_caller_component = "LibraryCaller";
+
 class CIPCCommunication;
 
 /// Runs after every successful load, with the name as the parent sent it.

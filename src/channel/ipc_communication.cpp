@@ -5,6 +5,7 @@
 #include "channel/records.h"
 #include "logging/log_manager.h"
 #include "platform/last_error.h"
+#include "platform/wipe.h"
 
 #include <array>
 #include <cstring>
@@ -142,6 +143,12 @@ bool CIPCCommunication::GetNextRequestCond(const char *unframed_types, char &typ
         if (state != FrameState::Absorbed)
             return state != FrameState::Failed && state != FrameState::Refused;
     }
+}
+
+void CIPCCommunication::WipeRequest()
+{
+    platform::Wipe(m_buffer.Data(), m_buffer.Size());
+    m_readAhead.WipeDelivered();
 }
 
 bool CIPCCommunication::BeginFrame(WideString &error)

@@ -55,6 +55,10 @@ public:
     bool GetNextRequestCond(const char *unframed_types, char &type, unsigned char *&data, std::uint32_t &size,
                             bool &eof, WideString &error);
 
+    /// Overwrites the payload of the last request, which held a secret, wherever the channel keeps a copy. `data` of
+    /// that request is all zeros then.
+    void WipeRequest();
+
     /// Begins a frame in the channel's buffer. The payload of an earlier request is lost.
     bool BeginMessage(char type, WideString &error);
 

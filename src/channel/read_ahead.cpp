@@ -1,5 +1,7 @@
 #include "channel/read_ahead.h"
 
+#include "platform/wipe.h"
+
 #include <algorithm>
 #include <cstring>
 
@@ -18,6 +20,12 @@ bool ReadAhead::Read(platform::PipeHandle pipe, unsigned char *buffer, std::uint
     std::memcpy(buffer, m_bytes.data() + m_begin, count);
     m_begin += count;
     return true;
+}
+
+void ReadAhead::WipeDelivered()
+{
+    platform::Wipe(m_bytes.data(), m_begin);
+    platform::Wipe(m_bytes.data() + m_end, m_bytes.size() - m_end);
 }
 
 } // namespace kessil

@@ -16,6 +16,9 @@ public:
     /// nothing is held, a request at least as large as the buffer is read straight into its place.
     bool Read(platform::PipeHandle pipe, unsigned char *buffer, std::uint32_t size, std::uint32_t &count);
 
+    /// Overwrites everything here that was delivered already.
+    void WipeDelivered();
+
     /// Forgets what was read and not asked for yet.
     void Clear() { m_begin = m_end = 0; }
 

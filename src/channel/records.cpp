@@ -2,6 +2,7 @@
 
 #include "channel/big_endian.h"
 #include "channel/ipc_communication.h"
+#include "platform/wipe.h"
 
 #include <cstring>
 
@@ -81,6 +82,19 @@ std::uint32_t DeserialiseString(std::string &target, const unsigned char *bytes,
     return end == nullptr ? 0 : length + 1;
 }
 
+IPCStruct_Auth::~IPCStruct_Auth()
+{
+    platform::Wipe(password.data(), password.size() * sizeof(char16_t));
+}
+
+bool IPCStruct_Auth::Parse(const unsigned char *payload, std::uint32_t size, WideString &error)
+{
+    PayloadReader reader(payload, size);
+    return Parsed(reader.Take(user) && reader.Take(domain) && reader.Take(password) && reader.Take(system_name) &&
+                      reader.TakeNumber(logon_flag),
+                  error);
+}
+
 bool IPCStruct_FunctionCall::Parse(const unsigned char *payload, std::uint32_t size, WideString &error)
 {
     PayloadReader reader(payload, size);
@@ -98,6 +112,12 @@ bool IPCStruct_FunctionCallAlt::ReadCommand(CIPCCommunication &channel, WideStri
     has_command = true;
     command = byte;
     return true;
+}
+
+bool IPCStruct_ErrDLL::Parse(const unsigned char *payload, std::uint32_t size, WideString &error)
+{
+    PayloadReader reader(payload, size);
+    return Parsed(reader.TakeNumber(message_number) && reader.Take(dll_name), error);
 }
 
 bool IPCStruct_Error::Parse(const unsigned char *payload, std::uint32_t size, WideString &error)

@@ -25,6 +25,23 @@ std::uint32_t DeserialiseWideString(WideString &target, const unsigned char *byt
 /// The same for an 8-bit string.
 std::uint32_t DeserialiseString(std::string &target, const unsigned char *bytes, std::uint32_t count);
 
+/// Payload of 'A': whom to log on. Its password is wiped at the end of its life.
+struct IPCStruct_Auth
+{
+    WideString user;
+    WideString domain;
+    WideString password;
+    WideString system_name;       ///< where privileges are looked up; empty for this system
+    std::uint32_t logon_flag = 0; ///< 0 for a logon whose credentials serve for outgoing connections alone
+
+    IPCStruct_Auth() = default;
+    ~IPCStruct_Auth();
+    IPCStruct_Auth(const IPCStruct_Auth &) = delete;
+    IPCStruct_Auth &operator=(const IPCStruct_Auth &) = delete;
+
+    bool Parse(const unsigned char *payload, std::uint32_t size, WideString &error);
+};
+
 /// Payload of 'F': which export of which library to call, and the signature that names its marshalling.
 struct IPCStruct_FunctionCall
 {
@@ -46,6 +63,15 @@ struct IPCStruct_FunctionCallAlt
 
     /// Reads the command byte. False when one was read already, the read fails or the stream ends here.
     bool ReadCommand(CIPCCommunication &channel, WideString &error);
+};
+
+/// Payload of 'X': which message to look up in which file.
+struct IPCStruct_ErrDLL
+{
+    std::uint32_t message_number = 0;
+    WideString dll_name;
+
+    bool Parse(const unsigned char *payload, std::uint32_t size, WideString &error);
 };
 
 /// Payload of 'E', in both directions.

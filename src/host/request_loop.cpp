@@ -2,7 +2,10 @@
 
 #include "callers/library_caller.h"
 #include "channel/ipc_communication.h"
+#include "host/error_text.h"
+#include "host/logon.h"
 #include "host/report.h"
+#include "host/search_path.h"
 #include "logging/log_manager.h"
 
 #include <algorithm>
@@ -46,15 +49,43 @@ std::optional<int> RequestLoop::Round()
 std::optional<int> RequestLoop::Dispatch(char type, const unsigned char *data, std::uint32_t size)
 {
     switch (type) {
+    case 'A':
+        return ServeLogon(data, size);
+    case 'P':
+        return ServeAddPath(data, size);
     case 'L':
         return ServeLoadLibrary(data, size);
     case 'F':
         return ServeFunctionCall(data, size);
     case 'f':
         return ServeCommand();
+    case 'X':
+        return ServeErrorText(data, size);
     default:
         return RefuseType(type);
     }
+}
+
+std::optional<int> RequestLoop::ServeLogon(const unsigned char *data, std::uint32_t size)
+{
+    KESSIL_LOG(log_debug, host_component, "Working with Auth");
+    IPCStruct_Auth auth;
+    const bool parsed = auth.Parse(data, size, m_error);
+    m_channel.WipeRequest();
+    if (!parsed)
+        return RefuseRequest();
+    return Answer(Logon(auth.user, auth.domain, auth.password, auth.system_name, auth.logon_flag, m_error));
+}
+
+std::optional<int> RequestLoop::ServeAddPath(const unsigned char *data, std::uint32_t size)
+{
+    KESSIL_LOG(log_debug, host_component, "Working with AddPath");
+    WideString directories;
+    if (DeserialiseWideString(directories, data, size) == 0) {
+        m_error = serialise_data_failure;
+        return RefuseRequest();
+    }
+    return Answer(AddPath(directories, m_error));
 }
 
 std::optional<int> RequestLoop::ServeLoadLibrary(const unsigned char *data, std::uint32_t size)
@@ -100,6 +131,24 @@ std::optional<int> RequestLoop::ServeCommand()
         return 0;
     }
     return std::nullopt;
+}
+
+std::optional<int> RequestLoop::ServeErrorText(const unsigned char *data, std::uint32_t size)
+{
+    KESSIL_LOG(log_debug, host_component, "Working with ReadErrDLL");
+    IPCStruct_ErrDLL request;
+    if (!request.Parse(data, size, m_error))
+        return RefuseRequest();
+    ReadErrDLL(request.message_number, request.dll_name, m_channel);
+    return std::nullopt;
+}
+
+// The parent hears of a failure in the words of `m_error`; where it can't, the process ends.
+std::optional<int> RequestLoop::Answer(bool success)
+{
+    const bool sent =
+        success ? m_channel.SendSuccess(m_error) : IPCStruct_Error{-1, -1, m_error}.Send(m_channel, m_error);
+    return sent ? std::nullopt : std::optional<int>(1);
 }
 
 std::optional<int> RequestLoop::RefuseType(char type)

@@ -29,10 +29,14 @@ private:
     // One request; a value is the exit code.
     std::optional<int> Round();
     std::optional<int> Dispatch(char type, const unsigned char *data, std::uint32_t size);
+    std::optional<int> ServeLogon(const unsigned char *data, std::uint32_t size);
+    std::optional<int> ServeAddPath(const unsigned char *data, std::uint32_t size);
     std::optional<int> ServeLoadLibrary(const unsigned char *data, std::uint32_t size);
     std::optional<int> ServeFunctionCall(const unsigned char *data, std::uint32_t size);
     bool IsLastCall(const unsigned char *data, std::uint32_t size) const;
     std::optional<int> ServeCommand();
+    std::optional<int> ServeErrorText(const unsigned char *data, std::uint32_t size);
+    std::optional<int> Answer(bool success);
     std::optional<int> RefuseType(char type);
     int RefuseRequest();
 

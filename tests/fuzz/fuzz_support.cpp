@@ -1,6 +1,9 @@
 #include "fuzz/fuzz_support.h"
 
 #include "fakes/call_log.h"
+#include "fakes/fake_environment.h"
+#include "fakes/fake_logon.h"
+#include "fakes/fake_message_table.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -25,6 +28,11 @@ void ResetAll()
     fake_section = FakeSection();
     fake_section.largest = 1U << 20;
     fake_module = FakeModule();
+    fake_environment = FakeEnvironment();
+    fake_environment.variables[u"PATH"] = u"C:\\windows";
+    fake_logon = FakeLogon();
+    fake_message_table = FakeMessageTable();
+    fake_message_table.files[u"messages.dll"][5] = u"five\r\n";
 }
 
 void DeliverStream(std::uint8_t chunk, std::uint8_t end, const Bytes &bytes)

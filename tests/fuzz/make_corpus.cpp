@@ -67,6 +67,9 @@ std::vector<Conversation> Conversations()
         {"unknown_library", Frame('L', Wide(u"none.dll")) + Call("GetBackupType") + stop},
         {"unknown_signature", load + CallFrame(u"", "GetBackupType", "SIG_HR_ESE_BACKUP_END") + stop},
         {"unknown_type", Frame('Z', Hex("01 02"))},
+        {"services", Frame('A', Wide(u"ada") + Wide(u"corp") + Wide(u"secret") + Wide(u"") + Be32(1)) +
+                         Frame('P', Wide(u"C:\\lib")) + Frame('X', Be32(5) + Wide(u"messages.dll")) + load +
+                         Call("GetBackupType") + stop},
         {"commands", Hex("66 02 66 3F 66 01")},
         {"parent_gone", load + Call("GetBackupType")},
     };
@@ -116,8 +119,10 @@ void WriteRecords(const std::filesystem::path &root)
     records.Add("call", Bytes{0} + Wide(u"vorn.dll") + Narrow("VornReadFile") + Narrow("SIGNATURE_VornReadFile"));
     records.Add("error", Bytes{1} + Be32(0) + Be32(126) + Wide(u"The specified module could not be found.\r\n"));
     records.Add("resize", Bytes{2} + Wide(u"section0") + Be64(65536));
-    records.Add("library", Bytes{3} + Wide(u"C:\\dir\\vorn.dll"));
-    records.Add("function", Bytes{3} + Narrow("VornCreateSession"));
+    records.Add("auth", Bytes{3} + Wide(u"ada") + Wide(u"corp") + Wide(u"secret") + Wide(u"") + Be32(1));
+    records.Add("message", Bytes{4} + Be32(1234) + Wide(u"messages.dll"));
+    records.Add("library", Bytes{5} + Wide(u"C:\\dir\\vorn.dll"));
+    records.Add("function", Bytes{5} + Narrow("VornCreateSession"));
 }
 
 void WriteElements(const std::filesystem::path &root)

@@ -20,6 +20,17 @@ void RequirePrefix(const Bytes &parsed, const Bytes &payload)
     Require(std::equal(parsed.begin(), parsed.end(), payload.begin()));
 }
 
+Bytes Again(const IPCStruct_Auth &record)
+{
+    return Wide(record.user) + Wide(record.domain) + Wide(record.password) + Wide(record.system_name) +
+           Be32(record.logon_flag);
+}
+
+Bytes Again(const IPCStruct_ErrDLL &record)
+{
+    return Be32(record.message_number) + Wide(record.dll_name);
+}
+
 Bytes Again(const IPCStruct_FunctionCall &record)
 {
     return Wide(record.library) + Narrow(record.function) + Narrow(record.signature);
@@ -73,7 +84,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t siz
     // A block of exactly that size, so that a byte read behind it is seen.
     const auto exact = std::make_unique<unsigned char[]>(payload.size());
     std::copy(payload.begin(), payload.end(), exact.get());
-    switch (kind % 4) {
+    switch (kind % 6) {
     case 0:
         Parse<IPCStruct_FunctionCall>(exact.get(), payload);
         break;
@@ -82,6 +93,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t siz
         break;
     case 2:
         Parse<IPCStruct_Resize>(exact.get(), payload);
+        break;
+    case 3:
+        Parse<IPCStruct_Auth>(exact.get(), payload);
+        break;
+    case 4:
+        Parse<IPCStruct_ErrDLL>(exact.get(), payload);
         break;
     default:
         ParseStrings(exact.get(), payload);

@@ -345,6 +345,15 @@ void Section::Expect(std::size_t offset, const Bytes &bytes, Place place) const
             << "Expected " << Show(bytes) << "\n   found " << Show(there) << "\n   at offset " << offset;
 }
 
+WideString Told(Conversation &talk, Section &section, std::uint32_t number, Place place)
+{
+    constexpr std::uint32_t room = told_size / 2;
+    section.Put(0, Be64(0) + Be64(0) + Be32(number) + Be32(room) + Bytes(room, '\0') + Be32(room));
+    talk.Send(CallFrame(u"", "VornGetErrorText", "SIGNATURE_VornGetErrorText"), place);
+    talk.Expect(success, place);
+    return platform::FromUtf8(section.Get(24, room).c_str());
+}
+
 Section Announce(Conversation &talk, std::uint32_t size, char16_t digit, Place place)
 {
     Section section = Section::Create(talk.SectionName(digit), size);

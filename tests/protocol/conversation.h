@@ -168,6 +168,11 @@ private:
     bool m_own;
 };
 
+/// What tells_process, the first library of the conversation, tells under that number. The section has `told_size`
+/// bytes.
+inline constexpr std::uint32_t told_size = 65536;
+WideString Told(Conversation &talk, Section &section, std::uint32_t number, Place place = Place::Here());
+
 /// Creates a section of the parent's for this conversation and has the helper take it.
 Section Announce(Conversation &talk, std::uint32_t size, char16_t digit = u'7', Place place = Place::Here());
 

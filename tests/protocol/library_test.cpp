@@ -1,5 +1,6 @@
 #include "protocol/conversation.h"
 #include "protocol/recorder.h"
+#include "support/set_variable.h"
 #include "support/signatures.h"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,7 @@
 #include "protocol/recorder.h"
 
+#include "support/set_variable.h"
+
 #include <fstream>
 
 namespace kessil::test {

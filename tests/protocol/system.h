@@ -67,9 +67,6 @@ struct Holdings
 };
 Holdings HoldingsOf(const platform::Process &process);
 
-/// Sets a variable of the environment that children see.
-void SetVariable(const std::string &name, const std::string &value);
-
 /// Sends this process's standard output to a file for as long as it lives, so that a child inherits that.
 class RedirectedOutput
 {

@@ -167,12 +167,6 @@ Holdings HoldingsOf(const platform::Process &process)
     return holdings;
 }
 
-void SetVariable(const std::string &name, const std::string &value)
-{
-    if (setenv(name.c_str(), value.c_str(), 1) != 0)
-        Fail("setenv");
-}
-
 RedirectedOutput::RedirectedOutput(const std::filesystem::path &file)
     : m_kept(static_cast<std::uint64_t>(fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3)))
 {

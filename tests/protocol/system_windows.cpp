@@ -168,12 +168,6 @@ Holdings HoldingsOf(const platform::Process &process)
     return {UnderWine() ? memory.WorkingSetSize : memory.PrivateUsage, handles};
 }
 
-void SetVariable(const std::string &name, const std::string &value)
-{
-    if (!SetEnvironmentVariableA(name.c_str(), value.c_str()))
-        Fail("SetEnvironmentVariableA");
-}
-
 RedirectedOutput::RedirectedOutput(const std::filesystem::path &file)
     : m_kept(reinterpret_cast<std::uintptr_t>(GetStdHandle(STD_OUTPUT_HANDLE)))
 {

@@ -1,9 +1,12 @@
 #include "unit/channel_fixture.h"
 
 #include "fakes/fake_critical_section.h"
+#include "fakes/fake_environment.h"
 #include "fakes/fake_guard.h"
 #include "fakes/fake_last_error.h"
 #include "fakes/fake_local_time.h"
+#include "fakes/fake_logon.h"
+#include "fakes/fake_message_table.h"
 #include "fakes/fake_system_version.h"
 #include "fakes/fake_thread.h"
 #include "logging/log_manager.h"
@@ -44,9 +47,12 @@ FakesTest::FakesTest()
     records.clear();
     call_log = CallLog();
     fake_critical_section = FakeCriticalSection();
+    fake_environment = FakeEnvironment();
     fake_guard = FakeGuard();
     fake_last_error = FakeLastError();
     fake_now = {2019, 6, 19, 12, 16, 44, 120};
+    fake_logon = FakeLogon();
+    fake_message_table = FakeMessageTable();
     fake_module = FakeModule();
     fake_pipe = FakePipe();
     fake_section = FakeSection();

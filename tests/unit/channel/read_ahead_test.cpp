@@ -4,6 +4,8 @@
 #include "platform/last_error.h"
 #include "unit/channel_fixture.h"
 
+#include <algorithm>
+
 namespace kessil::test {
 namespace {
 
@@ -98,6 +100,35 @@ TEST_F(ReadAheadTest, ClearForgetsWhatIsBuffered)
     EXPECT_EQ(Read(1), Hex("01"));
     ahead.Clear();
     EXPECT_EQ(Read(1), Hex("04"));
+}
+
+TEST_F(ReadAheadTest, NothingDeliveredIsLeftBehindAWipe)
+{
+    const Bytes secret = Plain("correct horse battery staple");
+    const auto holds_secret = [&] {
+        const auto *const bytes = reinterpret_cast<const unsigned char *>(&ahead);
+        return std::search(bytes, bytes + sizeof ahead, secret.begin(), secret.end()) != bytes + sizeof ahead;
+    };
+    fake_pipe.Deliver(secret + Hex("01 02"));
+    Read(static_cast<std::uint32_t>(secret.size()));
+    ASSERT_TRUE(holds_secret());
+    ahead.WipeDelivered();
+    EXPECT_FALSE(holds_secret());
+    EXPECT_EQ(Read(2), Hex("01 02"));
+}
+
+// An arrival that is shorter than the one before leaves that one's end where it was.
+TEST_F(ReadAheadTest, NothingOfEarlierArrivalsIsLeftBehindAWipe)
+{
+    const Bytes secret = Plain("correct horse battery staple");
+    fake_pipe.Deliver(Repeat(1, 100) + secret);
+    Read(4000);
+    fake_pipe.Deliver(Hex("01 02"));
+    Read(1);
+    ahead.WipeDelivered();
+    const auto *const bytes = reinterpret_cast<const unsigned char *>(&ahead);
+    EXPECT_EQ(std::search(bytes, bytes + sizeof ahead, secret.begin(), secret.end()), bytes + sizeof ahead);
+    EXPECT_EQ(Read(1), Hex("02"));
 }
 
 } // namespace

@@ -2,8 +2,10 @@
 
 #include "unit/channel_fixture.h"
 
+#include <algorithm>
 #include <functional>
 #include <memory>
+#include <new>
 
 namespace kessil::test {
 namespace {
@@ -130,6 +132,9 @@ struct RecordCase
     std::function<bool(const unsigned char *payload, std::uint32_t size, WideString &error)> parse;
 };
 
+const Bytes auth_payload =
+    Hex("75 00 00 00") + Hex("64 00 00 00") + Hex("70 00 00 00") + Hex("73 00 00 00") + Hex("00 00 00 01");
+const Bytes err_dll_payload = Hex("00 00 04 D2") + Hex("6D 00 00 00");
 const Bytes call_payload = Hex("6C 00 00 00") + Hex("66 6E 00") + Hex("73 00");
 const Bytes error_payload = Hex("FF FF FF FF 00 00 00 7E") + Hex("78 00 00 00");
 const Bytes resize_payload = Hex("61 00 30 00 00 00") + Hex("00 00 00 00 00 01 00 00");
@@ -154,7 +159,9 @@ protected:
 };
 
 INSTANTIATE_TEST_SUITE_P(All, RecordTest,
-                         ::testing::Values(RecordCase{"FunctionCall", call_payload, ParseAs<IPCStruct_FunctionCall>},
+                         ::testing::Values(RecordCase{"Auth", auth_payload, ParseAs<IPCStruct_Auth>},
+                                           RecordCase{"ErrDLL", err_dll_payload, ParseAs<IPCStruct_ErrDLL>},
+                                           RecordCase{"FunctionCall", call_payload, ParseAs<IPCStruct_FunctionCall>},
                                            RecordCase{"Error", error_payload, ParseAs<IPCStruct_Error>},
                                            RecordCase{"Resize", resize_payload, ParseAs<IPCStruct_Resize>}),
                          [](const auto &record) { return record.param.name; });
@@ -193,12 +200,81 @@ TEST_P(RecordTest, PayloadWithAnyBitFlipped)
 TEST_P(RecordTest, TerminatorWithAnyBitFlippedFailsARecordThatEndsInAString)
 {
     const Bytes &payload = GetParam().payload;
-    if (std::string(GetParam().name) == "Resize") {
+    if (payload.back() != 0 || std::string(GetParam().name) == "Resize") {
         EXPECT_TRUE(Parse(FlipBit(payload, payload.size() * 8 - 1)));
         return;
     }
     for (std::size_t bit = payload.size() * 8 - 8; bit < payload.size() * 8; ++bit)
         EXPECT_FALSE(Parse(FlipBit(payload, bit))) << bit;
+}
+
+TEST(AuthRecord, FieldsInTheirOrder)
+{
+    IPCStruct_Auth auth;
+    WideString error;
+    const Bytes payload = Wide(u"ada") + Wide(u"corp") + Wide(u"s\u00E9same") + Wide(u"host") + Hex("80 00 00 07");
+    ASSERT_TRUE(auth.Parse(payload.data(), static_cast<std::uint32_t>(payload.size()), error));
+    EXPECT_EQ(auth.user, u"ada");
+    EXPECT_EQ(auth.domain, u"corp");
+    EXPECT_EQ(auth.password, u"s\u00E9same");
+    EXPECT_EQ(auth.system_name, u"host");
+    EXPECT_EQ(auth.logon_flag, 0x80000007u);
+}
+
+TEST(AuthRecord, FourEmptyStringsAndAFlagAreTwelveBytes)
+{
+    IPCStruct_Auth auth;
+    WideString error;
+    const Bytes payload = Repeat(0, 8) + Hex("00 00 00 05");
+    ASSERT_EQ(payload.size(), 12u);
+    ASSERT_TRUE(auth.Parse(payload.data(), 12, error));
+    EXPECT_EQ(auth.user + auth.domain + auth.password + auth.system_name, u"");
+    EXPECT_EQ(auth.logon_flag, 5u);
+}
+
+TEST(AuthRecord, FlagOfThreeBytesFails)
+{
+    IPCStruct_Auth auth;
+    WideString error;
+    const Exact payload(Repeat(0, 8) + Hex("00 00 00"));
+    EXPECT_FALSE(auth.Parse(payload.Data(), payload.Size(), error));
+    EXPECT_EQ(error, u"Failed to serialise data");
+}
+
+// A short text lies within its string, so that what is left of it can be looked at afterwards.
+TEST(AuthRecord, PasswordIsWipedAtTheEnd)
+{
+    alignas(IPCStruct_Auth) unsigned char place[sizeof(IPCStruct_Auth)] = {};
+    auto *const auth = new (place) IPCStruct_Auth();
+    WideString error;
+    const Bytes payload = Wide(u"") + Wide(u"") + Wide(u"hunter2") + Wide(u"") + Hex("00 00 00 00");
+    ASSERT_TRUE(auth->Parse(payload.data(), static_cast<std::uint32_t>(payload.size()), error));
+    const Bytes password = Plain({"h\0u\0n\0t\0e\0r\0", 12});
+    const auto holds_password = [&] {
+        return std::search(place, place + sizeof place, password.begin(), password.end()) != place + sizeof place;
+    };
+    ASSERT_TRUE(holds_password());
+    auth->~IPCStruct_Auth();
+    EXPECT_FALSE(holds_password());
+}
+
+TEST(ErrDLLRecord, FieldsInTheirOrder)
+{
+    IPCStruct_ErrDLL request;
+    WideString error;
+    const Bytes payload = Hex("C0 00 00 05") + Wide(u"messages.dll");
+    ASSERT_TRUE(request.Parse(payload.data(), static_cast<std::uint32_t>(payload.size()), error));
+    EXPECT_EQ(request.message_number, 0xC0000005u);
+    EXPECT_EQ(request.dll_name, u"messages.dll");
+}
+
+TEST(ErrDLLRecord, FourBytesHaveNoName)
+{
+    IPCStruct_ErrDLL request;
+    WideString error;
+    const Exact payload(Hex("00 00 00 01"));
+    EXPECT_FALSE(request.Parse(payload.Data(), payload.Size(), error));
+    EXPECT_EQ(error, u"Failed to serialise data");
 }
 
 TEST(FunctionCallRecord, FieldsInTheirOrder)

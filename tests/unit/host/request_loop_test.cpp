@@ -1,17 +1,22 @@
 #include "host/request_loop.h"
 
 #include "callers/library_caller.h"
+#include "fakes/fake_environment.h"
 #include "fakes/fake_last_error.h"
+#include "fakes/fake_logon.h"
+#include "fakes/fake_message_table.h"
 #include "marshal/replies.h"
 #include "support/heap_probe.h"
 #include "unit/channel_fixture.h"
 
+#include <algorithm>
 #include <array>
 #include <new>
 
 namespace kessil::test {
 namespace {
 
+using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
@@ -284,6 +289,182 @@ TEST_F(LoopTest, LoadIgnoresBytesBehindTheName)
     Stop();
     EXPECT_EQ(Run(), 0);
     EXPECT_EQ(fake_pipe.written, SuccessFrame());
+}
+
+// Logging on, the search path, message texts.
+
+const Bytes logon = Frame('A', Wide(u"ada") + Wide(u"corp") + Wide(u"open sesame") + Wide(u"host") + Be32(1));
+
+TEST_F(LoopTest, LogonIsAnsweredWithSuccess)
+{
+    fake_pipe.Deliver(logon);
+    Stop();
+    EXPECT_EQ(Run(), 0);
+    EXPECT_EQ(fake_pipe.written, SuccessFrame());
+    EXPECT_THAT(call_log.calls, Contains(HasSubstr("LogOnUser ada corp open sesame")));
+    EXPECT_THAT(call_log.calls, Contains("LookUpPrivilege 'host' SeBackupPrivilege"));
+    EXPECT_EQ(Logged().front(), "debug kessil: Working with Auth");
+    EXPECT_THAT(Logged(), Not(Contains(HasSubstr("sesame"))));
+}
+
+TEST_F(LoopTest, LogonThatIsRefusedLeavesTheLoopAtWork)
+{
+    fake_logon.logon_code = 1326;
+    fake_pipe.Deliver(logon + logon);
+    Stop();
+    EXPECT_EQ(Run(), 0);
+    const Bytes refusal = FailureFrame(u"text of 1326\r\n (LogonUser)");
+    EXPECT_EQ(fake_pipe.written, refusal + refusal);
+    EXPECT_EQ(printed, "");
+    EXPECT_THAT(Logged(), ElementsAre("debug kessil: Working with Auth", "debug kessil: Working with Auth",
+                                      "debug kessil: Exiting on account of command 1"));
+}
+
+TEST_F(LoopTest, ImpersonationThatIsRefusedLeavesTheLoopAtWork)
+{
+    fake_logon.impersonate_code = 1314;
+    fake_pipe.Deliver(logon);
+    Stop();
+    EXPECT_EQ(Run(), 0);
+    EXPECT_EQ(fake_pipe.written, FailureFrame(u"text of 1314\r\n (ImpersonateLoggedOnUser)"));
+}
+
+TEST_F(LoopTest, PrivilegeThatIsUnknownIsASuccess)
+{
+    fake_logon.privileges.clear();
+    fake_pipe.Deliver(logon);
+    Stop();
+    EXPECT_EQ(Run(), 0);
+    EXPECT_EQ(fake_pipe.written, SuccessFrame());
+}
+
+// The record has it while it is needed; the channel's block and what it read ahead have it no more.
+TEST_F(LoopTest, PasswordIsGoneFromTheChannelBeforeItIsUsed)
+{
+    const Bytes password = Plain({"s\0e\0s\0a\0m\0e\0", 12});
+    const unsigned char *payload = nullptr;
+    bool seen = false;
+    fake_logon.on_log_on = [&] {
+        const auto *const object = reinterpret_cast<const unsigned char *>(&channel);
+        EXPECT_EQ(std::search(object, object + sizeof channel, password.begin(), password.end()),
+                  object + sizeof channel);
+        ASSERT_NE(payload, nullptr);
+        EXPECT_EQ(std::search(payload, payload + 12000, password.begin(), password.end()), payload + 12000);
+        seen = true;
+    };
+    // A frame before tells where the channel keeps its payloads: all of them fit into its first block.
+    fake_pipe.Deliver(Frame('z', Repeat(1, 12000)));
+    char type = 0;
+    unsigned char *data = nullptr;
+    std::uint32_t size = 0;
+    bool eof = false;
+    ASSERT_TRUE(channel.GetNextRequest(type, data, size, eof, error));
+    payload = data;
+    fake_pipe.Deliver(logon);
+    Stop();
+    EXPECT_EQ(Run(), 0);
+    EXPECT_TRUE(seen);
+}
+
+TEST_F(LoopTest, PasswordOfARecordThatCanNotBeParsedIsGoneToo)
+{
+    fake_pipe.Deliver(Frame('A', Wide(u"") + Wide(u"") + Wide(u"sesame")));
+    EXPECT_EQ(Run(), 1);
+    const Bytes password = Plain({"s\0e\0s\0a\0m\0e\0", 12});
+    const auto *const object = reinterpret_cast<const unsigned char *>(&channel);
+    EXPECT_EQ(std::search(object, object + sizeof channel, password.begin(), password.end()), object + sizeof channel);
+}
+
+TEST_F(LoopTest, PathIsExtended)
+{
+    fake_environment.variables[u"PATH"] = u"old";
+    fake_pipe.Deliver(Frame('P', Wide(u"new")));
+    Stop();
+    EXPECT_EQ(Run(), 0);
+    EXPECT_EQ(fake_pipe.written, SuccessFrame());
+    EXPECT_EQ(fake_environment.variables[u"PATH"].substr(0, 3), u"new");
+    EXPECT_THAT(Logged(),
+                ElementsAre("debug kessil: Working with AddPath", "debug kessil: Exiting on account of command 1"));
+}
+
+TEST_F(LoopTest, PathThatIsMissingLeavesTheLoopAtWork)
+{
+    fake_environment.unset_code = 203;
+    fake_pipe.Deliver(Frame('P', Wide(u"new")));
+    Stop();
+    EXPECT_EQ(Run(), 0);
+    EXPECT_EQ(fake_pipe.written, FailureFrame(u"text of 203\r\n (getenv)"));
+    EXPECT_EQ(printed, "");
+}
+
+TEST_F(LoopTest, MessageIsAlwaysAnError)
+{
+    fake_message_table.files[u"m"][5] = u"five";
+    fake_pipe.Deliver(Frame('X', Be32(5) + Wide(u"m")) + Frame('X', Be32(5) + Wide(u"n")));
+    Stop();
+    EXPECT_EQ(Run(), 0);
+    EXPECT_EQ(fake_pipe.written,
+              ErrorFrame(0xFFFFFFFF, 5, u"five") + ErrorFrame(0xFFFFFFFF, 5, u"text of 126\r\n (n)"));
+    EXPECT_EQ(printed, "");
+    EXPECT_THAT(Logged(), ElementsAre("debug kessil: Working with ReadErrDLL", "debug kessil: Working with ReadErrDLL",
+                                      "debug kessil: Exiting on account of command 1"));
+}
+
+TEST_F(LoopTest, MessageThatCanNotBeSentLeavesTheLoopAtWork)
+{
+    fake_pipe.Deliver(Frame('X', Be32(5) + Wide(u"n")));
+    fake_pipe.FailWrite(232);
+    Stop();
+    EXPECT_EQ(Run(), 0);
+    EXPECT_THAT(fake_pipe.written, IsEmpty());
+}
+
+struct ServiceRequest
+{
+    const char *name;
+    char type;
+    Bytes payload;
+    const char *logged;
+};
+
+// What the loop answers itself, and refuses to answer.
+class ServiceTest : public LoopTest, public ::testing::WithParamInterface<ServiceRequest>
+{};
+
+INSTANTIATE_TEST_SUITE_P(
+    All, ServiceTest,
+    ::testing::Values(ServiceRequest{"Logon", 'A', Bytes(logon.begin() + 5, logon.end()), "Working with Auth"},
+                      ServiceRequest{"Path", 'P', Wide(u"new"), "Working with AddPath"},
+                      ServiceRequest{"Message", 'X', Be32(5) + Wide(u"m"), "Working with ReadErrDLL"}),
+    [](const auto &request) { return request.param.name; });
+
+TEST_P(ServiceTest, PayloadCutAtAnyByteIsExitCodeOneWithoutAReply)
+{
+    const Bytes &payload = GetParam().payload;
+    for (std::size_t size = 0; size < payload.size(); ++size) {
+        Forget();
+        fake_pipe.Deliver(
+            Frame(GetParam().type, Bytes(payload.begin(), payload.begin() + static_cast<std::ptrdiff_t>(size))));
+        EXPECT_EQ(Run(), 1) << size;
+        EXPECT_EQ(printed, "ERROR: 'Failed to serialise data'\n") << size;
+        EXPECT_THAT(fake_pipe.written, IsEmpty()) << size;
+        EXPECT_THAT(call_log.calls, IsEmpty()) << size;
+        EXPECT_THAT(Logged(), ElementsAre(std::string("debug kessil: ") + GetParam().logged)) << size;
+    }
+}
+
+// Unlike the answer to a message, which is the business of whoever looks it up.
+TEST_F(LoopTest, AnswerOfTheLoopThatCanNotBeWrittenIsExitCodeOneWithoutAPrint)
+{
+    fake_environment.variables[u"PATH"] = u"old";
+    for (const Bytes &request : {logon, Frame('P', Wide(u"new")), Frame('P', Wide(u""))}) {
+        fake_pipe.Deliver(request);
+        fake_pipe.FailWrite(232);
+        EXPECT_EQ(Run(), 1);
+        EXPECT_EQ(printed, "");
+        fake_environment.variables.clear();
+    }
+    EXPECT_THAT(fake_pipe.written, IsEmpty());
 }
 
 // Calling.

@@ -1,0 +1,176 @@
+#include "protocol/conversation.h"
+#include "support/accounts.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <fstream>
+#include <sstream>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace kessil::test {
+namespace {
+
+Bytes LogonFrame(const WideString &user, const WideString &password, std::uint32_t flag = 1)
+{
+    return Frame('A', Wide(user) + Wide(u"") + Wide(password) + Wide(u"") + Be32(flag));
+}
+
+Bytes Refusal(const WideString &text)
+{
+    return ErrorFrame(0xFFFFFFFF, 0xFFFFFFFF, text);
+}
+
+/// What becomes of ada's logon: an ordinary user can't act as another.
+Bytes Outcome()
+{
+    return MayActAsOthers() ? success : Refusal(u"Operation not permitted (ImpersonateLoggedOnUser)");
+}
+
+std::string Numbers(const ActingAs &who)
+{
+    std::string numbers = std::to_string(who.user) + " " + std::to_string(who.group);
+    for (const gid_t group : who.groups)
+        numbers.append(" ").append(std::to_string(group));
+    return numbers;
+}
+
+/// As whom a function of a library runs, as Numbers writes it.
+std::string RunsAs(Conversation &talk, Section &section)
+{
+    std::istringstream told(platform::ToUtf8(Told(talk, section, 1)));
+    ActingAs who = {};
+    told >> who.user >> who.group;
+    for (gid_t group = 0; told >> group;) {
+        if (group != who.group)
+            who.groups.push_back(group);
+    }
+    std::sort(who.groups.begin(), who.groups.end());
+    return Numbers(who);
+}
+
+/// Whether a process holds these bytes anywhere in the memory that it can write to.
+bool Holds(const platform::Process &process, const Bytes &bytes)
+{
+    constexpr std::uint64_t largest = 256U << 20; // a sanitizer's tables are larger
+    const std::string directory = "/proc/" + std::to_string(platform::ProcessId(process));
+    std::ifstream maps(directory + "/maps");
+    std::ifstream memory(directory + "/mem", std::ios::binary);
+    EXPECT_TRUE(maps && memory);
+    bool held = false;
+    for (std::string line; std::getline(maps, line);) {
+        std::uint64_t begin = 0;
+        std::uint64_t end = 0;
+        char dash = 0;
+        std::string access;
+        std::istringstream(line) >> std::hex >> begin >> dash >> end >> access;
+        if (access.substr(0, 2) != "rw" || end - begin > largest)
+            continue;
+        std::string block(end - begin, '\0');
+        memory.clear();
+        memory.seekg(static_cast<std::streamoff>(begin));
+        memory.read(block.data(), static_cast<std::streamsize>(block.size()));
+        held |= block.find(bytes) != std::string::npos;
+    }
+    return held;
+}
+
+class HelperLogon : public ::testing::Test
+{
+protected:
+    const Accounts accounts;
+    const std::string before = Numbers(Now());
+};
+
+} // namespace
+
+TEST_F(HelperLogon, MakesLibrariesRunAsTheUser)
+{
+    Conversation talk(0);
+    Section section = Announce(talk, told_size);
+    talk.Load(TargetLibrary("tells_process"));
+    EXPECT_EQ(RunsAs(talk, section), before);
+    talk.Send(LogonFrame(u"ada", u"open sesame"));
+    talk.Expect(Outcome());
+    EXPECT_EQ(RunsAs(talk, section), MayActAsOthers() ? Numbers(ada) : before);
+    talk.Send(LogonFrame(u"self", u"it's me"));
+    talk.Expect(success);
+    EXPECT_EQ(RunsAs(talk, section), before);
+    talk.Send(orderly_stop);
+    talk.End();
+
+    const std::string closing = "LibraryCaller debug: Closing handle hToken #\n";
+    const std::string three = "kessil debug: Working with Auth\n" + closing + closing + closing;
+    const std::string story = talk.Helper().Story();
+    EXPECT_NE(story.find(three), std::string::npos) << story;
+    EXPECT_EQ(story.find("sesame"), std::string::npos);
+}
+
+TEST_F(HelperLogon, RefusedLeavesEverythingAsItWas)
+{
+    Conversation talk(0);
+    Section section = Announce(talk, told_size);
+    talk.Load(TargetLibrary("tells_process"));
+    for (const char16_t *const user : {u"ada", u"barred", u"eve"}) {
+        talk.Send(LogonFrame(user, u"wrong"));
+        talk.Expect(Refusal(u"Permission denied (LogonUser)"));
+        EXPECT_EQ(RunsAs(talk, section), before);
+    }
+    talk.Send(LogonFrame(u"self", u"it's me"));
+    talk.Expect(success);
+    talk.Send(orderly_stop);
+}
+
+TEST_F(HelperLogon, CredentialsAloneKeepTheIdentity)
+{
+    Conversation talk(0);
+    Section section = Announce(talk, told_size);
+    talk.Load(TargetLibrary("tells_process"));
+    talk.Send(LogonFrame(u"ada", u"whatever", 0));
+    talk.Expect(success);
+    EXPECT_EQ(RunsAs(talk, section), before);
+    talk.Send(orderly_stop);
+}
+
+// The parent knows nothing of ada, and ada may not open what is the parent's alone.
+TEST_F(HelperLogon, LeavesSectionsToTheParentsUser)
+{
+    Conversation talk(0);
+    talk.Send(LogonFrame(u"ada", u"open sesame"));
+    talk.Expect(Outcome());
+    const Section small = Announce(talk, 4);
+    talk.Load(TargetLibrary("vorn_recorder"));
+    talk.Send(CallFrame(u"", "VornCreateSession", "SIGNATURE_VornCreateSession"));
+    const WideString name = talk.SectionName(u'0');
+    talk.Expect(SectionFrame(name, 8));
+    struct stat status = {};
+    EXPECT_EQ(stat(("/dev/shm/" + platform::ToUtf8(name)).c_str(), &status), 0);
+    EXPECT_EQ(status.st_uid, geteuid());
+    const Section grown = Section::Open(name, 8);
+    talk.Send(success);
+    talk.Expect(success);
+    grown.Expect(0, Be64(0));
+    // A search for leaks at the end of the run needs the rights that it began with.
+    talk.Send(LogonFrame(u"self", u"it's me"));
+    talk.Expect(success);
+    talk.Send(orderly_stop);
+}
+
+TEST_F(HelperLogon, LeavesNoPasswordInMemory)
+{
+    const WideString password = u"correct horse battery staple";
+    for (const std::uint32_t flag : {0u, 1u}) {
+        Conversation talk(0);
+        talk.Send(LogonFrame(u"ada", password, flag));
+        talk.Expect(flag == 0 ? success : Refusal(u"Permission denied (LogonUser)"));
+        talk.Send(Frame('P', Wide(u"/a/directory/that/is/found/again")));
+        talk.Expect(success);
+        EXPECT_TRUE(Holds(talk.Helper().Process(), "/a/directory/that/is/found/again:"));
+        EXPECT_FALSE(Holds(talk.Helper().Process(), Wide(password).substr(0, 2 * password.size())));
+        EXPECT_FALSE(Holds(talk.Helper().Process(), platform::ToUtf8(password)));
+        talk.Send(orderly_stop);
+    }
+}
+
+} // namespace kessil::test

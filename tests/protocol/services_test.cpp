@@ -1,0 +1,223 @@
+#include "protocol/conversation.h"
+#include "support/set_variable.h"
+#include "support/under_wine.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+namespace kessil::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+const WideString library_name = on_windows ? u"kessil_on_the_path.dll" : u"kessil_on_the_path.so";
+
+WideString MessageFile()
+{
+    const WideString library = TargetLibrary("messages");
+    return on_windows ? library : library.substr(0, library.rfind(u'.')) + u".cat";
+}
+
+Bytes LogonFrame(const WideString &user, const WideString &domain, const WideString &password, std::uint32_t flag)
+{
+    return Frame('A', Wide(user) + Wide(domain) + Wide(password) + Wide(u"") + Be32(flag));
+}
+
+Bytes PathFrame(const WideString &directories)
+{
+    return Frame('P', Wide(directories));
+}
+
+Bytes MessageFrame(std::uint32_t number, const WideString &file)
+{
+    return Frame('X', Be32(number) + Wide(file));
+}
+
+Bytes Refusal(const WideString &text)
+{
+    return ErrorFrame(0xFFFFFFFF, 0xFFFFFFFF, text);
+}
+
+Bytes Message(std::uint32_t number, const WideString &text)
+{
+    return ErrorFrame(0xFFFFFFFF, number, text);
+}
+
+/// A directory in which a library of tests/targets goes by the name that all of these tests search for.
+class LibraryDirectory
+{
+public:
+    explicit LibraryDirectory(const std::string &target)
+    {
+        fs::copy_file(fs::u8path(platform::ToUtf8(TargetLibrary(target))), m_directory.Path() / fs::path(library_name));
+    }
+
+    WideString Path() const { return NativePath(m_directory.Path().string()); }
+
+private:
+    TestDirectory m_directory;
+};
+
+/// What the library of that name answers.
+void ExpectAnswer(Conversation &talk, const Section &section, std::uint32_t answer, Place place = Place::Here())
+{
+    talk.Load(library_name, place);
+    talk.Send(CallFrame(library_name, "GetBackupType", "SIGNATURE_GetBackupType"), place);
+    talk.Expect(success, place);
+    section.Expect(0, Be32(answer), place);
+}
+
+} // namespace
+
+TEST(Path, DecidesWhichLibraryALaterLoadFinds)
+{
+    const LibraryDirectory first("first_answer");
+    const LibraryDirectory second("second_answer");
+    Conversation talk(0);
+    const Section section = Announce(talk, 16);
+    talk.Send(LoadFrame(library_name));
+    talk.ReadFrame();
+
+    talk.Send(PathFrame(first.Path()));
+    talk.Expect(success);
+    ExpectAnswer(talk, section, 1);
+    talk.Send(PathFrame(second.Path()));
+    talk.Expect(success);
+    ExpectAnswer(talk, section, 2);
+    talk.Send(PathFrame(first.Path()));
+    talk.Expect(success);
+    ExpectAnswer(talk, section, 1);
+    talk.Send(orderly_stop);
+    talk.End();
+    EXPECT_NE(talk.Helper().Story().find("kessil debug: Working with AddPath\n"), std::string::npos);
+}
+
+TEST(Path, ListIsSearchedInItsOrder)
+{
+    const LibraryDirectory first("first_answer");
+    const LibraryDirectory second("second_answer");
+    Conversation talk(0);
+    const Section section = Announce(talk, 16);
+    const WideString separator = on_windows ? u";" : u":";
+    talk.Send(PathFrame(second.Path() + separator + first.Path()));
+    talk.Expect(success);
+    ExpectAnswer(talk, section, 2);
+    talk.Send(orderly_stop);
+}
+
+TEST(Path, EmptyDirectoryIsASuccess)
+{
+    Conversation talk(0);
+    talk.Send(PathFrame(u""));
+    talk.Expect(success);
+    talk.Load(TargetLibrary("plain"));
+    talk.Send(orderly_stop);
+}
+
+TEST(Path, NewPartStandsBeforeTheOldWithASeparator)
+{
+    const WideString old_path = [] {
+        Conversation talk(0);
+        Section section = Announce(talk, told_size);
+        talk.Load(TargetLibrary("tells_process"));
+        WideString path = Told(talk, section, 0);
+        talk.Send(orderly_stop);
+        return path;
+    }();
+    const WideString separator = on_windows ? u";" : u":";
+    Conversation talk(0);
+    Section section = Announce(talk, told_size);
+    talk.Send(PathFrame(u"C:\\a"));
+    talk.Expect(success);
+    talk.Send(PathFrame(u"C:\\b" + separator + u"C:\\c"));
+    talk.Expect(success);
+    talk.Send(PathFrame(u""));
+    talk.Expect(success);
+    talk.Load(TargetLibrary("tells_process"));
+    EXPECT_EQ(Told(talk, section, 0),
+              separator + u"C:\\b" + separator + u"C:\\c" + separator + u"C:\\a" + separator + old_path);
+    talk.Send(orderly_stop);
+}
+
+TEST(Message, IsAlwaysAnError)
+{
+    Conversation talk(0);
+    talk.Send(MessageFrame(1, MessageFile()));
+    talk.Expect(Message(1, on_windows ? u"Tape %1 is missing in drive %2.\r\n" : u"Tape %1 is missing in drive %2.\n"));
+    talk.Send(MessageFrame(1234, MessageFile()));
+    talk.Expect(Message(1234, on_windows ? u"Kein Zugriff f\u00FCr \u20AC.\r\n" : u"Kein Zugriff f\u00FCr \u20AC.\n"));
+    talk.Send(orderly_stop);
+    talk.End();
+    EXPECT_EQ(talk.Helper().Story().find("ERROR"), std::string::npos);
+    EXPECT_NE(talk.Helper().Story().find("kessil debug: Working with ReadErrDLL\n"), std::string::npos);
+}
+
+TEST(Message, NumberThatTheFileLacksIsTakenForACodeOfTheSystem)
+{
+    Conversation talk(0);
+    talk.Send(MessageFrame(5, MessageFile()));
+    talk.Expect(Message(5, SystemText(u"Input/output error", 5) + u" (" + MessageFile() + u")"));
+    talk.Send(orderly_stop);
+}
+
+TEST(Message, OfAFileThatCanNotBeLoadedHasTheTextOfThat)
+{
+    Conversation talk(0);
+    const WideString absent = TargetLibrary("absent");
+    talk.Send(MessageFrame(1, absent));
+    talk.Expect(Message(1, SystemText(u"No such file or directory", 126) + u" (" + absent + u")"));
+    talk.Send(orderly_stop);
+}
+
+TEST(Message, FileIsNotKept)
+{
+    TestDirectory directory;
+    const fs::path copy = directory.Path() / (on_windows ? "copy.dll" : "copy.cat");
+    fs::copy_file(fs::u8path(platform::ToUtf8(MessageFile())), copy);
+    Conversation talk(0);
+    talk.Send(MessageFrame(1, NativePath(copy.string())));
+    talk.ReadFrame();
+    EXPECT_TRUE(fs::remove(copy)) << "Windows refuses it while the file is loaded";
+    talk.Send(MessageFrame(1, NativePath(copy.string())));
+    talk.Expect(Message(1, SystemText(u"No such file or directory", 126) + u" (" + NativePath(copy.string()) + u")"));
+    talk.Send(orderly_stop);
+}
+
+// Credentials that serve for outgoing connections alone are checked by whoever is connected to.
+TEST(Logon, OfCredentialsAlone)
+{
+    Conversation talk(0);
+    talk.Send(LogonFrame(u"eve", u"nowhere", u"open sesame", 0));
+    // Wine logs everybody on, with a token that is none.
+    talk.Expect(UnderWine() ? Refusal(SystemText({}, 6) + u" (ImpersonateLoggedOnUser)") : success);
+    talk.Load(TargetLibrary("plain"));
+    talk.Send(orderly_stop);
+    talk.End();
+    const std::string log = talk.Helper().Log();
+    EXPECT_NE(log.find("Working with Auth"), std::string::npos);
+    EXPECT_EQ(log.find("sesame"), std::string::npos);
+}
+
+TEST(Logon, WithAWrongPasswordIsRefusedAndTheRunGoesOn)
+{
+    Conversation talk(0);
+    talk.Send(LogonFrame(u"kessil-no-such-user", u"", u"open sesame", 1));
+    talk.Expect(Refusal(UnderWine() ? SystemText({}, 6) + u" (ImpersonateLoggedOnUser)"
+                                    : SystemText(u"Permission denied", 1326) + u" (LogonUser)"));
+    talk.Load(TargetLibrary("plain"));
+    talk.Send(orderly_stop);
+    talk.End();
+    EXPECT_EQ(talk.Helper().Log().find("sesame"), std::string::npos);
+}
+
+TEST(Logon, RecordWithoutItsFlagEndsTheRun)
+{
+    Conversation talk(1);
+    talk.Send(Frame('A', Wide(u"") + Wide(u"") + Wide(u"") + Wide(u"") + Hex("000000")));
+    talk.ExpectClosed();
+    talk.End();
+    EXPECT_NE(talk.Helper().Story().find(Printed(u"Failed to serialise data")), std::string::npos);
+}
+
+} // namespace kessil::test
