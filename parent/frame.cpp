@@ -1,5 +1,7 @@
 #include "parent/frame.h"
 
+#include "platform/wipe.h"
+
 namespace kessil::parent {
 namespace {
 
@@ -48,6 +50,18 @@ FrameWriter &FrameWriter::Narrow(std::string_view text)
     m_bytes.push_back(0);
     m_spoiled = m_spoiled || text.find('\0') != text.npos;
     return *this;
+}
+
+FrameWriter &FrameWriter::Reserve(std::size_t size)
+{
+    m_bytes.reserve(frame_header_size + size);
+    return *this;
+}
+
+void FrameWriter::Wipe()
+{
+    platform::Wipe(m_bytes.data(), m_bytes.size());
+    m_bytes.clear();
 }
 
 std::span<const unsigned char> FrameWriter::Finish()

@@ -33,6 +33,13 @@ public:
     /// The whole frame, its length filled in; valid until the next Begin.
     std::span<const unsigned char> Finish();
 
+    /// Makes room for a payload of `size` bytes. A frame that stays within leaves no copy of itself behind in memory
+    /// that was given back.
+    FrameWriter &Reserve(std::size_t size);
+
+    /// Overwrites the frame, which held a secret, and is empty then.
+    void Wipe();
+
     /// Whether a text held a zero, so that the frame would say something else than was meant.
     bool Spoiled() const { return m_spoiled; }
 

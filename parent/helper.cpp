@@ -57,6 +57,17 @@ constexpr std::uint32_t largest_section = std::numeric_limits<std::uint32_t>::ma
     return Wide(native);
 }
 
+// The frame that held a secret, overwritten on every way out.
+struct WipedAtEnd
+{
+    explicit WipedAtEnd(FrameWriter &held) : writer(held) {}
+    ~WipedAtEnd() { writer.Wipe(); }
+    WipedAtEnd(const WipedAtEnd &) = delete;
+    WipedAtEnd &operator=(const WipedAtEnd &) = delete;
+
+    FrameWriter &writer;
+};
+
 std::string SystemText(std::uint32_t code)
 {
     std::string text = platform::ToUtf8(platform::ErrorText(code));
@@ -610,7 +621,10 @@ Result Helper::AddPath(std::u16string_view directories)
 Result Helper::Logon(std::u16string_view user, std::u16string_view domain, std::u16string_view password,
                      std::u16string_view system_name, bool interactive)
 {
-    m_impl->writer.Begin('A').Wide(user).Wide(domain).Wide(password).Wide(system_name).U32(interactive ? 1 : 0);
+    const WipedAtEnd wiped{m_impl->writer};
+    const std::size_t units = user.size() + domain.size() + password.size() + system_name.size() + 4;
+    m_impl->writer.Begin('A').Reserve(units * sizeof(char16_t) + sizeof(std::uint32_t));
+    m_impl->writer.Wide(user).Wide(domain).Wide(password).Wide(system_name).U32(interactive ? 1 : 0);
     return m_impl->Exchange({"logging on", user});
 }
 

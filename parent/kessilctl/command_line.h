@@ -15,7 +15,17 @@ enum class Task
 {
     List,
     Backup,
-    Restore
+    Restore,
+    ErrorText
+};
+
+/// The user that the helper is to log on as.
+struct Logon
+{
+    std::string user;
+    std::string domain;                     ///< may be empty
+    std::optional<int> password_descriptor; ///< none: the terminal is asked
+    bool credentials_only = false;          ///< for outgoing connections alone
 };
 
 /// What the command line asks for. Paths are as ToText writes them.
@@ -27,6 +37,10 @@ struct Command
     std::string log;       ///< the helper's log file; empty: a temporary one
     std::string path;      ///< the directory within the library's tree
     std::string directory; ///< the backup, to write or to read
+    std::string file;      ///< the file whose message is wanted
+    std::uint32_t message = 0;
+    std::string search_path; ///< directories, separated as in PATH, to search before all others; empty: none
+    std::optional<Logon> logon;
     std::chrono::milliseconds time_limit{0};
     bool recursive = false;
     bool json = false;

@@ -8,6 +8,7 @@ int kessil::platform::Main(const std::vector<WideString> &arguments)
 {
     constexpr unsigned usual_width = 80;
     UseUtf8Console();
+    TakeConsoleEventsAsSignals();
     unsigned columns = 0;
     if (IsTerminal(StandardStream::Error)) {
         columns = TerminalColumns(StandardStream::Error);

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <iomanip>
 #include <ostream>
+#include <sstream>
 
 #include <nlohmann/json.hpp>
 
@@ -101,6 +102,36 @@ Json ToJson(const std::vector<Entry> &entries)
     return array;
 }
 
+void AddEnd(Json &object, const Report &report)
+{
+    object["exit_code"] = static_cast<int>(report.exit_code);
+    if (!report.end.empty())
+        object["end"] = report.end;
+}
+
+void AddMessage(Json &object, const Message &message)
+{
+    object["number"] = message.number;
+    AddName(object, "file", message.file);
+    object["text"] = message.text;
+}
+
+void AddFiles(Json &object, const Report &report)
+{
+    if (report.task == "ls")
+        object["entries"] = ToJson(report.entries);
+    object["files"] = report.files;
+    object["directories"] = report.directories;
+    object["bytes"] = report.bytes;
+    object["failures"] = ToJson(report.failures);
+    object["unusable"] = ToJson(report.unusable);
+    object["differences"] = ToJson(report.differences);
+    object["skipped"] = ToJson(report.skipped);
+    object["calls"] = report.figures.calls;
+    object["sections_announced"] = report.figures.sections_announced;
+    object["sections_grown_by_helper"] = report.figures.sections_grown_by_helper;
+}
+
 } // namespace
 
 ExitCode CodeOf(const Report &report)
@@ -117,6 +148,18 @@ void PrintListing(const Report &report, std::ostream &out)
     for (const Entry &entry : report.entries)
         out << std::left << std::setw(9) << NameOf(entry.kind) << ' ' << std::right << std::setw(14) << entry.bytes
             << ' ' << ReadableMoment(entry.modified) << ' ' << Printable(entry.name) << '\n';
+}
+
+void PrintMessage(const Report &report, std::ostream &out)
+{
+    if (!report.message)
+        return;
+    std::istringstream text(report.message->text);
+    for (std::string line; std::getline(text, line);) {
+        if (line.ends_with('\r'))
+            line.pop_back();
+        out << Printable(line) << '\n';
+    }
 }
 
 void PrintSummary(const Report &report, std::ostream &out)
@@ -141,22 +184,12 @@ void PrintJson(const Report &report, std::ostream &out)
 {
     Json object;
     object["task"] = report.task;
-    object["exit_code"] = static_cast<int>(report.exit_code);
-    if (!report.end.empty())
-        object["end"] = report.end;
-    if (report.task == "ls")
-        object["entries"] = ToJson(report.entries);
-    object["files"] = report.files;
-    object["directories"] = report.directories;
-    object["bytes"] = report.bytes;
+    AddEnd(object, report);
+    if (report.message)
+        AddMessage(object, *report.message);
+    if (report.task != "errtext")
+        AddFiles(object, report);
     object["seconds"] = std::chrono::duration<double>(report.elapsed).count();
-    object["failures"] = ToJson(report.failures);
-    object["unusable"] = ToJson(report.unusable);
-    object["differences"] = ToJson(report.differences);
-    object["skipped"] = ToJson(report.skipped);
-    object["calls"] = report.figures.calls;
-    object["sections_announced"] = report.figures.sections_announced;
-    object["sections_grown_by_helper"] = report.figures.sections_grown_by_helper;
     out << object.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
 }
 

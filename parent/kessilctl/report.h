@@ -7,6 +7,7 @@
 #include <chrono>
 #include <cstdint>
 #include <iosfwd>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -15,6 +16,14 @@ namespace kessil::driver {
 /// Something about one file, or about a directory.
 struct Remark
 {
+    std::string file;
+    std::string text;
+};
+
+/// A message that the helper looked up. That the text is the message's isn't certain: it may tell why there is none.
+struct Message
+{
+    std::uint32_t number = 0;
     std::string file;
     std::string text;
 };
@@ -31,7 +40,8 @@ struct Report
     std::vector<Remark> differences; ///< from what was backed up
     std::vector<Remark> skipped;     ///< what is neither file nor directory
     std::vector<Entry> entries;      ///< of a listing, each name with the way to it
-    std::string end;                 ///< why the run ended early; empty when it didn't
+    std::optional<Message> message;
+    std::string end; ///< why the run ended early; empty when it didn't
     ExitCode exit_code = ExitCode::Done;
     std::chrono::microseconds elapsed{0};
     parent::Statistics figures;
@@ -42,6 +52,9 @@ ExitCode CodeOf(const Report &report);
 
 /// The listing, one line an item: kind, size, time, name.
 void PrintListing(const Report &report, std::ostream &out);
+
+/// The message's text, line by line; nothing when there is none.
+void PrintMessage(const Report &report, std::ostream &out);
 
 /// What was done, in one or two lines.
 void PrintSummary(const Report &report, std::ostream &out);

@@ -1,6 +1,8 @@
 #include "run.h"
 
+#include "helper_requests.h"
 #include "local_path.h"
+#include "password.h"
 
 #include <algorithm>
 #include <ostream>
@@ -43,30 +45,47 @@ parent::Options HelperOptions(const Command &command, const Screen &screen)
 
 const char *NameOf(Task task)
 {
-    return task == Task::List ? "ls" : task == Task::Backup ? "backup" : "restore";
-}
-
-void Perform(Job &job)
-{
-    switch (job.command.task) {
+    switch (task) {
     case Task::List:
-        return List(job);
+        return "ls";
     case Task::Backup:
-        return Backup(job);
+        return "backup";
     case Task::Restore:
-        return Restore(job);
+        return "restore";
+    case Task::ErrorText:
+        break;
     }
+    return "errtext";
 }
 
-void RunTask(const Command &command, parent::Helper &helper, Report &report, const Screen &screen)
+void LookUpMessage(const Command &command, parent::Helper &helper, Report &report)
 {
-    const Interruption interruption(helper);
+    const WideString file = LibraryName(command.file);
+    WideString text;
+    Require(helper.ErrorText(command.message, file, text));
+    report.message = Message{command.message, platform::ToUtf8(file), platform::ToUtf8(text)};
+}
+
+void WorkWithLibrary(const Command &command, parent::Helper &helper, const Interruption &interruption, Report &report,
+                     const Screen &screen)
+{
+    VornLibrary library(helper, interruption, LibraryName(command.library), Limit(command));
+    Job job(command, library, report, screen);
+    if (command.task == Task::List)
+        List(job);
+    else if (command.task == Task::Backup)
+        Backup(job);
+    else
+        Restore(job);
+    library.Close();
+}
+
+/// Runs `action`, and puts down why it ended early if it did.
+template <typename Action>
+void Settle(Report &report, const Action &action)
+{
     try {
-        VornLibrary library(helper, LibraryName(command.library), Limit(command));
-        Job job(command, library, report, screen);
-        Perform(job);
-        library.Close();
-        report.exit_code = CodeOf(report);
+        action();
     } catch (const Failure &failure) {
         report.exit_code = failure.Code();
         report.end = failure.what();
@@ -77,11 +96,41 @@ void RunTask(const Command &command, parent::Helper &helper, Report &report, con
         report.exit_code = ExitCode::LocalFailed;
         report.end = exception.what();
     }
-    // A terminal interrupts the helper as well, which may then be seen to have died.
+}
+
+void RunTask(const Command &command, parent::Helper &helper, Password &password, Report &report, const Screen &screen)
+{
+    const Interruption interruption(helper);
+    Settle(report, [&] {
+        StartHelper(helper, command, password);
+        interruption.Check();
+        if (command.task == Task::ErrorText)
+            LookUpMessage(command, helper, report);
+        else
+            WorkWithLibrary(command, helper, interruption, report, screen);
+        Require(helper.Stop());
+        report.exit_code = CodeOf(report);
+    });
+    helper.Stop();
+    // What was cancelled in the end shows itself in many ways.
     if (interruption.Requested() && !report.end.empty()) {
         report.exit_code = ExitCode::Interrupted;
         report.end = "interrupted";
     }
+}
+
+/// The helper and its files are gone when this returns, before anything is printed, which a closed pipe may end this
+/// process over.
+void RunWithHelper(const Command &command, Report &report, const Screen &screen)
+{
+    Password password;
+    if (command.logon)
+        Settle(report, [&] { password.Read(*command.logon); });
+    if (!report.end.empty())
+        return;
+    parent::Helper helper(HelperOptions(command, screen));
+    RunTask(command, helper, password, report, screen);
+    report.figures = helper.Figures();
 }
 
 void Print(const Command &command, const Report &report, const Screen &screen)
@@ -92,6 +141,8 @@ void Print(const Command &command, const Report &report, const Screen &screen)
         PrintJson(report, screen.out);
     else if (command.task == Task::List)
         PrintListing(report, screen.out);
+    else if (command.task == Task::ErrorText)
+        PrintMessage(report, screen.out);
     else if (report.end.empty())
         PrintSummary(report, screen.out);
     screen.out << std::flush;
@@ -158,12 +209,7 @@ int Run(const std::vector<WideString> &arguments, const Screen &screen)
     const auto start = std::chrono::steady_clock::now();
     Report report;
     report.task = NameOf(command->task);
-    {
-        // The helper and its files are gone before anything is printed, which a closed pipe may end this process over.
-        parent::Helper helper(HelperOptions(*command, screen));
-        RunTask(*command, helper, report, screen);
-        report.figures = helper.Figures();
-    }
+    RunWithHelper(*command, report, screen);
     report.elapsed = std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - start);
     Print(*command, report, screen);
     if (!screen.out && report.exit_code == ExitCode::Done) {

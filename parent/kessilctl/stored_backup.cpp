@@ -45,8 +45,9 @@ Entry LookAt(const std::filesystem::directory_entry &found)
     if (entry.kind == Kind::File)
         entry.bytes = found.file_size();
     platform::FileTime time;
-    if (platform::ReadFileTime(found.path(), time))
-        entry.modified = {time.seconds, time.nanoseconds};
+    if (!platform::ReadFileTime(found.path(), time))
+        throw Failure(ExitCode::LocalFailed, Printable(ToText(found.path())) + ": its time can't be read");
+    entry.modified = {time.seconds, time.nanoseconds};
     return entry;
 }
 

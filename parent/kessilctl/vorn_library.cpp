@@ -1,5 +1,6 @@
 #include "vorn_library.h"
 
+#include "helper_requests.h"
 #include "samples/vorn_fs/vorn_fs.h"
 
 #include <algorithm>
@@ -12,30 +13,6 @@ namespace {
 constexpr std::uint32_t interface_version = 2;
 constexpr std::uint32_t error_text_room = 1024;
 constexpr std::uint32_t list_overhead = 256; ///< more than all numbers and paddings beside one block take
-
-ExitCode ExitCodeFor(parent::Outcome outcome)
-{
-    switch (outcome) {
-    case parent::Outcome::Answered:
-        return ExitCode::Done;
-    case parent::Outcome::Refused:
-        return ExitCode::Refused;
-    case parent::Outcome::Hung:
-        return ExitCode::TimedOut;
-    case parent::Outcome::NeverStarted:
-    case parent::Outcome::ExitedAtOnce:
-    case parent::Outcome::NeverAttached:
-        return ExitCode::NotStarted;
-    case parent::Outcome::Cancelled:
-        return ExitCode::Interrupted;
-    case parent::Outcome::NotSent:
-        return ExitCode::LocalFailed;
-    case parent::Outcome::Died:
-    case parent::Outcome::BrokenProtocol:
-        break;
-    }
-    return ExitCode::Died;
-}
 
 std::uint64_t LittleEndian(std::span<const std::byte> item, std::size_t offset, std::size_t bytes)
 {
@@ -79,18 +56,23 @@ std::uint32_t ModeBits(VornFile::Mode mode)
     return VORN_FS_MODE_READ;
 }
 
-void Require(const parent::Result &result)
+/// For the way out: where this fails the helper is gone, and whoever asks it next is told so.
+template <typename Action>
+void Quietly(const Action &action) noexcept
 {
-    if (!result)
-        throw Failure(ExitCodeFor(result.outcome), result.message);
+    try {
+        action();
+    } catch (const std::exception &) {
+        return;
+    }
 }
 
 } // namespace
 
-VornLibrary::VornLibrary(parent::Helper &helper, WideString library, parent::TimeLimit limit)
-    : m_helper(helper), m_library(std::move(library)), m_limit(limit)
+VornLibrary::VornLibrary(parent::Helper &helper, const Interruption &interruption, WideString library,
+                         parent::TimeLimit limit)
+    : m_helper(helper), m_interruption(interruption), m_library(std::move(library)), m_limit(limit)
 {
-    Require(m_helper.Start());
     Require(m_helper.Load(m_library));
     std::uint32_t version = 0;
     m_helper.Begin();
@@ -99,9 +81,21 @@ VornLibrary::VornLibrary(parent::Helper &helper, WideString library, parent::Tim
         throw Failure(ExitCode::LibraryFailed, "the library doesn't have version 2 of the data-source interface");
     m_helper.Begin();
     Require(Call("VornCreateSession").U64(m_session).Complete());
+    m_open = true;
+}
+
+VornLibrary::~VornLibrary()
+{
+    Quietly([this] { Close(); });
 }
 
 parent::OutList &VornLibrary::Call(const char *function)
+{
+    m_interruption.Check();
+    return CallUninterrupted(function);
+}
+
+parent::OutList &VornLibrary::CallUninterrupted(const char *function)
 {
     Require(m_helper.Call(m_library, function, std::string("SIGNATURE_") + function, m_limit));
     return m_helper.Results();
@@ -135,28 +129,16 @@ std::uint64_t VornLibrary::Create(const char *function)
     return object;
 }
 
-void VornLibrary::CloseObject(const char *function, std::uint64_t object)
-{
-    m_helper.Begin().U64(m_session).U64(object);
-    Call(function);
-}
-
 std::vector<Entry> VornLibrary::List(const std::string &path)
 {
-    const std::uint64_t dir = Create("VornCreateDir");
+    const VornObject dir(*this, "VornCreateDir", "VornCloseDir");
     std::uint32_t result = 0;
-    m_helper.Begin().U64(m_session).U64(dir).Str(path);
+    m_helper.Begin().U64(m_session).U64(dir.Handle()).Str(path);
     Require(Call("VornOpenDir").U32(result).Complete());
+    Check(result, dir.Handle());
     std::vector<Entry> entries;
-    try {
-        Check(result, dir);
-        for (Entry entry; NextItem(dir, entry);)
-            entries.push_back(std::move(entry));
-    } catch (const LibraryError &) {
-        CloseObject("VornCloseDir", dir);
-        throw;
-    }
-    CloseObject("VornCloseDir", dir);
+    for (Entry entry; NextItem(dir.Handle(), entry);)
+        entries.push_back(std::move(entry));
     return entries;
 }
 
@@ -184,33 +166,27 @@ bool VornLibrary::NextItem(std::uint64_t dir, Entry &entry)
 
 void VornLibrary::Close()
 {
+    if (!std::exchange(m_open, false))
+        return;
     m_helper.Begin().U64(m_session);
-    Call("VornCloseSession");
-    Require(m_helper.Stop());
+    CallUninterrupted("VornCloseSession");
+}
+
+VornObject::~VornObject()
+{
+    Quietly([this] {
+        m_library.m_helper.Begin().U64(m_library.m_session).U64(m_object);
+        m_library.CallUninterrupted(m_closer);
+    });
 }
 
 VornFile::VornFile(VornLibrary &library, const std::string &path, Mode mode)
-    : m_library(library), m_file(library.Create("VornCreateFile"))
+    : m_library(library), m_file(library, "VornCreateFile", "VornCloseFile")
 {
-    try {
-        std::uint32_t result = 0;
-        m_library.m_helper.Begin().U64(m_library.m_session).U64(m_file).Str(path).U32(ModeBits(mode));
-        Require(m_library.Call("VornOpenFile").U32(result).Complete());
-        m_library.Check(result, m_file);
-    } catch (const LibraryError &) {
-        m_library.CloseObject("VornCloseFile", m_file);
-        throw;
-    }
-}
-
-VornFile::~VornFile()
-{
-    try {
-        m_library.CloseObject("VornCloseFile", m_file);
-    } catch (const std::exception &) {
-        // The helper is gone; whoever asks it next is told so.
-        return;
-    }
+    std::uint32_t result = 0;
+    m_library.m_helper.Begin().U64(m_library.m_session).U64(m_file.Handle()).Str(path).U32(ModeBits(mode));
+    Require(m_library.Call("VornOpenFile").U32(result).Complete());
+    m_library.Check(result, m_file.Handle());
 }
 
 std::span<const std::byte> VornFile::Read()
@@ -222,7 +198,7 @@ std::span<const std::byte> VornFile::Read()
     std::span<const std::byte> block;
     m_library.m_helper.Begin(VornLibrary::block_size + list_overhead)
         .U64(m_library.m_session)
-        .U64(m_file)
+        .U64(m_file.Handle())
         .Room(VornLibrary::block_size)
         .U32(VornLibrary::block_size);
     Require(m_library.Call("VornReadFile")
@@ -233,7 +209,7 @@ std::span<const std::byte> VornFile::Read()
                 .U32(count)
                 .U32(result)
                 .Complete());
-    m_library.Check(result, m_file);
+    m_library.Check(result, m_file.Handle());
     if (count > block.size())
         Require(m_library.m_helper.Distrust("VornReadFile counts more bytes than it had room for"));
     return block.first(count);
@@ -252,7 +228,7 @@ void VornFile::WriteTime(const Modified &modified)
 
 std::span<std::byte> VornFile::Room(std::uint32_t size)
 {
-    m_arguments = &m_library.m_helper.Begin(size + list_overhead).U64(m_library.m_session).U64(m_file);
+    m_arguments = &m_library.m_helper.Begin(size + list_overhead).U64(m_library.m_session).U64(m_file.Handle());
     return m_arguments->Block(size);
 }
 
@@ -262,7 +238,7 @@ void VornFile::Write(std::uint32_t size)
     std::uint32_t result = 0;
     m_arguments->U32(size);
     Require(m_library.Call("VornWriteFile").U32(count).U32(result).Complete());
-    m_library.Check(result, m_file);
+    m_library.Check(result, m_file.Handle());
     if (count != size)
         throw LibraryError(result, "only " + std::to_string(count) + " of " + std::to_string(size) +
                                        " bytes were taken, and no failure was reported");
@@ -271,9 +247,9 @@ void VornFile::Write(std::uint32_t size)
 void VornFile::Commit()
 {
     std::uint32_t result = 0;
-    m_library.m_helper.Begin().U64(m_library.m_session).U64(m_file);
+    m_library.m_helper.Begin().U64(m_library.m_session).U64(m_file.Handle());
     Require(m_library.Call("VornRestoreFile").U32(result).Complete());
-    m_library.Check(result, m_file);
+    m_library.Check(result, m_file.Handle());
 }
 
 } // namespace kessil::driver

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "exit_code.h"
+#include "interruption.h"
 #include "kessil/parent.h"
 
 #include <cstddef>
@@ -50,17 +51,23 @@ struct Entry
 };
 
 /// A data-source library hosted by a helper, with one session open. Any call throws LibraryError for the library's own
-/// failure and Failure for everything after which the helper is of no more use.
+/// failure and Failure for everything after which the helper is of no more use. An interruption is a Failure, too, but
+/// what is open is then closed in order: it keeps every call from being made but those that close.
 class VornLibrary
 {
 public:
-    /// Loads the library, checks that it speaks version 2, and opens the session. `helper` is started and outlives the
-    /// object.
-    VornLibrary(parent::Helper &helper, WideString library, parent::TimeLimit limit);
+    /// Loads the library, checks that it speaks version 2, and opens the session. `helper` has been started; both it
+    /// and `interruption` outlive the object.
+    VornLibrary(parent::Helper &helper, const Interruption &interruption, WideString library, parent::TimeLimit limit);
+
+    /// Ends the session if it is still open.
+    ~VornLibrary();
+    VornLibrary(const VornLibrary &) = delete;
+    VornLibrary &operator=(const VornLibrary &) = delete;
 
     std::vector<Entry> List(const std::string &path);
 
-    /// Ends the session and stops the helper in order.
+    /// Ends the session.
     void Close();
 
     /// How many bytes one read or write moves.
@@ -68,18 +75,40 @@ public:
 
 private:
     friend class VornFile;
+    friend class VornObject;
 
     parent::OutList &Call(const char *function);
+    parent::OutList &CallUninterrupted(const char *function);
     void Check(std::uint32_t result, std::uint64_t object);
     std::string ErrorText(std::uint64_t object, std::uint32_t code);
     std::uint64_t Create(const char *function);
-    void CloseObject(const char *function, std::uint64_t object);
     bool NextItem(std::uint64_t dir, Entry &entry);
 
     parent::Helper &m_helper;
+    const Interruption &m_interruption;
     WideString m_library;
     parent::TimeLimit m_limit;
     std::uint64_t m_session = 0;
+    bool m_open = false;
+};
+
+/// A directory or file object of the library; closed with this one, whatever else has happened.
+class VornObject
+{
+public:
+    VornObject(VornLibrary &library, const char *creator, const char *closer)
+        : m_library(library), m_closer(closer), m_object(library.Create(creator))
+    {}
+    ~VornObject();
+    VornObject(const VornObject &) = delete;
+    VornObject &operator=(const VornObject &) = delete;
+
+    std::uint64_t Handle() const { return m_object; }
+
+private:
+    VornLibrary &m_library;
+    const char *m_closer;
+    std::uint64_t m_object;
 };
 
 /// A file, or a directory to be made, open in the library. Closed with the object; what was written and not committed
@@ -95,9 +124,6 @@ public:
     };
 
     VornFile(VornLibrary &library, const std::string &path, Mode mode);
-    ~VornFile();
-    VornFile(const VornFile &) = delete;
-    VornFile &operator=(const VornFile &) = delete;
 
     /// The next bytes, in the section itself: valid until the library is asked for anything else. Empty at the end.
     std::span<const std::byte> Read();
@@ -114,7 +140,7 @@ public:
 
 private:
     VornLibrary &m_library;
-    std::uint64_t m_file = 0;
+    VornObject m_file;
     parent::InList *m_arguments = nullptr; ///< of the write that Room began
 };
 

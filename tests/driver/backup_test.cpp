@@ -62,7 +62,7 @@ TEST_F(BackupTest, TakesOneDirectoryOfTheTree)
 {
     WriteFile(source / "a" / "b" / "file", "inside");
     WriteFile(source / "a" / "other", "outside");
-    EXPECT_EQ(RunDriver("backup", "vorn_fs", {"--to", backup.string(), "--path", "a/b"}).exit_code, 0);
+    EXPECT_EQ(RunDriver("backup", "vorn_fs", {"--to", backup.string(), "--subtree", "a/b"}).exit_code, 0);
     EXPECT_EQ(ReadTree(backup / "files"), (Tree{{"file", "inside"}}));
 }
 

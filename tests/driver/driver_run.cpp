@@ -2,9 +2,9 @@
 
 #include "local_path.h"
 #include "run.h"
+#include "support/set_variable.h"
 
 #include <algorithm>
-#include <csignal>
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
@@ -14,11 +14,11 @@
 namespace kessil::test {
 namespace {
 
-/// Collects what is written, and raises the signal of Ctrl-C once, when a certain text has come.
+/// Collects what is written, and raises the signal once, when a certain text has come.
 class InterruptingBuffer : public std::stringbuf
 {
 public:
-    explicit InterruptingBuffer(std::string text) : m_text(std::move(text)) {}
+    InterruptingBuffer(std::string text, int signal) : m_text(std::move(text)), m_signal(signal) {}
 
 protected:
     std::streamsize xsputn(const char *bytes, std::streamsize count) override
@@ -26,13 +26,14 @@ protected:
         const std::streamsize put = std::stringbuf::xsputn(bytes, count);
         if (!m_raised && str().find(m_text) != std::string::npos) {
             m_raised = true;
-            EXPECT_EQ(std::raise(SIGINT), 0);
+            EXPECT_EQ(std::raise(m_signal), 0);
         }
         return put;
     }
 
 private:
     std::string m_text;
+    int m_signal;
     bool m_raised = false;
 };
 
@@ -86,22 +87,13 @@ Outcome RunDriverPlain(const std::vector<std::string> &arguments)
 }
 
 Outcome RunDriverInterrupted(const std::string &text, const std::string &task, const std::string &library,
-                             const std::vector<std::string> &arguments)
+                             const std::vector<std::string> &arguments, int signal)
 {
     std::ostringstream out;
-    InterruptingBuffer buffer(text);
+    InterruptingBuffer buffer(text, signal);
     std::ostream err(&buffer);
     const int exit_code = driver::Run(Widen(WithCommonArguments(task, library, arguments)), {out, err, 0});
     return {exit_code, out.str(), buffer.str()};
-}
-
-void SetVariable(const char *name, const std::string &value)
-{
-#ifdef _WIN32
-    _putenv_s(name, value.c_str());
-#else
-    setenv(name, value.c_str(), 1);
-#endif
 }
 
 std::map<std::string, std::string> ReadTree(const std::filesystem::path &directory)

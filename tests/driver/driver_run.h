@@ -1,5 +1,6 @@
 #pragma once
 
+#include <csignal>
 #include <filesystem>
 #include <map>
 #include <string>
@@ -25,13 +26,12 @@ Outcome RunDriver(const std::string &task, const std::string &library, const std
 /// Runs the driver with exactly these arguments.
 Outcome RunDriverPlain(const std::vector<std::string> &arguments);
 
-/// As RunDriver, and interrupts the run as Ctrl-C does, as soon as what it shows on its error stream contains `text`.
+/// As RunDriver, and raises a signal, that of Ctrl-C unless another is named, as soon as what the run shows on its
+/// error stream contains `text`.
 Outcome RunDriverInterrupted(const std::string &text, const std::string &task, const std::string &library,
-                             const std::vector<std::string> &arguments);
+                             const std::vector<std::string> &arguments, int signal = SIGINT);
 
 std::string LibraryPath(const std::string &name);
-
-void SetVariable(const char *name, const std::string &value);
 
 /// Everything below a directory: the content of each file, and "/" for each directory.
 std::map<std::string, std::string> ReadTree(const std::filesystem::path &directory);

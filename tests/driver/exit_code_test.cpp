@@ -2,6 +2,7 @@
 
 #include "platform/process.h"
 #include "platform/text.h"
+#include "support/set_variable.h"
 
 #include <nlohmann/json.hpp>
 
@@ -29,17 +30,24 @@ TEST_F(ExitCodeTest, HelpSaysThemAll)
 
 TEST_F(ExitCodeTest, UsageIsTwo)
 {
-    const std::vector<std::vector<std::string>> wrong = {{},
-                                                         {"list"},
-                                                         {"ls"},
-                                                         {"ls", "--library"},
-                                                         {"ls", "--library", "x", "--nonsense"},
-                                                         {"ls", "--library", "x", "--time-limit", "-1"},
-                                                         {"ls", "--library", "x", "--time-limit", "soon"},
-                                                         {"ls", "--library", "x", "a", "b"},
-                                                         {"backup", "--library", "x"},
-                                                         {"restore", "--library", "x"},
-                                                         {"backup", "restore"}};
+    const std::vector<std::vector<std::string>> wrong = {
+        {},
+        {"list"},
+        {"ls"},
+        {"ls", "--library"},
+        {"ls", "--library", "x", "--nonsense"},
+        {"ls", "--library", "x", "--time-limit", "-1"},
+        {"ls", "--library", "x", "--time-limit", "soon"},
+        {"ls", "--library", "x", "a", "b"},
+        {"backup", "--library", "x"},
+        {"restore", "--library", "x"},
+        {"errtext"},
+        {"ls", "--library", "x", "--password-fd", "0"},
+        {"ls", "--library", "x", "--credentials-only"},
+        {"ls", "--library", "x", "--logon", "d\\"},
+        {"ls", "--library", "x", "--logon", "u", "--password-fd", "x"},
+        {"ls", "--library", "x", "--logon", "u", "--password-fd", "-1"},
+        {"backup", "restore"}};
     for (const auto &arguments : wrong) {
         const Outcome outcome = RunDriverPlain(arguments);
         EXPECT_EQ(outcome.exit_code, 2) << testing::PrintToString(arguments);

@@ -80,7 +80,7 @@ TEST_F(RestoreTest, RestoresIntoADirectoryOfTheTree)
 {
     WriteFile(source / "dir" / "file", "content");
     BackUp();
-    EXPECT_EQ(RestoreTo(target, {"--path", "to/here"}).exit_code, 0);
+    EXPECT_EQ(RestoreTo(target, {"--subtree", "to/here"}).exit_code, 0);
     EXPECT_EQ(ReadTree(target),
               (Tree{{"to", "/"}, {"to/here", "/"}, {"to/here/dir", "/"}, {"to/here/dir/file", "content"}}));
 }

@@ -1,5 +1,7 @@
 #include "scripted_library.h"
 
+#include "support/set_variable.h"
+
 #include <algorithm>
 #include <array>
 #include <sstream>

@@ -1,4 +1,5 @@
 #include "parent/scripted.h"
+#include "support/set_variable.h"
 
 #include <gmock/gmock.h>
 
@@ -50,15 +51,6 @@ protected:
     std::unique_ptr<Helper> helper;
     WideString library;
 };
-
-void SetEnvironment(const char *name, const std::string &value)
-{
-#ifdef _WIN32
-    _putenv_s(name, value.c_str());
-#else
-    setenv(name, value.c_str(), 1);
-#endif
-}
 
 TEST_F(KessilTest, AnswersTheSmallestCall)
 {
@@ -116,7 +108,7 @@ TEST_F(KessilTest, RefusesWhatItDoesNotHave)
 TEST_F(KessilTest, ReadsABlockInASectionThatGrowsUnderIt)
 {
     directory.WriteFile("calls", "VornReadFile result=5 out=16 count_up=16\n");
-    SetEnvironment("KESSIL_SCRIPT", (directory.Path() / "calls").string());
+    test::SetVariable("KESSIL_SCRIPT", (directory.Path() / "calls").string());
     // Exactly what the arguments take: the results need more.
     options.section_size = 44;
     Host("vorn_recorder");
@@ -147,8 +139,8 @@ TEST_F(KessilTest, ReadsABlockInASectionThatGrowsUnderIt)
 TEST_F(KessilTest, WritesABlock)
 {
     directory.WriteFile("calls", "VornWriteFile result=0 out=3 peek=3\n");
-    SetEnvironment("KESSIL_SCRIPT", (directory.Path() / "calls").string());
-    SetEnvironment("KESSIL_RECORD", (directory.Path() / "record").string());
+    test::SetVariable("KESSIL_SCRIPT", (directory.Path() / "calls").string());
+    test::SetVariable("KESSIL_RECORD", (directory.Path() / "record").string());
     Host("vorn_recorder");
     InList &in = helper->Begin().U64(0xA).U64(0xB);
     const std::span<std::byte> block = in.Block(3);

@@ -1,6 +1,7 @@
 #include "vorn_fs_library.h"
 
 #include "platform/module.h"
+#include "support/set_variable.h"
 
 #include <array>
 #include <cstdlib>
@@ -36,22 +37,13 @@ std::uint64_t Number(const unsigned char *bytes, int count)
 
 } // namespace
 
-void SetVariable(const char *name, const std::string &value)
-{
-#ifdef _WIN32
-    _putenv_s(name, value.c_str());
-#else
-    setenv(name, value.c_str(), 1);
-#endif
-}
-
 VornFs::VornFs()
     : vorn(), base(FreshDirectory()), root(base / "root"), outside(base / "outside"),
       m_library(kessil::platform::LoadModule(kessil::platform::FromUtf8(KESSIL_TEST_VORN_FS)))
 {
     std::filesystem::create_directory(root);
     std::filesystem::create_directory(outside);
-    SetVariable("VORN_FS_ROOT", root.string());
+    kessil::test::SetVariable("VORN_FS_ROOT", root.string());
     Find(m_library, "GetLibApiVersion", vorn.GetLibApiVersion);
     Find(m_library, "GetBackupType", vorn.GetBackupType);
     Find(m_library, "VornCreateSession", vorn.CreateSession);

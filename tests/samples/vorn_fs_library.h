@@ -73,5 +73,3 @@ protected:
 private:
     void *m_library;
 };
-
-void SetVariable(const char *name, const std::string &value);

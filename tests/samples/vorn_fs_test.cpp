@@ -1,5 +1,7 @@
 #include "vorn_fs_library.h"
 
+#include "support/set_variable.h"
+
 #include <array>
 #include <set>
 #include <thread>
@@ -251,7 +253,7 @@ TEST_F(VornFs, ServesNothingWithoutARoot)
 {
     WriteBelow("file", "x");
     for (const std::string &place : {std::string(), (root / "missing").string(), (root / "file").string()}) {
-        SetVariable("VORN_FS_ROOT", place);
+        kessil::test::SetVariable("VORN_FS_ROOT", place);
         const std::uint64_t rootless = OpenSession();
         std::uint64_t handle = 0;
         EXPECT_EQ(vorn.CreateDir(rootless, &handle), 10u) << place;

@@ -307,7 +307,7 @@ public:
     Result AddPath(std::u16string_view directories);
 
     /// Logs the helper on as another user. `system_name` empty means the local system. The password crosses the pipe in
-    /// clear.
+    /// clear; no copy of it is kept on this side. `interactive` false: for outgoing connections alone.
     Result Logon(std::u16string_view user, std::u16string_view domain, std::u16string_view password,
                  std::u16string_view system_name, bool interactive);
 

@@ -1,0 +1,40 @@
+#include "password.h"
+
+#include "exit_code.h"
+#include "local_path.h"
+#include "platform/secret.h"
+#include "platform/wipe.h"
+
+namespace kessil::driver {
+
+using platform::SecretStatus;
+
+void Password::Forget()
+{
+    platform::Wipe(m_text.data(), m_text.size() * sizeof(char16_t));
+    m_text.clear();
+}
+
+void Password::Read(const Logon &logon)
+{
+    const std::string user = logon.domain.empty() ? logon.user : logon.domain + '\\' + logon.user;
+    const SecretStatus status = logon.password_descriptor
+                                    ? platform::ReadSecretLine(*logon.password_descriptor, m_text)
+                                    : platform::ReadHiddenLine("Password for " + Printable(user) + ": ", m_text);
+    switch (status) {
+    case SecretStatus::Read:
+        return;
+    case SecretStatus::Interrupted:
+        throw Failure(ExitCode::Interrupted, "interrupted");
+    case SecretStatus::NoTerminal:
+        throw Failure(ExitCode::Usage,
+                      "there is no terminal to ask for the password on; --password-fd reads it elsewhere");
+    case SecretStatus::Nothing:
+        throw Failure(ExitCode::LocalFailed, "no password could be read");
+    case SecretStatus::TooLong:
+        throw Failure(ExitCode::LocalFailed,
+                      "the password has more than " + std::to_string(platform::longest_secret) + " characters");
+    }
+}
+
+} // namespace kessil::driver

@@ -1,0 +1,108 @@
+#include <kessil/parent.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cstddef>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+
+namespace {
+
+constexpr char16_t secret[] = u"a secret of some length";
+constexpr std::size_t secret_bytes = sizeof secret - sizeof(char16_t);
+
+// In front of each block stands its size.
+constexpr std::size_t front = alignof(std::max_align_t);
+static_assert(front >= sizeof(std::size_t));
+
+std::atomic<int> g_found{0};
+
+bool HoldsSecret(const unsigned char *block, std::size_t size)
+{
+    unsigned char needle[secret_bytes];
+    std::memcpy(needle, secret, secret_bytes);
+    return std::search(block, block + size, needle, needle + secret_bytes) != block + size;
+}
+
+void GiveBack(void *block) noexcept
+{
+    if (block == nullptr)
+        return;
+    auto *const whole = static_cast<unsigned char *>(block) - front;
+    std::size_t size = 0;
+    std::memcpy(&size, whole, sizeof size);
+    g_found += HoldsSecret(whole + front, size) ? 1 : 0;
+    std::free(whole);
+}
+
+} // namespace
+
+// Memory of this program is looked through when it is given back.
+void *operator new(std::size_t size)
+{
+    auto *const whole = static_cast<unsigned char *>(std::malloc(front + size));
+    if (whole == nullptr)
+        throw std::bad_alloc();
+    std::memcpy(whole, &size, sizeof size);
+    std::memset(whole + front, 0, size);
+    return whole + front;
+}
+
+void operator delete(void *block) noexcept
+{
+    GiveBack(block);
+}
+
+void operator delete(void *block, std::size_t) noexcept
+{
+    GiveBack(block);
+}
+
+namespace kessil::parent {
+namespace {
+
+/// What is found once a helper was told the secret in this way, and is gone.
+template <typename Telling>
+int FoundAfter(Telling tell)
+{
+    g_found = 0;
+    {
+        Options options;
+        options.program = KESSIL;
+        Helper helper(options);
+        EXPECT_TRUE(helper.Start());
+        tell(helper);
+    }
+    return g_found;
+}
+
+TEST(SecretTest, APasswordLeavesNoCopyBehind)
+{
+    EXPECT_EQ(FoundAfter([](Helper &helper) {
+                  // Long, so that the frame would have to grow behind the password.
+                  const WideString system(300, u's');
+                  EXPECT_EQ(helper.Logon(u"no_such_user_of_kessil", u"", secret, system, true).outcome,
+                            Outcome::Refused);
+              }),
+              0);
+}
+
+TEST(SecretTest, APasswordThatIsNotSentLeavesNoCopyBehind)
+{
+    EXPECT_EQ(FoundAfter([](Helper &helper) {
+                  const std::u16string_view with_zero(u"\0", 1);
+                  EXPECT_EQ(helper.Logon(with_zero, u"", secret, u"", true).outcome, Outcome::NotSent);
+              }),
+              0);
+}
+
+TEST(SecretTest, CopiesAreFoundWhereTheyAreLeft)
+{
+    EXPECT_GT(FoundAfter([](Helper &helper) { EXPECT_FALSE(helper.Load(secret)); }), 0);
+}
+
+} // namespace
+} // namespace kessil::parent
