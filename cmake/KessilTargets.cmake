@@ -15,7 +15,20 @@ if(CCACHE)
     set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE})
 endif()
 
-if(KESSIL_TIDY)
+set(KESSIL_TIDY_WINDOWS "")
+if(KESSIL_TIDY AND WIN32)
+    # For the sources that no other build has. The cross compiler's headers, but the own ones for the processor.
+    execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=include
+        OUTPUT_VARIABLE gcc_headers OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+    execute_process(COMMAND clang -print-resource-dir
+        OUTPUT_VARIABLE clang_headers OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+    set(KESSIL_TIDY_WINDOWS clang-tidy --quiet --extra-arg-before=--target=x86_64-w64-mingw32)
+    foreach(directory
+            ${gcc_headers}/c++ ${gcc_headers}/c++/x86_64-w64-mingw32 ${clang_headers}/include
+            /usr/x86_64-w64-mingw32/include)
+        list(APPEND KESSIL_TIDY_WINDOWS --extra-arg=-isystem${directory})
+    endforeach()
+elseif(KESSIL_TIDY)
     set(CMAKE_CXX_CLANG_TIDY clang-tidy --quiet)
 endif()
 
