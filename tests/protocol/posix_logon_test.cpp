@@ -122,6 +122,18 @@ TEST_F(HelperLogon, RefusedLeavesEverythingAsItWas)
     talk.Send(orderly_stop);
 }
 
+TEST_F(HelperLogon, SucceedsWherePrivilegesCanNotBeLookedUp)
+{
+    Conversation talk(0);
+    talk.Send(Frame('A', Wide(u"self") + Wide(u"") + Wide(u"it's me") + Wide(u"no-such-system") + Be32(1)));
+    talk.Expect(success);
+    talk.Send(orderly_stop);
+    talk.End();
+    const std::string closing = "LibraryCaller error: Closing handle hToken #\n";
+    EXPECT_NE(talk.Helper().Story().find("kessil debug: Working with Auth\n" + closing + closing + closing),
+              std::string::npos);
+}
+
 TEST_F(HelperLogon, CredentialsAloneKeepTheIdentity)
 {
     Conversation talk(0);
