@@ -19,7 +19,8 @@ void UseUtf8Console();
 
 /// Has what else ends the programs of a console come as SIGTERM, as Ctrl-C comes as SIGINT: Ctrl-Break, the closing of
 /// its window, a logoff and a shutdown. After those three the system ends the process within a few seconds, and this
-/// sees to it that it isn't sooner. Does nothing where such events are signals anyway.
-void TakeConsoleEventsAsSignals();
+/// sees to it that it isn't sooner. Where nobody handles SIGTERM, the process ends with `exit_code` then. Does nothing
+/// where such events are signals anyway.
+void TakeConsoleEventsAsSignals(int exit_code);
 
 } // namespace kessil::platform

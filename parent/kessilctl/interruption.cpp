@@ -6,6 +6,7 @@
 #include <atomic>
 #include <cerrno>
 #include <csignal>
+#include <cstdlib>
 
 namespace kessil::driver {
 namespace {
@@ -44,13 +45,22 @@ void Cancel()
     --g_cancelling;
 }
 
+extern "C" void EndAtOnce(int /*signal*/)
+{
+    std::_Exit(static_cast<int>(ExitCode::Interrupted));
+}
+
 extern "C" void OnInterruption(int signal)
 {
     const int kept = errno;
     const bool first = g_requests.fetch_add(1) == none;
     const bool insists = !first && !IsLossOfTerminal(signal);
     // Some systems take the handler away before they call it.
-    std::signal(signal, insists ? SIG_DFL : OnInterruption);
+    std::signal(signal, OnInterruption);
+    if (insists) {
+        for (const int any : signals)
+            std::signal(any, EndAtOnce);
+    }
     if (first)
         g_requests.notify_all();
     if (insists)

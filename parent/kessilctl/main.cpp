@@ -1,3 +1,4 @@
+#include "exit_code.h"
 #include "platform/entry_point.h"
 #include "platform/terminal.h"
 #include "run.h"
@@ -8,7 +9,7 @@ int kessil::platform::Main(const std::vector<WideString> &arguments)
 {
     constexpr unsigned usual_width = 80;
     UseUtf8Console();
-    TakeConsoleEventsAsSignals();
+    TakeConsoleEventsAsSignals(static_cast<int>(driver::ExitCode::Interrupted));
     unsigned columns = 0;
     if (IsTerminal(StandardStream::Error)) {
         columns = TerminalColumns(StandardStream::Error);

@@ -10,11 +10,11 @@ const char16_t search_path_separator = u':';
 
 std::optional<WideString> ReadEnvironment(const WideString &name)
 {
-    errno = 0;
     const char *const value = std::getenv(ToUtf8(name).c_str());
-    if (value == nullptr)
-        return std::nullopt;
-    return FromUtf8(value);
+    if (value != nullptr)
+        return FromUtf8(value);
+    errno = ENOENT;
+    return std::nullopt;
 }
 
 bool PutEnvironment(const WideString &assignment)

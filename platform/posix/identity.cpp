@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstdlib>
 #include <set>
 #include <sys/prctl.h>
 #include <sys/syscall.h>
@@ -26,6 +27,13 @@ Identity CurrentIdentity()
     return identity;
 }
 
+Capabilities CurrentCapabilities()
+{
+    Capabilities capabilities;
+    ReadCapabilities(capabilities);
+    return capabilities;
+}
+
 // Whether the two may do the same. It makes no difference whether the group stands among the supplementary ones too.
 bool Equal(const Identity &left, const Identity &right)
 {
@@ -37,12 +45,14 @@ bool Equal(const Identity &left, const Identity &right)
     return left.user == right.user && left.group == right.group && groups(left) == groups(right);
 }
 
-// As whom the process started; read before anything can have changed it.
+// How the process started; read before anything can have changed it.
 const Identity g_start = CurrentIdentity();
+const Capabilities g_start_capabilities = CurrentCapabilities();
 
 thread_local bool t_acts_as_another = false;
 
-// The C library's functions would change every thread of the process; the system's own change the calling one.
+// The C library's functions would change every thread of the process; the system's own change the calling one. From
+// here to the last of these functions nothing allocates: an exception would leave the thread between two identities.
 bool SetUser(uid_t user)
 {
     return syscall(SYS_setresuid, unchanged, user, unchanged) == 0;
@@ -59,19 +69,42 @@ bool SetGroups(const std::vector<gid_t> &groups)
 // The user last, who may then have no right to change the groups any more.
 bool Become(const Identity &identity)
 {
-    // To the system these numbers mean no change.
-    if (identity.user == unchanged || identity.group == unchanged) {
-        errno = EINVAL;
-        return false;
-    }
-    return Equal(CurrentIdentity(), identity) ||
-           (SetGroups(identity.groups) && SetGroup(identity.group) && SetUser(identity.user));
+    return SetGroups(identity.groups) && SetGroup(identity.group) && SetUser(identity.user);
 }
 
-// The user first, who has the right to change the groups.
+// From another identity back to the process's own: first the rights to change the rest.
 bool BecomeProcess()
 {
-    return (geteuid() == g_start.user || SetUser(g_start.user)) && Become(g_start);
+    return SetCapabilities(g_start_capabilities) && SetUser(g_start.user) && SetGroups(g_start.groups) &&
+           SetGroup(g_start.group) && SetCapabilities(g_start_capabilities);
+}
+
+void Require(bool is_itself_again)
+{
+    if (!is_itself_again)
+        std::abort();
+}
+
+// A user who isn't root loses no capabilities by the change alone.
+bool DropCapabilities()
+{
+    Capabilities capabilities;
+    if (!ReadCapabilities(capabilities))
+        return false;
+    for (auto &word : capabilities.data)
+        word.effective = 0;
+    return SetCapabilities(capabilities);
+}
+
+// From the process's own identity to another, or, where that fails, to the process's own.
+bool BecomeAnother(const Identity &identity)
+{
+    const bool changed_groups = SetGroups(identity.groups);
+    if (changed_groups && SetGroup(identity.group) && SetUser(identity.user) && DropCapabilities())
+        return true;
+    const KeepErrno keep;
+    Require(!changed_groups || BecomeProcess());
+    return false;
 }
 
 // The system forgets at every change of identity that this process is to end with its parent. Reminds it at the end of
@@ -111,19 +144,26 @@ bool SetCapabilities(const Capabilities &capabilities)
 
 bool ActAs(const Identity &identity)
 {
+    // To the system these numbers mean no change.
+    if (identity.user == unchanged || identity.group == unchanged) {
+        errno = EINVAL;
+        return false;
+    }
     const Identity before = CurrentIdentity();
     if (Equal(before, identity))
         return true;
+    const Capabilities capabilities = CurrentCapabilities();
+    const bool is_process = Equal(identity, g_start);
     const EndsWithParent ends_with_parent;
-    Capabilities capabilities;
-    ReadCapabilities(capabilities);
-    if (BecomeProcess() && Become(identity)) {
-        t_acts_as_another = true;
+    if (t_acts_as_another)
+        Require(BecomeProcess());
+    if (is_process || BecomeAnother(identity)) {
+        t_acts_as_another = !is_process;
         return true;
     }
     const KeepErrno keep;
-    if (BecomeProcess() && Become(before))
-        SetCapabilities(capabilities);
+    if (t_acts_as_another)
+        Require(Become(before) && SetCapabilities(capabilities));
     return false;
 }
 
@@ -131,10 +171,10 @@ ActAsProcess::ActAsProcess() : m_active(t_acts_as_another)
 {
     if (!m_active)
         return;
-    const EndsWithParent ends_with_parent;
     m_before = CurrentIdentity();
-    ReadCapabilities(m_capabilities);
-    BecomeProcess();
+    m_capabilities = CurrentCapabilities();
+    const EndsWithParent ends_with_parent;
+    Require(BecomeProcess());
 }
 
 ActAsProcess::~ActAsProcess()
@@ -143,9 +183,7 @@ ActAsProcess::~ActAsProcess()
         return;
     const KeepErrno keep;
     const EndsWithParent ends_with_parent;
-    // A change of the user takes the effective capabilities with it.
-    if (Become(m_before))
-        SetCapabilities(m_capabilities);
+    Require(Become(m_before) && SetCapabilities(m_capabilities));
 }
 
 } // namespace kessil::platform::posix

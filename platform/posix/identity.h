@@ -23,12 +23,13 @@ struct Capabilities
 bool ReadCapabilities(Capabilities &capabilities);
 bool SetCapabilities(const Capabilities &capabilities);
 
-/// Lets the calling thread, and no other, act as `identity`, with the process's own rights to become so. False, with
-/// the reason in errno, leaves it as it was.
+/// Lets the calling thread, and no other, act as `identity`, with the process's own rights to become so. It has no
+/// effective capabilities then, unless `identity` is the process's own. False, with the reason in errno, leaves it as it
+/// was. A way back that fails ends the process: it would go on with the rights of somebody else.
 bool ActAs(const Identity &identity);
 
-/// Lets the calling thread act as the process did when it started, for a scope; then as before, capabilities included.
-/// Does nothing on a thread that acts as nobody else. Keeps errno on the way out.
+/// Lets the calling thread act as the process did when it started, for a scope; then as before, capabilities included,
+/// or the process ends. Does nothing on a thread that acts as nobody else. Keeps errno on the way out.
 class ActAsProcess
 {
 public:

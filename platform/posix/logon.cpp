@@ -14,6 +14,7 @@
 #include <string>
 #include <sys/utsname.h>
 #include <unistd.h>
+#include <vector>
 
 namespace kessil::platform {
 namespace {
@@ -35,28 +36,38 @@ std::string AccountName(const WideString &user, const WideString &domain)
     return domain.empty() || domain == u"." ? ToUtf8(user) : ToUtf8(domain + u"\\" + user);
 }
 
+bool FindAccount(const std::string &account, passwd &entry, std::vector<char> &strings)
+{
+    passwd *found = nullptr;
+    int failure = 0;
+    do {
+        strings.resize(strings.empty() ? 4096 : 2 * strings.size());
+        failure = getpwnam_r(account.c_str(), &entry, strings.data(), strings.size(), &found);
+    } while (failure == ERANGE);
+    if (found == nullptr)
+        errno = failure == 0 ? ENOENT : failure;
+    return found != nullptr;
+}
+
+std::vector<gid_t> GroupsOf(const std::string &account, gid_t group)
+{
+    std::vector<gid_t> groups(32);
+    auto count = static_cast<int>(groups.size());
+    while (getgrouplist(account.c_str(), group, groups.data(), &count) < 0) {
+        groups.resize(std::max(2 * groups.size(), static_cast<std::size_t>(count)));
+        count = static_cast<int>(groups.size());
+    }
+    groups.resize(static_cast<std::size_t>(count));
+    return groups;
+}
+
 std::optional<Identity> FindIdentity(const std::string &account)
 {
-    std::array<char, 16384> strings;
     passwd entry = {};
-    passwd *found = nullptr;
-    const int failure = getpwnam_r(account.c_str(), &entry, strings.data(), strings.size(), &found);
-    if (found == nullptr) {
-        errno = failure == 0 ? ENOENT : failure;
+    std::vector<char> strings;
+    if (!FindAccount(account, entry, strings))
         return std::nullopt;
-    }
-    Identity identity;
-    identity.user = entry.pw_uid;
-    identity.group = entry.pw_gid;
-    int count = 0;
-    getgrouplist(account.c_str(), entry.pw_gid, nullptr, &count);
-    identity.groups.resize(static_cast<std::size_t>(count));
-    if (getgrouplist(account.c_str(), entry.pw_gid, identity.groups.data(), &count) < 0) {
-        errno = EAGAIN;
-        return std::nullopt;
-    }
-    identity.groups.resize(static_cast<std::size_t>(count));
-    return identity;
+    return Identity{entry.pw_uid, entry.pw_gid, GroupsOf(account, entry.pw_gid)};
 }
 
 struct Privilege
@@ -90,7 +101,9 @@ UserToken LogOnUser(const WideString &user, const WideString &domain, const Wide
 {
     if (kind == LogonKind::CredentialsOnly)
         return &g_users.emplace_back();
-    const std::string account = AccountName(user, domain);
+    // What checks passwords and finds accounts may need the rights that the process has.
+    const posix::ActAsProcess as_process;
+    std::string account = AccountName(user, domain);
     if (!posix::Authenticate(account, password))
         return nullptr;
     const std::optional<Identity> identity = FindIdentity(account);

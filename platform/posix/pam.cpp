@@ -17,28 +17,32 @@ constexpr const char *service = "kessil";
 // would take a quarter of their start.
 struct Pam
 {
-    Pam() : library(dlopen("libpam.so.0", RTLD_NOW | RTLD_GLOBAL))
+    Pam() : library(dlopen("libpam.so.0", RTLD_NOW | RTLD_LOCAL))
     {
         Find(start, "pam_start");
         Find(authenticate, "pam_authenticate");
         Find(account_management, "pam_acct_mgmt");
+        Find(get_item, "pam_get_item");
         Find(end, "pam_end");
     }
 
-    bool IsThere() const { return start && authenticate && account_management && end; }
+    bool IsThere() const { return start && authenticate && account_management && get_item && end; }
 
-    // Looked for where a linked program would find it, so that a preloaded library comes first.
+    // A preloaded library comes first, as it would for a program that is linked with PAM.
     template <class Function>
     void Find(Function *&function, const char *name) const
     {
-        if (library != nullptr)
-            function = reinterpret_cast<Function *>(dlsym(RTLD_DEFAULT, name));
+        void *found = dlsym(RTLD_DEFAULT, name);
+        if (found == nullptr && library != nullptr)
+            found = dlsym(library, name);
+        function = reinterpret_cast<Function *>(found);
     }
 
     void *library;
     decltype(pam_start) *start = nullptr;
     decltype(pam_authenticate) *authenticate = nullptr;
     decltype(pam_acct_mgmt) *account_management = nullptr;
+    decltype(pam_get_item) *get_item = nullptr;
     decltype(pam_end) *end = nullptr;
 };
 
@@ -116,9 +120,19 @@ int ErrnoOf(int pam_result)
     }
 }
 
+// Whom the service let in, which needn't be whom it was asked about.
+int ReadAccount(const Pam &pam, const pam_handle_t *handle, std::string &account)
+{
+    const void *name = nullptr;
+    const int result = pam.get_item(handle, PAM_USER, &name);
+    if (result == PAM_SUCCESS && name != nullptr)
+        account = static_cast<const char *>(name);
+    return result;
+}
+
 } // namespace
 
-bool Authenticate(const std::string &account, const WideString &password)
+bool Authenticate(std::string &account, const WideString &password)
 {
     static const Pam pam;
     if (!pam.IsThere()) {
@@ -133,6 +147,8 @@ bool Authenticate(const std::string &account, const WideString &password)
         result = pam.authenticate(handle, PAM_SILENT);
     if (result == PAM_SUCCESS)
         result = pam.account_management(handle, PAM_SILENT);
+    if (result == PAM_SUCCESS)
+        result = ReadAccount(pam, handle, account);
     if (handle != nullptr)
         pam.end(handle, result);
     if (result == PAM_SUCCESS)

@@ -26,6 +26,6 @@ unsigned TerminalColumns(StandardStream stream)
 
 void UseUtf8Console() {}
 
-void TakeConsoleEventsAsSignals() {}
+void TakeConsoleEventsAsSignals(int /*exit_code*/) {}
 
 } // namespace kessil::platform

@@ -98,7 +98,10 @@ private:
     void DropLast()
     {
         const bool pair = m_line.size() > 1 && IsLowSurrogate(m_line.back());
-        m_line.resize(m_line.size() - std::min<std::size_t>(m_line.size(), pair ? 2 : 1));
+        for (int units = pair ? 2 : 1; units > 0 && !m_line.empty(); --units) {
+            Wipe(&m_line.back(), sizeof m_line.back());
+            m_line.pop_back();
+        }
     }
 
     WideString &m_line;

@@ -3,6 +3,7 @@
 #include "platform/windows/native.h"
 
 #include <csignal>
+#include <cstdlib>
 
 namespace kessil::platform {
 namespace {
@@ -10,6 +11,13 @@ namespace {
 HANDLE Native(StandardStream stream)
 {
     return GetStdHandle(stream == StandardStream::Output ? STD_OUTPUT_HANDLE : STD_ERROR_HANDLE);
+}
+
+int g_exit_code = 0;
+
+extern "C" void EndAtOnce(int /*signal*/)
+{
+    std::_Exit(g_exit_code);
 }
 
 // Runs on a thread of the system's.
@@ -45,8 +53,12 @@ void UseUtf8Console()
     SetConsoleOutputCP(CP_UTF8);
 }
 
-void TakeConsoleEventsAsSignals()
+void TakeConsoleEventsAsSignals(int exit_code)
 {
+    g_exit_code = exit_code;
+    // Of itself the run-time library would end the process with a code that means something else.
+    if (const auto before = std::signal(SIGTERM, EndAtOnce); before != SIG_DFL)
+        std::signal(SIGTERM, before);
     SetConsoleCtrlHandler(OnConsoleEvent, TRUE);
 }
 

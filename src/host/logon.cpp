@@ -19,9 +19,9 @@ platform::LogonKind KindOf(std::uint32_t logon_flag)
     return os_major_version < network_logon_version ? platform::LogonKind::Interactive : platform::LogonKind::Network;
 }
 
-bool Refused(const WideString &operation, WideString &error)
+bool Refused(std::uint32_t code, const char16_t *operation, WideString &error)
 {
-    error = FormatSystemError(platform::LastError(), operation);
+    error = FormatSystemError(code, operation);
     return false;
 }
 
@@ -39,9 +39,9 @@ bool Logon(const WideString &user, const WideString &domain, const WideString &p
     // Never closed: it must last as long as the impersonation, and that is for good.
     platform::UserToken const token = platform::LogOnUser(user, domain, password, KindOf(logon_flag));
     if (token == nullptr)
-        return Refused(u"LogonUser", error);
+        return Refused(platform::LastError(), u"LogonUser", error);
     if (!platform::Impersonate(token))
-        return Refused(u"ImpersonateLoggedOnUser", error);
+        return Refused(platform::LastError(), u"ImpersonateLoggedOnUser", error);
     for (const char16_t *const privilege : {u"SeBackupPrivilege", u"SeRestorePrivilege", u"SeSecurityPrivilege"})
         static_cast<void>(ModifyPrivilege(platform::CurrentProcess(), system_name, privilege));
     return true;

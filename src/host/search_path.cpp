@@ -6,18 +6,23 @@
 
 namespace kessil {
 
+namespace {
+
+bool Refused(std::uint32_t code, const char16_t *operation, WideString &error)
+{
+    error = FormatSystemError(code, operation);
+    return false;
+}
+
+} // namespace
+
 bool AddPath(const WideString &directories, WideString &error)
 {
     const auto path = platform::ReadEnvironment(u"PATH");
-    if (!path) {
-        error = FormatSystemError(platform::LastError(), u"getenv");
-        return false;
-    }
-    if (!platform::PutEnvironment(u"PATH=" + directories + platform::search_path_separator + *path)) {
-        error = FormatSystemError(platform::LastError(), u"putenv");
-        return false;
-    }
-    return true;
+    if (!path)
+        return Refused(platform::LastError(), u"getenv", error);
+    const WideString assignment = u"PATH=" + directories + platform::search_path_separator + *path;
+    return platform::PutEnvironment(assignment) || Refused(platform::LastError(), u"putenv", error);
 }
 
 } // namespace kessil

@@ -79,9 +79,9 @@ TEST_F(TerminalTest, TheEndOfTheInputIsNoPassword)
 // The terminal interrupts the driver and not the helper: the call is answered, and the helper stops in order.
 TEST_F(TerminalTest, CtrlCReachesTheDriverAlone)
 {
-    SetVariable("KESSIL_DELAY", "2500");
+    SetVariable("KESSIL_DELAY", "4000");
     PseudoTerminal terminal({KESSIL_TEST_DRIVER, "ls", "--helper", KESSIL_TEST_HELPER, "--library", LibraryPath("slow"),
-                             "--time-limit", "3", "--log", (base / "log").string(), "--debug"});
+                             "--time-limit", "6", "--log", (base / "log").string(), "--debug"});
     terminal.Await("still waiting");
     terminal.Type("\x03");
     EXPECT_EQ(terminal.AwaitEnd(), 130);

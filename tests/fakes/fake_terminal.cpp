@@ -31,7 +31,7 @@ void UseUtf8Console()
     ++test::fake_terminal.utf8_calls;
 }
 
-void TakeConsoleEventsAsSignals()
+void TakeConsoleEventsAsSignals(int /*exit_code*/)
 {
     ++test::fake_terminal.event_calls;
 }

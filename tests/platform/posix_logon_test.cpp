@@ -6,8 +6,11 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cerrno>
 #include <csignal>
+#include <cstdarg>
+#include <cstdlib>
 #include <fcntl.h>
 #include <functional>
 #include <linux/capability.h>
@@ -19,6 +22,32 @@
 #include <sys/utsname.h>
 #include <thread>
 #include <unistd.h>
+
+namespace {
+
+/// Which of the next calls of setgroups fails for want of memory; 0 for none.
+int g_failing_setgroups = 0;
+
+} // namespace
+
+// The linker sends every call of syscall to the first and gives the system's function the name of the second.
+extern "C" {
+long __real_syscall(long number, ...);
+long __wrap_syscall(long number, ...)
+{
+    std::array<long, 3> arguments = {};
+    va_list list;
+    va_start(list, number);
+    for (long &argument : arguments)
+        argument = va_arg(list, long);
+    va_end(list);
+    if (number == SYS_setgroups && g_failing_setgroups > 0 && --g_failing_setgroups == 0) {
+        errno = ENOMEM;
+        return -1;
+    }
+    return __real_syscall(number, arguments[0], arguments[1], arguments[2]);
+}
+}
 
 namespace kessil::test {
 
@@ -33,12 +62,25 @@ void OnAThread(const std::function<void()> &work)
     std::thread(work).join();
 }
 
-std::uint64_t EffectiveCapabilities()
+std::array<__user_cap_data_struct, _LINUX_CAPABILITY_U32S_3> ReadCapabilities()
 {
     __user_cap_header_struct header = {_LINUX_CAPABILITY_VERSION_3, 0};
-    __user_cap_data_struct data[_LINUX_CAPABILITY_U32S_3] = {};
-    EXPECT_EQ(syscall(SYS_capget, &header, data), 0);
+    std::array<__user_cap_data_struct, _LINUX_CAPABILITY_U32S_3> data = {};
+    EXPECT_EQ(syscall(SYS_capget, &header, data.data()), 0);
+    return data;
+}
+
+std::uint64_t EffectiveCapabilities()
+{
+    const auto data = ReadCapabilities();
     return data[0].effective | (std::uint64_t{data[1].effective} << 32);
+}
+
+// Not every root has them all.
+bool IsPermitted(unsigned capability)
+{
+    const auto data = ReadCapabilities();
+    return ((data[0].permitted | (std::uint64_t{data[1].permitted} << 32)) >> capability & 1) != 0;
 }
 
 bool Enable(const WideString &privilege)
@@ -54,7 +96,9 @@ class PrivateFile
 public:
     PrivateFile() : m_path("/tmp/kessil-private-" + std::to_string(getpid()))
     {
-        close(open(m_path.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, 0600));
+        const int descriptor = open(m_path.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, 0600);
+        EXPECT_GE(descriptor, 0);
+        close(descriptor);
     }
     ~PrivateFile() { unlink(m_path.c_str()); }
     PrivateFile(const PrivateFile &) = delete;
@@ -141,6 +185,27 @@ TEST_F(PosixLogon, UserWithoutAnAccountOfTheSystemIsNotFound)
     EXPECT_EQ(platform::LastError(), static_cast<std::uint32_t>(ENOENT));
 }
 
+TEST_F(PosixLogon, EverythingElseHasACodeOfItsOwn)
+{
+    EXPECT_EQ(LogOn(u"expired", u"expired"), nullptr);
+    EXPECT_EQ(platform::LastError(), static_cast<std::uint32_t>(EKEYEXPIRED));
+    EXPECT_EQ(LogOn(u"unlucky", u"unlucky"), nullptr);
+    EXPECT_EQ(platform::LastError(), static_cast<std::uint32_t>(EIO));
+    EXPECT_EQ(LogOn(u"crowded", u"crowded"), nullptr);
+    EXPECT_EQ(platform::LastError(), static_cast<std::uint32_t>(ENOMEM));
+}
+
+// The service may let somebody in under another name than the one that was given.
+TEST_F(PosixLogon, UserIsWhomTheServiceLetsIn)
+{
+    const UserToken user = LogOn(u"alias", u"open sesame");
+    ASSERT_NE(user, nullptr);
+    OnAThread([&] {
+        EXPECT_EQ(platform::Impersonate(user), MayActAsOthers());
+        EXPECT_EQ(Now(), MayActAsOthers() ? ada : before);
+    });
+}
+
 TEST_F(PosixLogon, CredentialsAloneAreNotChecked)
 {
     EXPECT_NE(LogOn(u"eve", u"whatever", u"anywhere", LogonKind::CredentialsOnly), nullptr);
@@ -193,6 +258,32 @@ TEST_F(PosixLogon, OneImpersonationTakesThePlaceOfAnother)
     });
 }
 
+// What a module of PAM or a database of accounts reads may be for the process's own user alone.
+TEST_F(PosixLogon, NextLogonIsMadeWithTheProcesssRights)
+{
+    // The passwords of these accounts are such a file.
+    const UserToken user = LogOn(u"ada", u"open sesame");
+    OnAThread([&] {
+        platform::Impersonate(user);
+        const ActingAs acting = Now();
+        EXPECT_NE(LogOn(u"self", u"it's me"), nullptr);
+        EXPECT_EQ(LogOn(u"self", u"it's not"), nullptr);
+        EXPECT_EQ(platform::LastError(), static_cast<std::uint32_t>(EACCES));
+        EXPECT_EQ(Now(), acting);
+    });
+}
+
+TEST_F(PosixLogon, ImpersonationTakesTheCapabilitiesAway)
+{
+    const UserToken user = LogOn(u"ada", u"open sesame");
+    const std::uint64_t capabilities = EffectiveCapabilities();
+    OnAThread([&] {
+        EXPECT_EQ(platform::Impersonate(user), MayActAsOthers());
+        EXPECT_EQ(EffectiveCapabilities(), MayActAsOthers() ? 0 : capabilities);
+    });
+    EXPECT_EQ(EffectiveCapabilities(), capabilities);
+}
+
 TEST_F(PosixLogon, FailedImpersonationChangesNothing)
 {
     const UserToken user = Admit(u"ada", u"open sesame");
@@ -207,6 +298,42 @@ TEST_F(PosixLogon, FailedImpersonationChangesNothing)
         EXPECT_EQ(Now(), acting);
         EXPECT_EQ(EffectiveCapabilities(), capabilities);
     });
+}
+
+TEST_F(PosixLogon, ImpersonationThatFailsHalfwayIsTakenBack)
+{
+    const UserToken first = LogOn(u"ada", u"open sesame");
+    const UserToken second = LogOn(u"ada", u"corporate", u"CORP");
+    OnAThread([&] {
+        platform::Impersonate(first);
+        EXPECT_TRUE(Enable(u"SeBackupPrivilege"));
+        const ActingAs acting = Now();
+        const std::uint64_t capabilities = EffectiveCapabilities();
+        // The first is that of the process's own groups.
+        g_failing_setgroups = MayActAsOthers() ? 2 : 1;
+        EXPECT_FALSE(platform::Impersonate(second));
+        EXPECT_EQ(platform::LastError(), static_cast<std::uint32_t>(ENOMEM));
+        EXPECT_EQ(Now(), acting);
+        EXPECT_EQ(EffectiveCapabilities(), capabilities);
+    });
+}
+
+// Better no helper than one that works with the rights of somebody else.
+TEST_F(PosixLogon, WayBackThatFailsEndsTheProcess)
+{
+    const UserToken user = LogOn(u"ada", u"open sesame");
+    const WideString name = platform::FromUtf8("kessil-logon-death-" + std::to_string(getpid()));
+    const auto make_section = [&] {
+        platform::Impersonate(user);
+        g_failing_setgroups = 2;
+        platform::CloseSection(platform::CreateSection(name, 4096, false));
+        std::_Exit(platform::OpenSection(name, 4096) != nullptr ? 7 : 8);
+    };
+    if (MayActAsOthers())
+        EXPECT_EXIT(make_section(), ::testing::KilledBySignal(SIGABRT), "");
+    else
+        EXPECT_EXIT(make_section(), ::testing::ExitedWithCode(7), "");
+    platform::RemoveSectionName(name);
 }
 
 // The system forgets it at a change of identity, and a helper would outlive its parent.
@@ -237,12 +364,12 @@ TEST_F(PosixLogon, PrivilegesGiveTheirPowerBack)
         }
         EXPECT_FALSE(file.Opens(O_RDONLY));
         EXPECT_TRUE(Enable(u"SeBackupPrivilege"));
-        EXPECT_TRUE(file.Opens(O_RDONLY));
+        EXPECT_EQ(file.Opens(O_RDONLY), IsPermitted(CAP_DAC_READ_SEARCH));
         EXPECT_FALSE(file.Opens(O_WRONLY));
         EXPECT_FALSE(file.ChangesOwner());
         EXPECT_TRUE(Enable(u"SeRestorePrivilege"));
-        EXPECT_TRUE(file.Opens(O_WRONLY));
-        EXPECT_TRUE(file.ChangesOwner());
+        EXPECT_EQ(file.Opens(O_WRONLY), IsPermitted(CAP_DAC_OVERRIDE));
+        EXPECT_EQ(file.ChangesOwner(), IsPermitted(CAP_CHOWN));
         EXPECT_TRUE(Enable(u"SeSecurityPrivilege"));
         EXPECT_EQ(Now(), ada);
     });

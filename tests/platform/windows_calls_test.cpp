@@ -717,7 +717,7 @@ protected:
     ConsoleEvents() : m_before(std::signal(SIGTERM, Count))
     {
         s_signals = 0;
-        CallsDuring([] { platform::TakeConsoleEventsAsSignals(); });
+        CallsDuring([] { platform::TakeConsoleEventsAsSignals(130); });
     }
     ~ConsoleEvents() override { std::signal(SIGTERM, m_before); }
 
@@ -730,6 +730,13 @@ private:
 };
 
 int ConsoleEvents::s_signals = 0;
+
+TEST_F(ConsoleEvents, EndAProcessThatHandlesNone)
+{
+    std::signal(SIGTERM, SIG_DFL);
+    CallsDuring([] { platform::TakeConsoleEventsAsSignals(130); });
+    EXPECT_EXIT(std::raise(SIGTERM), testing::ExitedWithCode(130), "");
+}
 
 TEST_F(ConsoleEvents, LeaveCtrlCToTheRuntime)
 {

@@ -1,6 +1,4 @@
 #include "protocol/conversation.h"
-#include "support/set_variable.h"
-#include "support/under_wine.h"
 
 #include <gtest/gtest.h>
 
@@ -19,11 +17,6 @@ WideString MessageFile()
     return on_windows ? library : library.substr(0, library.rfind(u'.')) + u".cat";
 }
 
-Bytes LogonFrame(const WideString &user, const WideString &domain, const WideString &password, std::uint32_t flag)
-{
-    return Frame('A', Wide(user) + Wide(domain) + Wide(password) + Wide(u"") + Be32(flag));
-}
-
 Bytes PathFrame(const WideString &directories)
 {
     return Frame('P', Wide(directories));
@@ -32,11 +25,6 @@ Bytes PathFrame(const WideString &directories)
 Bytes MessageFrame(std::uint32_t number, const WideString &file)
 {
     return Frame('X', Be32(number) + Wide(file));
-}
-
-Bytes Refusal(const WideString &text)
-{
-    return ErrorFrame(0xFFFFFFFF, 0xFFFFFFFF, text);
 }
 
 Bytes Message(std::uint32_t number, const WideString &text)
@@ -182,42 +170,6 @@ TEST(Message, FileIsNotKept)
     talk.Send(MessageFrame(1, NativePath(copy.string())));
     talk.Expect(Message(1, SystemText(u"No such file or directory", 126) + u" (" + NativePath(copy.string()) + u")"));
     talk.Send(orderly_stop);
-}
-
-// Credentials that serve for outgoing connections alone are checked by whoever is connected to.
-TEST(Logon, OfCredentialsAlone)
-{
-    Conversation talk(0);
-    talk.Send(LogonFrame(u"eve", u"nowhere", u"open sesame", 0));
-    // Wine logs everybody on, with a token that is none.
-    talk.Expect(UnderWine() ? Refusal(SystemText({}, 6) + u" (ImpersonateLoggedOnUser)") : success);
-    talk.Load(TargetLibrary("plain"));
-    talk.Send(orderly_stop);
-    talk.End();
-    const std::string log = talk.Helper().Log();
-    EXPECT_NE(log.find("Working with Auth"), std::string::npos);
-    EXPECT_EQ(log.find("sesame"), std::string::npos);
-}
-
-TEST(Logon, WithAWrongPasswordIsRefusedAndTheRunGoesOn)
-{
-    Conversation talk(0);
-    talk.Send(LogonFrame(u"kessil-no-such-user", u"", u"open sesame", 1));
-    talk.Expect(Refusal(UnderWine() ? SystemText({}, 6) + u" (ImpersonateLoggedOnUser)"
-                                    : SystemText(u"Permission denied", 1326) + u" (LogonUser)"));
-    talk.Load(TargetLibrary("plain"));
-    talk.Send(orderly_stop);
-    talk.End();
-    EXPECT_EQ(talk.Helper().Log().find("sesame"), std::string::npos);
-}
-
-TEST(Logon, RecordWithoutItsFlagEndsTheRun)
-{
-    Conversation talk(1);
-    talk.Send(Frame('A', Wide(u"") + Wide(u"") + Wide(u"") + Wide(u"") + Hex("000000")));
-    talk.ExpectClosed();
-    talk.End();
-    EXPECT_NE(talk.Helper().Story().find(Printed(u"Failed to serialise data")), std::string::npos);
 }
 
 } // namespace kessil::test

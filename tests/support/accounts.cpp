@@ -3,13 +3,26 @@
 #include <algorithm>
 #include <cstdlib>
 #include <fstream>
+#include <sys/syscall.h>
+#include <thread>
 #include <unistd.h>
 
 namespace kessil::test {
 
 namespace {
 
-const bool started_as_root = geteuid() == 0;
+// Tries it, on a thread that nobody needs afterwards.
+bool TryToActAsAda()
+{
+    constexpr auto unchanged = static_cast<unsigned>(-1);
+    bool done = false;
+    std::thread([&done] {
+        done = syscall(SYS_setgroups, ada.groups.size(), ada.groups.data()) == 0 &&
+               syscall(SYS_setresgid, unchanged, ada.group, unchanged) == 0 &&
+               syscall(SYS_setresuid, unchanged, ada.user, unchanged) == 0;
+    }).join();
+    return done;
+}
 
 } // namespace
 
@@ -25,7 +38,8 @@ ActingAs Now()
 
 bool MayActAsOthers()
 {
-    return started_as_root;
+    static const bool may = TryToActAsAda();
+    return may;
 }
 
 Accounts::Accounts()
@@ -33,8 +47,7 @@ Accounts::Accounts()
 {
     std::filesystem::create_directory(m_directory);
     const ActingAs self = Now();
-    // Everybody may read them: who has become another user looks accounts up too.
-    std::filesystem::permissions(m_directory, std::filesystem::perms(0755));
+    MayActAsOthers();
 
     std::ofstream users(m_directory / "passwd");
     users << "ada:x:31001:31001::/:/bin/false\n"
@@ -52,8 +65,14 @@ Accounts::Accounts()
                                                 "CORP\\ada:corporate:kessil\n"
                                                 "nobody2:none:kessil\n"
                                                 "barred:barred:another\n"
+                                                "expired:expired:kessil\n"
+                                                "unlucky:unlucky:kessil\n"
+                                                "crowded:crowded:kessil\n"
                                                 "broken:broken:kessil\n"
                                                 "self:it's me:kessil\n";
+
+    // For whoever made them alone, as such files are.
+    std::filesystem::permissions(m_directory / "passwords", std::filesystem::perms(0600));
 
     setenv("NSS_WRAPPER_PASSWD", (m_directory / "passwd").c_str(), 1);
     setenv("NSS_WRAPPER_GROUP", (m_directory / "group").c_str(), 1);

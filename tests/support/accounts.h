@@ -23,14 +23,19 @@ struct ActingAs
 /// The calling thread, as the system sees it.
 ActingAs Now();
 
-/// Whether this process started with the right to act as others; an ordinary user's did not.
+/// Whether this process may act as ada: an ordinary user's may not, nor may that of a root without the capabilities or
+/// without her numbers in its user namespace. To be asked for the first time before anybody is impersonated.
 bool MayActAsOthers();
 
 /// Writes the accounts down, and removes them at the end of its life. Made before anything looks an account up.
 ///   ada      password "open sesame", in two supplementary groups
 ///   CORP\ada password "corporate"
 ///   nobody2  password "none", no account of the system
+///   alias    is ada to PAM
 ///   barred   password "barred", not admitted by the service
+///   expired, unlucky, crowded
+///            password as the name, let down by PAM in three ways
+///   careful  refused, with nothing of the password kept by PAM
 ///   broken   password "broken", with a user id that stands for none
 ///   self     password "it's me": whoever runs the tests
 class Accounts

@@ -69,6 +69,28 @@ protected:
 
     void Stop() { fake_pipe.Deliver(Hex("66 01")); }
 
+    // Where the channel keeps its payloads, all of which fit into its first block.
+    const unsigned char *PlaceOfPayloads()
+    {
+        fake_pipe.Deliver(Frame('z', Repeat(1, 12000)));
+        char type = 0;
+        unsigned char *data = nullptr;
+        std::uint32_t size = 0;
+        bool eof = false;
+        EXPECT_TRUE(channel.GetNextRequest(type, data, size, eof, error));
+        return data;
+    }
+
+    // Whether the channel has these bytes, in its payloads or in itself.
+    bool ChannelHolds(const unsigned char *payload, const Bytes &bytes) const
+    {
+        const auto holds = [&bytes](const unsigned char *begin, const unsigned char *end) {
+            return std::search(begin, end, bytes.begin(), bytes.end()) != end;
+        };
+        const auto *const object = reinterpret_cast<const unsigned char *>(&channel);
+        return holds(payload, payload + 12000) || holds(object, object + sizeof channel);
+    }
+
     CLibraryCaller caller{rows, NoHook};
     std::string printed;
 };
@@ -338,28 +360,17 @@ TEST_F(LoopTest, PrivilegeThatIsUnknownIsASuccess)
     EXPECT_EQ(fake_pipe.written, SuccessFrame());
 }
 
+const Bytes password = Plain({"s\0e\0s\0a\0m\0e\0", 12});
+
 // The record has it while it is needed; the channel's block and what it read ahead have it no more.
 TEST_F(LoopTest, PasswordIsGoneFromTheChannelBeforeItIsUsed)
 {
-    const Bytes password = Plain({"s\0e\0s\0a\0m\0e\0", 12});
-    const unsigned char *payload = nullptr;
+    const unsigned char *const payload = PlaceOfPayloads();
     bool seen = false;
     fake_logon.on_log_on = [&] {
-        const auto *const object = reinterpret_cast<const unsigned char *>(&channel);
-        EXPECT_EQ(std::search(object, object + sizeof channel, password.begin(), password.end()),
-                  object + sizeof channel);
-        ASSERT_NE(payload, nullptr);
-        EXPECT_EQ(std::search(payload, payload + 12000, password.begin(), password.end()), payload + 12000);
+        EXPECT_FALSE(ChannelHolds(payload, password));
         seen = true;
     };
-    // A frame before tells where the channel keeps its payloads: all of them fit into its first block.
-    fake_pipe.Deliver(Frame('z', Repeat(1, 12000)));
-    char type = 0;
-    unsigned char *data = nullptr;
-    std::uint32_t size = 0;
-    bool eof = false;
-    ASSERT_TRUE(channel.GetNextRequest(type, data, size, eof, error));
-    payload = data;
     fake_pipe.Deliver(logon);
     Stop();
     EXPECT_EQ(Run(), 0);
@@ -368,11 +379,10 @@ TEST_F(LoopTest, PasswordIsGoneFromTheChannelBeforeItIsUsed)
 
 TEST_F(LoopTest, PasswordOfARecordThatCanNotBeParsedIsGoneToo)
 {
+    const unsigned char *const payload = PlaceOfPayloads();
     fake_pipe.Deliver(Frame('A', Wide(u"") + Wide(u"") + Wide(u"sesame")));
     EXPECT_EQ(Run(), 1);
-    const Bytes password = Plain({"s\0e\0s\0a\0m\0e\0", 12});
-    const auto *const object = reinterpret_cast<const unsigned char *>(&channel);
-    EXPECT_EQ(std::search(object, object + sizeof channel, password.begin(), password.end()), object + sizeof channel);
+    EXPECT_FALSE(ChannelHolds(payload, password));
 }
 
 TEST_F(LoopTest, PathIsExtended)
