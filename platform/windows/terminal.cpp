@@ -15,7 +15,7 @@ HANDLE Native(StandardStream stream)
 
 int g_exit_code = 0;
 
-extern "C" void EndAtOnce(int /*signal*/)
+void EndWithThatCode(int /*signal*/)
 {
     std::_Exit(g_exit_code);
 }
@@ -57,7 +57,7 @@ void TakeConsoleEventsAsSignals(int exit_code)
 {
     g_exit_code = exit_code;
     // Of itself the run-time library would end the process with a code that means something else.
-    if (const auto before = std::signal(SIGTERM, EndAtOnce); before != SIG_DFL)
+    if (const auto before = std::signal(SIGTERM, EndWithThatCode); before != SIG_DFL)
         std::signal(SIGTERM, before);
     SetConsoleCtrlHandler(OnConsoleEvent, TRUE);
 }
