@@ -23,7 +23,7 @@ bool HandlerCall::ReadList(std::span<CDataElement *const> list)
     for (CDataElement *const element : list) {
         const std::uint32_t taken = element->ReadFromBuffer(view + offset, size - offset);
         if (taken == 0)
-            return Fail(u"input");
+            return FailInput();
         offset += taken;
     }
     return true;
@@ -31,7 +31,7 @@ bool HandlerCall::ReadList(std::span<CDataElement *const> list)
 
 bool HandlerCall::WriteList(std::span<CDataElement *const> list)
 {
-    return (MakeRoom(list) && WriteElements(list)) || Fail(u"output");
+    return (MakeRoom(list) && WriteElements(list)) || FailOutput();
 }
 
 bool HandlerCall::MakeRoom(std::span<CDataElement *const> list)
@@ -61,10 +61,19 @@ bool HandlerCall::WriteElements(std::span<CDataElement *const> list)
     return true;
 }
 
-bool HandlerCall::Fail(const char16_t *side)
+bool HandlerCall::FailInput()
 {
-    SendFailureReply(m_channel,
-                     WideString(u"Failed to serialise ") + side + u" (" + platform::FromUtf8(m_handler) + u")");
+    return Fail(m_texts.input, u"Failed to serialise input (");
+}
+
+bool HandlerCall::FailOutput()
+{
+    return Fail(m_texts.output, u"Failed to serialise output (");
+}
+
+bool HandlerCall::Fail(const char16_t *text, const char16_t *usual_start)
+{
+    SendFailureReply(m_channel, text != nullptr ? text : usual_start + platform::FromUtf8(m_handler) + u")");
     return false;
 }
 

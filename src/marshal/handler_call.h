@@ -9,6 +9,13 @@
 
 namespace kessil {
 
+/// What a handler says when its in-list can't be read or its out-list can't be written, where that isn't the usual.
+struct FailureTexts
+{
+    const char16_t *input;
+    const char16_t *output;
+};
+
 /// Marshals one call of a target: takes the results back through the same section and answers on the pipe. An element
 /// list lies in the section from offset 0 on, in the order in which it is given here.
 class HandlerCall
@@ -16,6 +23,9 @@ class HandlerCall
 public:
     /// `handler` is the handler's name, which its failure texts carry; it must outlive the object.
     HandlerCall(CIPCCommunication &channel, const char *handler) : m_channel(channel), m_handler(handler) {}
+
+    /// For a handler whose failure texts are these instead.
+    HandlerCall(CIPCCommunication &channel, const FailureTexts &texts) : m_channel(channel), m_texts(texts) {}
 
     /// Reads the in-list. On false it has sent "Failed to serialise input (<handler>)", and the handler returns
     /// without having called its target.
@@ -51,10 +61,13 @@ private:
     bool WriteList(std::span<CDataElement *const> list);
     bool MakeRoom(std::span<CDataElement *const> list);
     bool WriteElements(std::span<CDataElement *const> list);
-    bool Fail(const char16_t *side);
+    bool FailInput();
+    bool FailOutput();
+    bool Fail(const char16_t *text, const char16_t *usual_start);
 
     CIPCCommunication &m_channel;
-    const char *m_handler;
+    const char *m_handler = nullptr;
+    FailureTexts m_texts = {nullptr, nullptr};
 };
 
 /// The target's address as a function of that type.

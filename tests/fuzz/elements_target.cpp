@@ -1,3 +1,4 @@
+#include "marshal/composites.h"
 #include "marshal/elements.h"
 
 #include "fuzz/fuzz_support.h"
@@ -73,6 +74,29 @@ void Try(const Bytes &bytes, std::size_t alignment)
     WriteIntoLess<Element>(bytes, alignment);
 }
 
+// A GUID may be read from another length than it is written with, so what is written back needn't be what was read. It
+// fits into what it asks for, and every time the same bytes come out.
+template <class Composite>
+void TryComposite(const Bytes &bytes, std::size_t alignment)
+{
+    const Tail section(bytes, alignment);
+    Composite composite;
+    const std::uint32_t taken = composite.ReadFromBuffer(section.Data(), section.Size());
+    Require(section.Content() == bytes);
+    if (taken == 0)
+        return;
+    Require(taken <= section.Size());
+    Composite copy = composite;
+    const std::uint32_t bound = composite.GetBufferSize();
+    const Tail first(Repeat(0, bound), alignment);
+    const Tail second(Repeat(0, bound), alignment);
+    const std::uint32_t written = composite.WriteToBuffer(first.Data(), first.Size());
+    Require(written != 0 && written <= bound);
+    Require(copy.WriteToBuffer(second.Data(), second.Size()) == written);
+    Require(first.Content() == second.Content());
+    WriteIntoLess<Composite>(bytes, alignment);
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t size)
@@ -82,7 +106,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t siz
     const std::uint8_t kind = input.Byte();
     const std::size_t alignment = input.Byte() % 8;
     const Bytes rest = input.Rest();
-    switch (kind % 8) {
+    switch (kind % 14) {
     case 0:
         Try<U8>(rest, alignment);
         break;
@@ -104,8 +128,26 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t siz
     case 6:
         Try<BUF>(rest, alignment);
         break;
-    default:
+    case 7:
         Try<IN>(rest, alignment);
+        break;
+    case 8:
+        TryComposite<CGUIDWrapper>(rest, alignment);
+        break;
+    case 9:
+        TryComposite<CESE_ICON_DESCRIPTIONWrapper>(rest, alignment);
+        break;
+    case 10:
+        TryComposite<LIST>(rest, alignment);
+        break;
+    case 11:
+        TryComposite<CDATABASE_BACKUP_INFOWrapper>(rest, alignment);
+        break;
+    case 12:
+        TryComposite<INSTANCES>(rest, alignment);
+        break;
+    default:
+        TryComposite<REGISTERED>(rest, alignment);
     }
     return 0;
 }

@@ -1,11 +1,13 @@
 #include "callers/signature_table.h"
 #include "channel/ipc_communication.h"
 #include "fuzz/fuzz_support.h"
+#include "fuzz/fuzzed_rows.h"
+#include "fuzz/recorders.h"
 #include "fuzz/vorn_stand_in.h"
 
 #include <exception>
+#include <set>
 #include <string>
-#include <utility>
 #include <vector>
 
 // One byte: which handler. One: what its target answers. One: what the parent answers to a new section. Then the
@@ -16,17 +18,47 @@ using namespace kessil::test;
 
 namespace {
 
-const std::vector<SignatureRow> &ServedRows()
+struct FuzzedCall
 {
-    static const std::vector<SignatureRow> served = [] {
-        std::vector<SignatureRow> rows;
-        for (const SignatureRow &row : SignatureTable()) {
-            if (row.first != nullptr)
-                rows.push_back(row);
+    Handler handler;
+    std::string function;
+};
+
+Handler HandlerOf(const std::string &signature)
+{
+    for (const SignatureRow &row : SignatureTable()) {
+        if (row.signature == signature)
+            return row.first;
+    }
+    return nullptr;
+}
+
+const std::vector<FuzzedCall> &Calls()
+{
+    static const std::vector<FuzzedCall> calls = [] {
+        std::vector<FuzzedCall> all;
+        std::set<Handler> handlers;
+        for (const FuzzedRow &row : FuzzedRows()) {
+            all.push_back({HandlerOf(row.signature), row.function});
+            handlers.insert(all.back().handler);
         }
-        return rows;
+        for (const std::string &signature : not_fuzzed)
+            handlers.insert(HandlerOf(signature));
+        // No handler is forgotten.
+        for (const SignatureRow &row : SignatureTable())
+            Require(row.first == nullptr || handlers.count(row.first) != 0);
+        Require(handlers.count(nullptr) == 0);
+        return all;
     }();
-    return served;
+    return calls;
+}
+
+void *Target(const std::string &function, std::uint8_t answer, std::size_t readable)
+{
+    const FakeModule::Exports vorn = VornStandIn(answer);
+    const auto found = vorn.find(function);
+    ScriptRecorders(answer, readable);
+    return found != vorn.end() ? found->second : Recorders().at(function);
 }
 
 void DeliverParentsAnswer(std::uint8_t kind)
@@ -76,21 +108,20 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t siz
     ResetAll();
     const NoMemoryFrom limit(memory_limit);
     Input input(bytes, size);
-    const SignatureRow &row = ServedRows()[input.Byte() % ServedRows().size()];
+    const FuzzedCall &call = Calls()[input.Byte() % Calls().size()];
     const std::uint8_t answer = input.Byte();
     const std::uint8_t parents_answer = input.Byte();
-    const std::string function = std::string(row.signature).substr(std::string("SIGNATURE_").size());
-    void *const target = VornStandIn(answer).at(function);
+    const Bytes content = input.Rest();
+    void *const target = Target(call.function, answer, content.size());
     {
         CIPCCommunication channel;
         WideString error;
         Require(channel.Attach(u"pipe", error));
-        const Bytes content = input.Rest();
         if (!content.empty())
             GiveSection(channel, content);
         DeliverParentsAnswer(parents_answer);
         try {
-            row.first(channel, target);
+            call.handler(channel, target);
             // Whoever still holds the pipe has told the parent how it went.
             const char last = RequireFrames();
             Require(!fake_pipe.is_open || last == 'S' || last == 'E');

@@ -1,5 +1,7 @@
+#include "fuzz/fuzzed_rows.h"
 #include "support/wire.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -75,7 +77,7 @@ std::vector<Conversation> Conversations()
     };
 }
 
-// Sections as parents lay them out for the calls, in the order of the signature table.
+// Sections as parents lay them out for the data-source calls, in the order of FuzzedRows().
 std::vector<Conversation> Sections()
 {
     const Bytes session = Be64(0x0000000100000001);
@@ -83,21 +85,21 @@ std::vector<Conversation> Sections()
     const Bytes two = session + object;
     const Bytes block = Be32(16) + Repeat(0, 4) + Repeat('d', 16);
     return {
-        {"create_session", Repeat(0, 64)},
-        {"close_session", session},
-        {"create_dir", session + Repeat(0, 8)},
-        {"open_dir", two + Narrow("home/user")},
-        {"get_next_dir_item", two + block + Repeat(0, 16)},
-        {"close_dir", two},
-        {"create_file", session + Repeat(0, 8)},
-        {"open_file", two + Narrow("home/user/file") + Be32(1)},
-        {"read_file", two + block + Be32(16) + Repeat(0, 12)},
-        {"write_file", two + block + Be32(16)},
-        {"restore_file", two},
-        {"close_file", two},
-        {"get_error_text", two + Be32(5) + Be32(16) + Repeat(0, 16) + Be32(16) + Repeat(0, 16)},
-        {"get_lib_api_version", Repeat(0, 4)},
-        {"get_backup_type", Repeat(0, 4)},
+        {"VornCreateSession", Repeat(0, 64)},
+        {"VornCloseSession", session},
+        {"VornCreateDir", session + Repeat(0, 8)},
+        {"VornOpenDir", two + Narrow("home/user")},
+        {"VornGetNextDirItem", two + block + Repeat(0, 16)},
+        {"VornCloseDir", two},
+        {"VornCreateFile", session + Repeat(0, 8)},
+        {"VornOpenFile", two + Narrow("home/user/file") + Be32(1)},
+        {"VornReadFile", two + block + Be32(16) + Repeat(0, 12)},
+        {"VornWriteFile", two + block + Be32(16)},
+        {"VornRestoreFile", two},
+        {"VornCloseFile", two},
+        {"VornGetErrorText", two + Be32(5) + Be32(16) + Repeat(0, 16) + Be32(16) + Repeat(0, 16)},
+        {"GetLibApiVersion", Repeat(0, 4)},
+        {"GetBackupType", Repeat(0, 4)},
     };
 }
 
@@ -128,6 +130,11 @@ void WriteRecords(const std::filesystem::path &root)
 void WriteElements(const std::filesystem::path &root)
 {
     const Corpus elements(root, "elements");
+    // Laid out for an address that is a multiple of 8; the database with the padding that its list needs.
+    const Bytes guid = Be32(16) + Repeat('g', 16);
+    const auto database = [&guid](std::size_t padding) {
+        return Wide(u"db") + Be32(4) + Repeat(0, padding) + Repeat(0, 4) + guid + Be32(1) + Be32(2);
+    };
     const std::vector<Conversation> values = {
         {"u8", Hex("FE")},
         {"u16", Hex("01 02")},
@@ -137,6 +144,12 @@ void WriteElements(const std::filesystem::path &root)
         {"wstr", Wide(u"home/user/file")},
         {"buf", Be32(16) + Repeat(0, 4) + Repeat('d', 16)},
         {"in", Be32(16) + Repeat(0, 4) + Repeat('d', 16)},
+        {"guid", Be32(16) + Repeat(0, 4) + Repeat('g', 16)},
+        {"icon", Be32(3) + Repeat(0, 4) + Plain("icn")},
+        {"list", Be32(10) + Repeat(0, 4) + Wide(u"log") + Wide(u"")},
+        {"database", database(6)},
+        {"instances", Be32(1) + Be64(7) + Wide(u"ins") + Be32(3) + Be32(1) + database(2) + Be32(0)},
+        {"registered", Be32(1) + Wide(u"name") + Wide(u"note") + Be32(1) + Be32(0) + Repeat(0, 4)},
     };
     for (std::size_t kind = 0; kind < values.size(); ++kind) {
         for (unsigned char alignment = 0; alignment < 8; alignment = static_cast<unsigned char>(alignment + 3)) {
@@ -149,11 +162,23 @@ void WriteElements(const std::filesystem::path &root)
 void WriteHandlers(const std::filesystem::path &root)
 {
     const Corpus handlers(root, "handler");
+    const auto add = [&handlers](const std::string &name, unsigned char index, const Bytes &section) {
+        handlers.Add(name, Bytes{index, 2, 5} + section);
+        handlers.Add(name + "_refused", Bytes{index, 9, 0} + section);
+    };
     unsigned char index = 0;
-    for (const Conversation &section : Sections()) {
-        handlers.Add(section.name, Bytes{index, 2, 5} + section.stream);
-        handlers.Add(section.name + "_refused", Bytes{index, 9, 0} + section.stream);
-        ++index;
+    for (const Conversation &section : Sections())
+        add(section.name, index++, section.stream);
+
+    std::size_t number = 0;
+    for (const Row &row : FamilyRows()) {
+        const std::vector<FuzzedRow> rows = FuzzedRows();
+        const auto found = std::find_if(rows.begin(), rows.end(),
+                                        [&row](const FuzzedRow &other) { return other.signature == row.signature; });
+        Bytes section;
+        for (const std::string &element : row.in)
+            section = section + Hex(element);
+        add(row.function + "_" + std::to_string(number++), static_cast<unsigned char>(found - rows.begin()), section);
     }
 }
 

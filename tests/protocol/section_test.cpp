@@ -1,5 +1,6 @@
 #include "platform/last_error.h"
 #include "protocol/conversation.h"
+#include "protocol/recorder.h"
 
 #include <gtest/gtest.h>
 
@@ -204,25 +205,41 @@ TEST(Growth, AlternatesBetweenTwoNames)
     talk.Send(orderly_stop);
 }
 
+// Calls a function that reads nothing and writes `out`, in a helper that has no section.
+void ExpectFirstSection(Conversation &talk, const std::string &function, const std::string &signature, const Bytes &out)
+{
+    const auto size = static_cast<std::uint32_t>(out.size());
+    talk.Send(CallFrame(u"", function, signature));
+    talk.Expect(Hex("52 0000000E 2E00 3100 0000") + Be64(size));
+    const Section section = Section::Open(u".1", size);
+    talk.Send(success);
+    talk.Expect(success);
+    section.Expect(0, out);
+}
+
 TEST(Growth, StartsAtNameDotOneWhereThereWasNoSection)
 {
     // That one name is every helper's on a machine, so there is one test of it, and it tries all that there is to it.
-    Conversation talk(0, {});
-    talk.Load(TargetLibrary("vorn_recorder"));
-    talk.Send(CallFrame(u"", "VornCloseSession", "SIGNATURE_VornCloseSession"));
-    talk.Expect(ErrorFrame(0xFFFFFFFF, 0xFFFFFFFF, u"Failed to serialise input (Process_VornCloseSession)"));
-    talk.Send(CallFrame(u"", "GetLibApiVersion", "SIGNATURE_GetLibApiVersion"));
-    talk.Expect(Hex("52 0000000E 2E00 3100 0000 0000000000000004"));
     {
-        const Section section = Section::Open(u".1", 4);
-        talk.Send(success);
-        talk.Expect(success);
-        section.Expect(0, Hex("00000002"));
+        Conversation talk(0, {});
+        talk.Load(TargetLibrary("vorn_recorder"));
+        talk.Send(CallFrame(u"", "VornCloseSession", "SIGNATURE_VornCloseSession"));
+        talk.Expect(ErrorFrame(0xFFFFFFFF, 0xFFFFFFFF, u"Failed to serialise input (Process_VornCloseSession)"));
+        ExpectFirstSection(talk, "GetLibApiVersion", "SIGNATURE_GetLibApiVersion", Hex("00000002"));
+        talk.Call("GetBackupType");
+        talk.Send(orderly_stop);
+        talk.End();
+        EXPECT_EQ(platform::OpenSection(u".1", 0), nullptr);
     }
-    talk.Call("GetBackupType");
-    talk.Send(orderly_stop);
-    talk.End();
-    EXPECT_EQ(platform::OpenSection(u".1", 0), nullptr);
+    {
+        const Recorder recorder("cwbSV_CreateErrHandle errors=0xE1E2E3E4 result=7\n");
+        Conversation talk(0, {});
+        talk.Load(TargetLibrary("cwb_recorder"));
+        ExpectFirstSection(talk, "cwbSV_CreateErrHandle", "SIGNATURE_CWBSV_CREATEERRHANDLE", Hex("E1E2E3E4 00000007"));
+        talk.Send(orderly_stop);
+        talk.End();
+        EXPECT_EQ(recorder.Lines(), "cwbSV_CreateErrHandle\n");
+    }
 }
 
 TEST(Growth, DoesNotHappenWhereTheBoundJustFits)

@@ -18,16 +18,25 @@ inline Bytes operator+(Bytes left, const Bytes &right)
     return left;
 }
 
-/// "53 00 1A" as three bytes.
+/// Pairs of hexadecimal digits, with blanks where they help the eye: "53 0000001A" as five bytes.
 inline Bytes Hex(const std::string &text)
 {
     Bytes bytes;
-    const char *next = text.c_str();
-    for (char *end = nullptr; *next != '\0'; next = end) {
-        bytes.push_back(static_cast<unsigned char>(std::strtoul(next, &end, 16)));
-        if (end == next)
+    std::string pair;
+    for (const char digit : text) {
+        if (digit == ' ')
+            continue;
+        pair += digit;
+        if (pair.size() < 2)
+            continue;
+        char *end = nullptr;
+        bytes.push_back(static_cast<unsigned char>(std::strtoul(pair.c_str(), &end, 16)));
+        if (*end != '\0')
             std::abort();
+        pair.clear();
     }
+    if (!pair.empty())
+        std::abort();
     return bytes;
 }
 

@@ -1,14 +1,9 @@
 #include "script.h"
 
 #include <cstdlib>
-#include <fstream>
-#include <map>
 #include <sstream>
-#include <vector>
 
 namespace {
-
-using Script = std::map<std::string, std::vector<Behaviour>>;
 
 std::uint64_t Number(const std::string &text)
 {
@@ -37,8 +32,41 @@ void Set(Behaviour &behaviour, const std::string &key, const std::string &value)
         behaviour.peek = Number(value);
 }
 
-Behaviour ParseWords(std::istringstream &words)
+// `\xHH` as the byte that it stands for.
+std::string Unescaped(const std::string &text)
 {
+    std::string plain;
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        const bool escaped = text.compare(at, 2, "\\x") == 0 && at + 3 < text.size();
+        plain += escaped ? Bytes(text.substr(at + 2, 2)) : text.substr(at, 1);
+        at += escaped ? 3 : 0;
+    }
+    return plain;
+}
+
+} // namespace
+
+std::optional<std::uint64_t> Behaviour::NumberOf(const std::string &key) const
+{
+    const auto word = words.find(key);
+    return word == words.end() ? std::nullopt : std::optional(Number(word->second));
+}
+
+std::optional<std::string> Behaviour::BytesOf(const std::string &key) const
+{
+    const auto word = words.find(key);
+    return word == words.end() ? std::nullopt : std::optional(Bytes(word->second));
+}
+
+std::optional<std::string> Behaviour::TextOf(const std::string &key) const
+{
+    const auto word = words.find(key);
+    return word == words.end() ? std::nullopt : std::optional(Unescaped(word->second));
+}
+
+Behaviour ParseBehaviour(const std::string &line)
+{
+    std::istringstream words(line);
     Behaviour behaviour;
     std::string word;
     while (words >> word) {
@@ -47,6 +75,7 @@ Behaviour ParseWords(std::istringstream &words)
         const std::string value = equals == std::string::npos ? "" : word.substr(equals + 1);
         if (key != "text") {
             Set(behaviour, key, value);
+            behaviour.words[key] = value;
             continue;
         }
         std::string rest;
@@ -54,31 +83,4 @@ Behaviour ParseWords(std::istringstream &words)
         behaviour.text = value + rest;
     }
     return behaviour;
-}
-
-Script ReadScript()
-{
-    Script script;
-    const char *path = std::getenv("KESSIL_SCRIPT");
-    std::ifstream file(path ? path : "", std::ios::binary);
-    for (std::string line; std::getline(file, line);) {
-        std::istringstream words(line);
-        std::string function;
-        if (words >> function)
-            script[function].push_back(ParseWords(words));
-    }
-    return script;
-}
-
-} // namespace
-
-Behaviour NextBehaviour(const std::string &function)
-{
-    static const Script script = ReadScript();
-    static std::map<std::string, std::size_t> calls;
-    const auto lines = script.find(function);
-    if (lines == script.end())
-        return {};
-    const std::size_t call = calls[function]++;
-    return lines->second[call < lines->second.size() ? call : lines->second.size() - 1];
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 
@@ -13,7 +14,18 @@ struct Behaviour
     std::uint64_t count_up = 0;          ///< as many bytes stored there instead: 0, 1, ... 255, 0, 1, ...
     std::optional<std::uint64_t> peek;   ///< how many bytes of the data area may be looked at
     std::optional<std::string> text;     ///< the error text; none means a null pointer
+
+    std::map<std::string, std::string> words; ///< all of them but `text`, as they stand
+
+    /// Any other word by its key: as a number in C notation, as pairs of hexadecimal digits, or as text in which `\xHH`
+    /// stands for a byte. None where the script doesn't give it.
+    std::optional<std::uint64_t> NumberOf(const std::string &key) const;
+    std::optional<std::string> BytesOf(const std::string &key) const;
+    std::optional<std::string> TextOf(const std::string &key) const;
 };
+
+/// The words of one line, the function's name left out.
+Behaviour ParseBehaviour(const std::string &line);
 
 /// The behaviour for this call of `function`, from the file that the environment variable KESSIL_SCRIPT names.
 ///

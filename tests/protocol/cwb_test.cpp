@@ -1,0 +1,347 @@
+#include "families/cwb_rows.h"
+#include "protocol/family_rows.h"
+
+namespace kessil::test {
+namespace {
+
+const char *const library = "cwb_recorder";
+
+class CwbAnswer : public FamilyTest
+{};
+TEST_P(CwbAnswer, AsItsRowSays)
+{
+    ExpectAnswer(GetParam(), library);
+}
+INSTANTIATE_TEST_SUITE_P(Rows, CwbAnswer, testing::ValuesIn(CwbRows()), NameOfRow);
+
+class CwbInput : public FamilyTest
+{};
+TEST_P(CwbInput, RefusedWhereverItIsCut)
+{
+    ExpectRefusedInput(GetParam(), library);
+}
+INSTANTIATE_TEST_SUITE_P(Rows, CwbInput, testing::ValuesIn(RowsWithInList(CwbRows())), NameOfRow);
+
+// One helper with the recording library loaded and a section, which is all 0xEE, so that what isn't written shows.
+class Cwb
+{
+public:
+    explicit Cwb(const std::string &script = "", std::uint32_t section_size = 256, Place place = Place::Here())
+        : m_recorder(script), talk(0, {}, place), section(Announce(talk, section_size, u'7', place)),
+          m_sectionSize(section_size)
+    {
+        section.Put(0, Bytes(section_size, '\xEE'));
+        talk.Load(TargetLibrary(library), place);
+    }
+
+    // The in-list in, the request out.
+    void Ask(const std::string &function, const std::string &signature, const Bytes &in_list,
+             Place place = Place::Here())
+    {
+        section.Put(0, in_list + Bytes(m_sectionSize - in_list.size(), '\xEE'));
+        talk.Send(CallFrame(u"", function, signature), place);
+    }
+
+    // Ask, and the success.
+    void Call(const std::string &function, const std::string &signature, const Bytes &in_list,
+              Place place = Place::Here())
+    {
+        Ask(function, signature, in_list, place);
+        talk.Expect(success, place);
+    }
+
+    std::string Record() const { return m_recorder.Lines(); }
+
+private:
+    Recorder m_recorder;
+
+public:
+    Conversation talk;
+    Section section;
+
+private:
+    std::uint32_t m_sectionSize;
+};
+
+// A library that fails and fills nothing in: its result goes back, and zeros.
+TEST(Cwb, FailuresThatFillNothingIn)
+{
+    const std::vector<Row> rows = FailingCwbRows();
+    std::string script;
+    std::string recorded;
+    for (const Row &row : rows) {
+        script += row.function + " " + row.script + "\n";
+        recorded += row.function + row.recorded + "\n";
+    }
+    Cwb cwb(script);
+    for (const Row &row : rows) {
+        SCOPED_TRACE(row.function);
+        Bytes after = InList(row);
+        cwb.Call(row.function, row.signature, after);
+        after += Bytes(32, '\xEE');
+        const Bytes out = Hex(row.out);
+        cwb.section.Expect(0, after.replace(0, out.size(), out));
+    }
+    EXPECT_EQ(cwb.Record(), recorded);
+    cwb.talk.Send(orderly_stop);
+}
+
+// The life of a parameter. The address is a number that the parent only sends back.
+TEST(Cwb, AParameterFromItsAddingToItsDeleting)
+{
+    Cwb cwb("cwbRC_AddParm result=7\ncwbRC_CallPgm output=A1A2 result=8\n");
+    cwb.Call("cwbRC_AddParm", "SIGNATURE_CWBRC_ADDPARM", Hex("C1C2C3C4 8002 00000003 EEEEEEEEEEEE 010203"));
+    const Bytes address = cwb.section.Get(0, 8);
+    EXPECT_NE(address, Be64(0));
+    cwb.section.Expect(8, Hex("00000007 EEEEEEEE 010203 EE"));
+
+    cwb.Call("cwbRC_CallPgm", "SIGNATURE_CWBRC_CALLPGM", Hex("B1B2B3B4 C1C2C3C4 E1E2E3E4"));
+    cwb.section.Expect(0, Hex("00000008"));
+
+    // What the library wrote lies in the block, and what it left alone too.
+    cwb.Call("cwbRC_CallPgm", "SIGNATURE_CWBRC_CALLPGM_GETBUFFER", address + Hex("00000003 EEEEEEEE F0F1F2"));
+    cwb.section.Expect(0, address + Hex("00000003 EEEEEEEE A1A203 00000000 EE"));
+
+    cwb.Call("cwbRC_CallPgm", "SIGNATURE_CWBRC_CALLPGM_DELETEBUFFER", address);
+    cwb.section.Expect(0, Hex("00000000") + address.substr(4) + Hex("EE"));
+
+    EXPECT_EQ(cwb.Record(), "cwbRC_AddParm program=0xc1c2c3c4 type=0x8002 length=3 parameter=some data=010203\n"
+                            "cwbRC_CallPgm request=0xb1b2b3b4 program=0xc1c2c3c4 errors=0xe1e2e3e4\n");
+    cwb.talk.Send(orderly_stop);
+    cwb.talk.End();
+}
+
+TEST(Cwb, AParameterOfNoBytes)
+{
+    Cwb cwb;
+    cwb.Call("cwbRC_AddParm", "SIGNATURE_CWBRC_ADDPARM", Hex("C1C2C3C4 8002 00000000 EEEEEEEEEEEE"));
+    const Bytes address = cwb.section.Get(0, 8);
+    EXPECT_NE(address, Be64(0));
+    cwb.section.Expect(8, Hex("00000000 EEEEEEEE"));
+    cwb.Call("cwbRC_AddParm", "SIGNATURE_CWBRC_CALLPGM_GETBUFFER", address + Hex("00000000"));
+    cwb.section.Expect(0, address + Hex("00000000 EEEEEEEE 00000000 EE"));
+    cwb.Call("cwbRC_AddParm", "SIGNATURE_CWBRC_CALLPGM_DELETEBUFFER", address);
+    EXPECT_EQ(cwb.Record(), "cwbRC_AddParm program=0xc1c2c3c4 type=0x8002 length=0 parameter=some data=\n");
+    cwb.talk.Send(orderly_stop);
+    cwb.talk.End();
+}
+
+TEST(Cwb, NoAddressIsNothingToCopyAndNothingToDelete)
+{
+    Cwb cwb;
+    cwb.Call("cwbRC_CallPgm", "SIGNATURE_CWBRC_CALLPGM_GETBUFFER", Be64(0) + Hex("00000003 EEEEEEEE F0F1F2"));
+    cwb.section.Expect(0, Be64(0) + Hex("00000003 EEEEEEEE F0F1F2 00000000 EE"));
+    cwb.Call("cwbRC_CallPgm", "SIGNATURE_CWBRC_CALLPGM_DELETEBUFFER", Be64(0));
+    cwb.section.Expect(0, Be64(0) + Hex("EE"));
+    EXPECT_EQ(cwb.Record(), "");
+    cwb.talk.Send(orderly_stop);
+}
+
+// The two rows call nothing, yet the function that they are asked with has to be there.
+TEST(Cwb, ParameterRowsNeedAnExportThatExists)
+{
+    Cwb cwb;
+    for (const std::string name : {"GetBuffer", "DeleteBuffer"}) {
+        const std::string signature =
+            name == "GetBuffer" ? "SIGNATURE_CWBRC_CALLPGM_GETBUFFER" : "SIGNATURE_CWBRC_CALLPGM_DELETEBUFFER";
+        cwb.Ask("cwbRC_CallPgm_" + name, signature, Be64(0));
+        cwb.talk.Expect(ErrorFrame(0, 0, u"Failed to get function address..."));
+    }
+    cwb.talk.Send(orderly_stop);
+}
+
+// The texts of the rows that the table leaves out.
+TEST(Cwb, ParameterRowsRefuseTheirInputWhereverItIsCut)
+{
+    struct Cut
+    {
+        const char *signature;
+        const char16_t *text;
+        std::vector<const char *> in_lists;
+    };
+    const std::vector<Cut> cuts = {
+        {"SIGNATURE_CWBRC_ADDPARM",
+         u"Failed to serialise input (Process_cwbRC_AddParm)",
+         {"C1C2C3C4", "C1C2C3C4 8002", "C1C2C3C4 8002 00000003 EEEEEEEEEEEE 0102"}},
+        {"SIGNATURE_CWBRC_CALLPGM_GETBUFFER",
+         u"Failed to serialise input (Process_cwbRC_CallPgm_GetBuffer)",
+         {"00000000 00000001", "0000000000000001 00000003 EEEEEEEE F0F1"}},
+        {"SIGNATURE_CWBRC_CALLPGM_DELETEBUFFER",
+         u"Failed to serialise input (Process_cwbRC_CallPgm_DeleteBuffer)",
+         {"00000000 000000"}},
+    };
+    const Recorder recorder;
+    Conversation talk(0, {});
+    talk.Load(TargetLibrary(library));
+    char16_t digit = u'2';
+    for (const Cut &cut : cuts) {
+        for (const char *in_list : cut.in_lists) {
+            const Bytes bytes = Hex(in_list);
+            Section section = Announce(talk, static_cast<std::uint32_t>(bytes.size()), digit++);
+            section.Put(0, bytes);
+            talk.Send(CallFrame(u"", "cwbRC_AddParm", cut.signature));
+            talk.Expect(ErrorFrame(0xFFFFFFFF, 0xFFFFFFFF, cut.text));
+        }
+    }
+    EXPECT_EQ(recorder.Lines(), "");
+    talk.Send(orderly_stop);
+}
+
+// The section has no room for what stands behind the buffer, and the parent makes none. The address, which would fault
+// if it were read, is not.
+TEST(Cwb, GetBufferWithoutRoomCopiesNothing)
+{
+    Cwb cwb("", 19);
+    cwb.Ask("cwbRC_CallPgm", "SIGNATURE_CWBRC_CALLPGM_GETBUFFER", Be64(1) + Hex("00000003 EEEEEEEE F0F1F2"));
+    cwb.talk.Expect(SectionFrame(cwb.talk.SectionName(u'0'), 27));
+    cwb.talk.Send(ErrorFrame(0, 0, u"no room"));
+    cwb.talk.Expect(
+        ErrorFrame(0xFFFFFFFF, 0xFFFFFFFF, u"Failed to serialise output (Process_cwbRC_CallPgm_GetBuffer)"));
+    cwb.talk.Send(orderly_stop);
+}
+
+// Output texts without a closing bracket that a parent can provoke.
+TEST(Cwb, OutputTextsThatLackTheirBracket)
+{
+    struct Provoked
+    {
+        const char *function;
+        const char *signature;
+        const char *in_list;
+        std::uint32_t wanted;
+        const char16_t *text;
+    };
+    const std::vector<Provoked> provoked = {
+        {"cwbRC_StartSysEx", "SIGNATURE_CWBRC_STARTSYSEX", "A1A2A3A4", 8,
+         u"Failed to serialise output (Process_cwbRC_StartSysEx"},
+        {"cwbRC_CreatePgm", "SIGNATURE_CWBRC_CREATEPGM", "0000 0000", 8,
+         u"Failed to serialise output (Process_cwbRC_CreatePgm"},
+    };
+    for (const Provoked &row : provoked) {
+        SCOPED_TRACE(row.function);
+        const Bytes in_list = Hex(row.in_list);
+        Cwb cwb("", static_cast<std::uint32_t>(in_list.size()));
+        cwb.Ask(row.function, row.signature, in_list);
+        cwb.talk.Expect(SectionFrame(cwb.talk.SectionName(u'0'), row.wanted));
+        cwb.talk.Send(ErrorFrame(0, 0, u"no room"));
+        cwb.talk.Expect(ErrorFrame(0xFFFFFFFF, 0xFFFFFFFF, row.text));
+        EXPECT_TRUE(cwb.Record().starts_with(row.function));
+        cwb.talk.Send(orderly_stop);
+    }
+}
+
+TEST(Cwb, AStatementTextWithoutAnEndIsRefused)
+{
+    Cwb cwb("", 16);
+    cwb.Ask("cwbDB_SetStatementText", "SIGNATURE_CWBDB_SETSTATEMENTTEXT",
+            Hex("D1D2D3D4 5300 4500 4C00 4500 4300 5400"));
+    cwb.talk.Expect(ErrorFrame(0xFFFFFFFF, 0xFFFFFFFF, u"Failed to serialise input (Process_cwbDB_SetStatementText)"));
+    EXPECT_EQ(cwb.Record(), "");
+    cwb.talk.Send(orderly_stop);
+}
+
+// Neither name nor password leaves a trace.
+TEST(Cwb, NamesAndPasswordsStayOutOfTheLog)
+{
+    const Recorder recorder;
+    Conversation talk(0);
+    Section section = Announce(talk, 64);
+    talk.Load(TargetLibrary(library));
+    for (const char *name : {"cwbCO_SetUserIDEx", "cwbCO_SetPassword"}) {
+        const std::string signature =
+            name == std::string("cwbCO_SetPassword") ? "SIGNATURE_CWBCO_SETPASSWORD" : "SIGNATURE_CWBCO_SETUSERIDEX";
+        section.Put(0, Hex("A1A2A3A4") + Wide(u"Zyx98765"));
+        talk.Send(CallFrame(u"", name, signature));
+        talk.Expect(success);
+    }
+    talk.Send(orderly_stop);
+    talk.End();
+    EXPECT_EQ(recorder.Lines(), "cwbCO_SetUserIDEx system=0xa1a2a3a4 user=\"Zyx98765\"\n"
+                                "cwbCO_SetPassword system=0xa1a2a3a4 password=\"Zyx98765\"\n");
+    EXPECT_NE(talk.Helper().Log(), "");
+    EXPECT_EQ(talk.Helper().Log().find("Zyx98765"), std::string::npos);
+}
+
+TEST(Cwb, GetDataPointerOfNoBytesCopiesNothing)
+{
+    Cwb cwb("cwbDB_GetDataPointer result=0x80000009\n");
+    cwb.Call("cwbDB_GetDataPointer", "SIGNATURE_CWBDB_GETDATAPOINTER", Hex("DA1A2A3A 00000000 E1E2E3E4"));
+    cwb.section.Expect(0, Hex("DA1A2A3A 00000000 80000009 EE"));
+    EXPECT_EQ(cwb.Record(), "cwbDB_GetDataPointer data=0xda1a2a3a errors=0xe1e2e3e4\n");
+    cwb.talk.Send(orderly_stop);
+}
+
+TEST(Cwb, GetDataPointerGrowsTheSectionAndThenCopies)
+{
+    Cwb cwb("cwbDB_GetDataPointer bytes=B1B2B3B4B5 result=7\n", 17);
+    cwb.Ask("cwbDB_GetDataPointer", "SIGNATURE_CWBDB_GETDATAPOINTER", Hex("DA1A2A3A 00000005 F0F1F2F3F4 E1E2E3E4"));
+    cwb.talk.Expect(SectionFrame(cwb.talk.SectionName(u'0'), 25));
+    const Section grown = Section::Open(cwb.talk.SectionName(u'0'), 25);
+    cwb.talk.Send(success);
+    cwb.talk.Expect(success);
+    grown.Expect(0, Hex("DA1A2A3A 00000005 B1B2B3B4B5 00000007"));
+    cwb.talk.Send(orderly_stop);
+}
+
+// The section just holds the in-list, so each of these makes it grow after the library has written.
+TEST(Cwb, WhatTheLibraryWroteIsThereAfterTheSectionGrew)
+{
+    std::string nines;
+    for (int unit = 0; unit < 256; ++unit)
+        nines += "3900";
+    struct Grown
+    {
+        std::string function;
+        std::string signature;
+        std::string script;
+        std::string in_list;
+        std::uint32_t wanted;
+        std::string out_list;
+    };
+    const std::vector<Grown> rows = {
+        {"cwbSV_GetErrTextIndexed", "SIGNATURE_CWBSV_GETERRTEXTINDEXED", "message=410042000000 needed=20 result=7",
+         "E1E2E3E4 00000001 00000006 EEEEEEEE F0F1F2F3F4F5", 34,
+         "E1E2E3E4 00000001 00000006 EEEEEEEE 410042000000 00000014 00000007"},
+        {"cwbDT_StringToPacked", "SIGNATURE_CWBDT_STRINGTOPACKED", "packed=012C result=7",
+         "3100 3200 0000 00000004 EEEEEEEEEEEE F0F1F2F3 00000000", 28,
+         "3100 3200 0000 00000004 EEEEEEEEEEEE 012CF2F3 00000007"},
+        {"cwbDT_PackedToString", "SIGNATURE_CWBDT_PACKEDTOSTRING", "digits=" + nines + " result=7",
+         "00000003 EEEEEEEE 12345C 00000000", 520, nines + "0000 00000007"},
+    };
+    for (const Grown &row : rows) {
+        SCOPED_TRACE(row.function);
+        const Bytes in_list = Hex(row.in_list);
+        Cwb cwb(row.function + " " + row.script + "\n", static_cast<std::uint32_t>(in_list.size()));
+        cwb.Ask(row.function, row.signature, in_list);
+        cwb.talk.Expect(SectionFrame(cwb.talk.SectionName(u'0'), row.wanted));
+        const Section grown = Section::Open(cwb.talk.SectionName(u'0'), row.wanted);
+        cwb.talk.Send(success);
+        cwb.talk.Expect(success);
+        grown.Expect(0, Hex(row.out_list));
+        cwb.talk.Send(orderly_stop);
+    }
+}
+
+TEST(Cwb, GetDataPointerOfAMegabyte)
+{
+    constexpr std::uint32_t length = 1 << 20;
+    Cwb cwb("cwbDB_GetDataPointer count_up=1048576 result=7\n", length + 64);
+    cwb.Call("cwbDB_GetDataPointer", "SIGNATURE_CWBDB_GETDATAPOINTER",
+             Hex("DA1A2A3A 00100000") + Bytes(length, '\xEE') + Hex("E1E2E3E4"));
+    EXPECT_TRUE(cwb.section.Get(8, length) == CountUp(length));
+    cwb.section.Expect(8 + length, Hex("00000007 EE"));
+    cwb.talk.Send(orderly_stop);
+}
+
+// A library that fails and gives no pointer: the copy has no guard, and the fault ends the run.
+TEST(Cwb, GetDataPointerWithoutAPointerEndsTheRun)
+{
+    Cwb cwb("cwbDB_GetDataPointer result=0x80000009\n");
+    cwb.Ask("cwbDB_GetDataPointer", "SIGNATURE_CWBDB_GETDATAPOINTER", Hex("DA1A2A3A 00000005 F0F1F2F3F4 E1E2E3E4"));
+    cwb.talk.ExpectClosed();
+    cwb.talk.End();
+    EXPECT_EQ(cwb.Record(), "cwbDB_GetDataPointer data=0xda1a2a3a errors=0xe1e2e3e4\n");
+}
+
+} // namespace
+} // namespace kessil::test

@@ -1,0 +1,133 @@
+#include "families/domino/domino.h"
+
+#include "families/domino_rows.h"
+#include "support/guarded_page.h"
+#include "targets/domino_recorder.h"
+#include "unit/families/family_rows.h"
+
+#include <algorithm>
+#include <csignal>
+#include <cstdlib>
+
+namespace kessil::test {
+namespace {
+
+const Exports exports = {
+    {"DominoGetSession", reinterpret_cast<void *>(DominoGetSession)},
+    {"DominoCloseSession", reinterpret_cast<void *>(DominoCloseSession)},
+    {"DominoFindFirstDatabase", reinterpret_cast<void *>(DominoFindFirstDatabase)},
+    {"DominoFindNextDatabase", reinterpret_cast<void *>(DominoFindNextDatabase)},
+    {"DominoGetDatabaseInfo", reinterpret_cast<void *>(DominoGetDatabaseInfo)},
+    {"DominoCopyDatabase", reinterpret_cast<void *>(DominoCopyDatabase)},
+    {"DominoGetErrorMessage", reinterpret_cast<void *>(DominoGetErrorMessage)},
+    {"DominoSetPassword", reinterpret_cast<void *>(DominoSetPassword)},
+    {"DominoGetNotesVersion", reinterpret_cast<void *>(DominoGetNotesVersion)},
+};
+
+class DominoRowsTest : public FamilyTest
+{};
+
+TEST_P(DominoRowsTest, Answers)
+{
+    ExpectAnswer(GetParam(), exports);
+}
+
+TEST_P(DominoRowsTest, RefusesACutInList)
+{
+    ExpectRefusedInput(GetParam(), exports);
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, DominoRowsTest, ::testing::ValuesIn(DominoRows()), NameOfRow);
+
+// DominoGetErrorMessage puts the message into the section by itself, so the section has to be there: see below.
+std::vector<Row> RowsWithoutAMessage()
+{
+    std::vector<Row> rows = DominoRows();
+    std::erase_if(rows, [](const Row &row) { return row.function == "DominoGetErrorMessage"; });
+    return rows;
+}
+
+class DominoOutListTest : public FamilyTest
+{};
+
+TEST_P(DominoOutListTest, TellsARefusedOutList)
+{
+    ExpectRefusedOutput(GetParam(), exports);
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, DominoOutListTest, ::testing::ValuesIn(RowsWithoutAMessage()), NameOfRow);
+
+class DominoTest : public ChannelTest
+{
+protected:
+    DominoTest() { stand_in = StandIn(); }
+};
+
+TEST_F(DominoTest, GetErrorMessageTellsARefusedOutList)
+{
+    stand_in.script["DominoGetErrorMessage"] = "message=abc";
+    GiveSection(u"s0", Hex("00000001 00000002 00000004 EEEEEEEE 01020304"));
+    fake_pipe.Deliver(FailureFrame(u"no room"));
+    Process_DominoGetErrorMessage(channel, exports.at("DominoGetErrorMessage"));
+    EXPECT_THAT(stand_in.lines, ::testing::ElementsAre("DominoGetErrorMessage session=0x1 code=2"));
+    EXPECT_EQ(fake_pipe.written,
+              ResizeFrame(u"s1", 28) + FailureFrame(u"Failed to serialise output (Process_DominoGetErrorMessage)"));
+}
+
+// A message at the end of what can be read.
+class DominoMessageTest : public ChannelTest
+{
+protected:
+    DominoMessageTest() { message = nullptr; }
+
+    // Has the library give a text of these bytes, the last of them right before a page that can't be touched.
+    void Call(const Bytes &text, const std::string &length_of_room)
+    {
+        const GuardedBlock block(text.size());
+        std::copy(text.begin(), text.end(), block.Data());
+        message = reinterpret_cast<const char *>(block.Data());
+        GiveSection(u"s0", Hex("00000001 00000002") + Hex(length_of_room) + Repeat(0xEE, 64));
+        Process_DominoGetErrorMessage(channel, reinterpret_cast<void *>(GiveMessage));
+    }
+
+private:
+    static const char *GiveMessage(std::uint32_t /*session*/, std::uint32_t /*code*/) { return message; }
+
+    static inline const char *message = nullptr;
+};
+
+TEST_F(DominoMessageTest, ThatFitsExactly)
+{
+    Call(Hex("61626300"), "00000004");
+    EXPECT_EQ(fake_pipe.written, SuccessFrame());
+    EXPECT_EQ(Section(25), Hex("00000001 00000002 00000004 EEEEEEEE 61626300 00000000 EE"));
+}
+
+TEST_F(DominoMessageTest, ThatIsReadNoFurtherThanItsEnd)
+{
+    Call(Hex("61626300"), "00000010");
+    EXPECT_EQ(fake_pipe.written, SuccessFrame());
+    EXPECT_EQ(Section(37), Hex("00000001 00000002 00000010 EEEEEEEE 61626300") + Repeat(0xEE, 12) + Hex("00000000 EE"));
+}
+
+// It is read no further than the room goes, and ends the process as abort does. A fault would be another end.
+TEST_F(DominoMessageTest, WithoutAnEnd)
+{
+    const auto call = [this] {
+        std::signal(SIGABRT, [](int) { std::_Exit(42); });
+        Call(Hex("61626364"), "00000004");
+    };
+    EXPECT_EXIT(call(), ::testing::ExitedWithCode(42), "");
+}
+
+TEST_F(DominoMessageTest, WithoutARoom)
+{
+    const auto call = [this] {
+        std::signal(SIGABRT, [](int) { std::_Exit(42); });
+        Call({}, "00000000");
+    };
+    EXPECT_EXIT(call(), ::testing::ExitedWithCode(42), "");
+}
+
+} // namespace
+} // namespace kessil::test

@@ -1,0 +1,135 @@
+#include "families/ese/ese.h"
+
+#include "families/ese_rows.h"
+#include "platform/last_error.h"
+#include "targets/ese_recorder.h"
+#include "targets/leave_last_error.h"
+#include "unit/families/family_rows.h"
+
+void LeaveLastError(std::uint32_t code)
+{
+    kessil::platform::SetLastError(code);
+}
+
+namespace kessil::test {
+namespace {
+
+#define EXPORT(function)                                                                                               \
+    {                                                                                                                  \
+#function, reinterpret_cast < void *>(function)                                                                \
+    }
+
+const Exports exports = {
+    EXPORT(HrESEBackupPrepare),      EXPORT(HrESEBackupSetup),
+    EXPORT(HrESEBackupOpenFile),     EXPORT(HrESEBackupReadFile),
+    EXPORT(HrESEBackupCloseFile),    EXPORT(HrESEBackupGetLogAndPatchFiles),
+    EXPORT(HrESEBackupTruncateLogs), EXPORT(HrESEBackupInstanceEnd),
+    EXPORT(HrESEBackupEnd),          EXPORT(HrESEBackupRestoreGetRegistered),
+    EXPORT(HrESERestoreOpen),        EXPORT(HrESERestoreReopen),
+    EXPORT(HrESERestoreAddDatabase), EXPORT(HrESERestoreOpenFile),
+    EXPORT(HrESERestoreClose),       EXPORT(HrESERestoreSaveEnvironment),
+    EXPORT(HrESERestoreComplete),
+};
+
+#undef EXPORT
+
+class EseRowsTest : public FamilyTest
+{};
+
+TEST_P(EseRowsTest, Answers)
+{
+    ExpectAnswer(GetParam(), exports);
+}
+
+TEST_P(EseRowsTest, RefusesACutInList)
+{
+    ExpectRefusedInput(GetParam(), exports);
+}
+
+TEST_P(EseRowsTest, RefusesAnOutListWithoutRoom)
+{
+    ExpectRefusedOutput(GetParam(), exports);
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, EseRowsTest, ::testing::ValuesIn(EseRows()), NameOfRow);
+
+class EseTest : public ChannelTest
+{
+protected:
+    EseTest() { stand_in = StandIn(); }
+};
+
+const Bytes read_16 = Hex("00 00 00 0A 00 00 00 0B 00 00 00 10 EE EE EE EE") + Repeat('-', 16);
+
+TEST_F(EseTest, ReadFileInASectionOf48StaysThere)
+{
+    stand_in.script["HrESEBackupReadFile"] = "fill=61626364 count=4";
+    GiveSection(u"s0", read_16 + Repeat(0xEE, 16));
+    Process_HrESEBackupReadFile(channel, reinterpret_cast<void *>(HrESEBackupReadFile));
+    EXPECT_EQ(fake_pipe.written, SuccessFrame());
+    EXPECT_EQ(Section(48), Bytes(read_16.begin(), read_16.begin() + 16) + Plain("abcd------------") +
+                               Hex("00 00 00 04 00 00 00 00 00 00 00 00") + Repeat(0xEE, 4));
+}
+
+// Of the 48 bytes four are never used; so 47 would do, and are replaced all the same.
+TEST_F(EseTest, ReadFileInASectionOf47GrowsItAndTheDataMoveAlong)
+{
+    stand_in.script["HrESEBackupReadFile"] = "fill=61626364 count=4";
+    GiveSection(u"s0", read_16 + Repeat(0xEE, 15));
+    fake_pipe.Deliver(SuccessFrame());
+    Process_HrESEBackupReadFile(channel, reinterpret_cast<void *>(HrESEBackupReadFile));
+    EXPECT_EQ(fake_pipe.written, ResizeFrame(u"s1", 48) + SuccessFrame());
+    EXPECT_EQ(Section(44), Bytes(read_16.begin(), read_16.begin() + 16) + Plain("abcd------------") +
+                               Hex("00 00 00 04 00 00 00 00 00 00 00 00"));
+}
+
+// No copy on the way: the library gets the place in the section where the parent will look.
+TEST_F(EseTest, ReadFileGetsTheSectionsOwnBytes)
+{
+    static void *seen = nullptr;
+    GiveSection(u"s0", read_16 + Repeat(0xEE, 16));
+    using Function = std::uint32_t(std::uint64_t, std::uint64_t, void *, std::uint32_t, std::uint32_t *);
+    Function *const function = [](std::uint64_t, std::uint64_t, void *data, std::uint32_t,
+                                  std::uint32_t *) -> std::uint32_t {
+        seen = data;
+        return 0;
+    };
+    Process_HrESEBackupReadFile(channel, reinterpret_cast<void *>(function));
+    EXPECT_EQ(seen, channel.SharedView() + 16);
+}
+
+// The list of a library grows the section: context 4, list 6 + 12 and codes 8 are 30 at most, of which
+// 4 + (4 + 6) + 8 = 22 are used.
+TEST_F(EseTest, AListOfTheLibrarysGrowsTheSection)
+{
+    stand_in.script["HrESEBackupGetLogAndPatchFiles"] = "list=6300000000000000 result=1 error=2";
+    GiveSection(u"s0", Hex("00 00 00 0A"));
+    fake_pipe.Deliver(SuccessFrame());
+    Process_HrESEBackupGetLogAndPatchFiles(channel, reinterpret_cast<void *>(HrESEBackupGetLogAndPatchFiles));
+    EXPECT_EQ(fake_pipe.written, ResizeFrame(u"s1", 4 + 6 + 12 + 8) + SuccessFrame());
+    EXPECT_EQ(Section(22), Hex("00 00 00 0A 00 00 00 06 63 00 00 00 00 00 00 00 00 01 00 00 00 02"));
+}
+
+// A GUID near the end of the section: what would lie behind it is never looked at.
+TEST_F(EseTest, AddDatabaseRefusesAGuidThatTheSectionCuts)
+{
+    // The length says 4, and the list lies right behind these; the section ends 4 to 1 bytes before the GUID does.
+    const Bytes in_list =
+        Hex("00 00 00 01 00 00") + Hex("00 00 00 04 EE EE EE EE EE EE A0 A1 A2 A3") + Hex("00 00 00 04 00 00 00 00");
+    void *const function = reinterpret_cast<void *>(HrESERestoreAddDatabase);
+    for (std::size_t spare = 0; spare < 4; ++spare) {
+        Forget();
+        GiveSection(u"s0", in_list + Repeat(0, spare));
+        Process_HrESERestoreAddDatabase(channel, function);
+        EXPECT_EQ(fake_pipe.written, FailureFrame(u"Failed to serialise input (Process_HrESERestoreAddDatabase)"));
+        EXPECT_THAT(stand_in.lines, ::testing::IsEmpty());
+    }
+    Forget();
+    GiveSection(u"s0", in_list + Repeat(0, 4));
+    fake_pipe.Deliver(SuccessFrame());
+    Process_HrESERestoreAddDatabase(channel, function);
+    EXPECT_EQ(stand_in.lines.size(), 1u);
+}
+
+} // namespace
+} // namespace kessil::test
