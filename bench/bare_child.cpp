@@ -2,11 +2,12 @@
 // else. It knows the size of its request in advance, takes it with one read, never looks into it, and answers with one
 // write. Its block lies in the same kind of section, opened at start-up.
 //
-//   bare_child PIPE WORK SECTION BLOCK_SIZE REQUEST_SIZE [LIBRARY]
+//   bare_child PIPE FUNCTION SECTION BLOCK_SIZE REQUEST_SIZE [LIBRARY]
 //
-// WORK is the letter of a kessil::bench::Work. A LIBRARY is loaded at start-up and not used.
+// FUNCTION says which call; it is looked up, and its results are laid out, before the first request. A LIBRARY is
+// loaded at start-up and not used.
+#include "bench/call.h"
 #include "bench/work.h"
-#include "channel/big_endian.h"
 #include "platform/entry_point.h"
 #include "platform/module.h"
 #include "platform/pipe.h"
@@ -23,34 +24,19 @@ using platform::PipeHandle;
 
 struct Job
 {
-    Work work;
+    void *to; // null where there is no block
+    const void *from;
     std::uint32_t block_size;
-    unsigned char *view;
-    const unsigned char *source;
-    unsigned char *private_copy;
+    unsigned char *results_place;
+    std::uint32_t results_size;
+    unsigned char results[sizeof(Values)];
 };
-
-void StoreResults(unsigned char *place, std::uint32_t count)
-{
-    StoreBigEndian(place, count);
-    StoreBigEndian(place + 4, std::uint32_t{0});
-}
 
 void DoWork(const Job &job)
 {
-    switch (job.work) {
-    case Work::Answer:
-        StoreBigEndian(job.view, backup_type);
-        break;
-    case Work::Read:
-        std::memcpy(job.view + block_offset, job.source, job.block_size);
-        StoreResults(job.view + block_offset + job.block_size + 4, job.block_size);
-        break;
-    case Work::Write:
-        std::memcpy(job.private_copy, job.view + block_offset, job.block_size);
-        StoreResults(job.view, job.block_size);
-        break;
-    }
+    if (job.to != nullptr)
+        std::memcpy(job.to, job.from, job.block_size);
+    std::memcpy(job.results_place, job.results, job.results_size);
 }
 
 void Serve(PipeHandle pipe, const Job &job, std::uint32_t request_size)
@@ -77,7 +63,7 @@ int Run(const std::vector<WideString> &arguments)
         return 1;
     if (arguments.size() > 6 && platform::LoadModule(arguments[6]) == nullptr)
         return 1;
-    const auto work = static_cast<Work>(arguments[2].at(0));
+    const Call &call = CallOf(platform::ToUtf8(arguments[2]));
     const std::uint32_t block_size = Number(arguments[4]);
     const std::uint32_t section_size = SectionSize(block_size);
     platform::SectionHandle const section = platform::OpenSection(arguments[3], section_size);
@@ -85,9 +71,16 @@ int Run(const std::vector<WideString> &arguments)
     if (view == nullptr)
         return 1;
 
-    const unsigned char *const source = work == Work::Read ? MakeSource(block_size) : nullptr;
-    const std::unique_ptr<unsigned char[]> private_copy(work == Work::Write ? new unsigned char[block_size] : nullptr);
-    Serve(pipe, {work, block_size, view, source, private_copy.get()}, Number(arguments[5]));
+    const std::unique_ptr<unsigned char[]> private_copy(call.work == Work::Write ? new unsigned char[block_size]
+                                                                                 : nullptr);
+    Job job = {};
+    job.block_size = block_size;
+    job.to = call.work == Work::Read ? view + BlockOffset(call) : private_copy.get();
+    job.from = call.work == Work::Read ? MakeSource(block_size) : view + BlockOffset(call);
+    job.results_place = view + ResultsOffset(call, block_size);
+    job.results_size = SizeOf(call.results);
+    Store(job.results, call.results, block_size);
+    Serve(pipe, job, Number(arguments[5]));
     return 0;
 }
 

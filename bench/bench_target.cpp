@@ -1,6 +1,6 @@
 // The library that is hosted while it is measured. Its calls do as little as such a library can: a read copies the
-// block once, a write takes it as it is. It needs no library but the C library: the load of others is not the helper's
-// affair.
+// block once, or tells where it is, and a write takes it as it is. It needs no library but the C library: the load of
+// others is not the helper's affair.
 #include "bench/work.h"
 
 #include <cstdint>
@@ -12,6 +12,27 @@
 #define EXPORT extern "C" __attribute__((visibility("default")))
 #endif
 
+namespace {
+
+constexpr std::uint32_t largest = 4 << 20;
+
+const unsigned char *Source()
+{
+    static const unsigned char *const source = kessil::bench::MakeSource(largest);
+    return source;
+}
+
+std::uint32_t ReadBlock(void *block, std::uint32_t size, std::uint32_t *count)
+{
+    if (Source() == nullptr || size > largest)
+        return 1;
+    std::memcpy(block, Source(), size);
+    *count = size;
+    return 0;
+}
+
+} // namespace
+
 EXPORT std::uint32_t GetBackupType()
 {
     return kessil::bench::backup_type;
@@ -20,15 +41,24 @@ EXPORT std::uint32_t GetBackupType()
 EXPORT std::uint32_t VornReadFile(std::uint64_t /*session*/, std::uint64_t /*file*/, void *block, std::uint32_t size,
                                   std::uint32_t *count)
 {
-    constexpr std::uint32_t largest = 4 << 20;
-    static const unsigned char *source = nullptr;
-    if (source == nullptr)
-        source = kessil::bench::MakeSource(largest);
-    if (source == nullptr || size > largest)
-        return 1;
-    std::memcpy(block, source, size);
-    *count = size;
-    return 0;
+    return ReadBlock(block, size, count);
+}
+
+EXPORT std::uint32_t HrESEBackupReadFile(std::uint64_t /*context*/, std::uint64_t /*file*/, void *data,
+                                         std::uint32_t size, std::uint32_t *count)
+{
+    return ReadBlock(data, size, count);
+}
+
+EXPORT std::uint32_t MapiReadMail(std::uint64_t /*mapi*/, void *block, std::uint32_t length, std::uint32_t *count)
+{
+    return ReadBlock(block, length, count);
+}
+
+EXPORT std::uint32_t cwbDB_GetDataPointer(std::uint32_t /*data*/, const void **pointer, std::uint32_t /*errors*/)
+{
+    *pointer = Source();
+    return Source() == nullptr ? 1 : 0;
 }
 
 EXPORT std::uint32_t VornWriteFile(std::uint64_t /*session*/, std::uint64_t /*file*/, void * /*block*/,

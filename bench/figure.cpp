@@ -44,38 +44,27 @@ public:
     {
         if (m_module == nullptr)
             throw std::runtime_error("bench_target can't be loaded");
-        m_answer = reinterpret_cast<AnswerCall *>(platform::FindExport(m_module, "GetBackupType"));
-        m_read = reinterpret_cast<BlockCall *>(platform::FindExport(m_module, "VornReadFile"));
-        m_write = reinterpret_cast<BlockCall *>(platform::FindExport(m_module, "VornWriteFile"));
+        m_function = platform::FindExport(m_module, m_section.Function().function);
+        if (m_function == nullptr)
+            throw std::runtime_error("bench_target lacks a function");
     }
     ~InProcess() { platform::FreeModule(m_module); }
     InProcess(const InProcess &) = delete;
     InProcess &operator=(const InProcess &) = delete;
 
-    void Call()
-    {
-        std::uint32_t count = 0;
-        if (m_section.Kind() == Work::Answer)
-            m_answer();
-        else
-            (m_section.Kind() == Work::Read ? m_read : m_write)(1, 2, m_section.Block(), m_section.BlockSize(), &count);
-    }
+    void Call() { m_section.Function().direct(m_function, m_section.Block(), m_section.BlockSize()); }
 
 private:
-    using AnswerCall = std::uint32_t();
-    using BlockCall = std::uint32_t(std::uint64_t, std::uint64_t, void *, std::uint32_t, std::uint32_t *);
-
     Section &m_section;
     platform::ModuleHandle m_module;
-    AnswerCall *m_answer = nullptr;
-    BlockCall *m_read = nullptr;
-    BlockCall *m_write = nullptr;
+    void *m_function = nullptr;
 };
 
 // One running child with a section of its own.
 struct Seat
 {
-    Seat(Contender contender, Work work, std::uint32_t block_size) : section(work, block_size), peer(contender, section)
+    Seat(Contender contender, const Call &call, std::uint32_t block_size)
+        : section(call, block_size), peer(contender, section)
     {}
 
     Section section;
@@ -85,8 +74,8 @@ struct Seat
 class CallFigure final : public Figure
 {
 public:
-    CallFigure(std::string name, Pace pace, Work work, std::uint32_t block_size, std::uint32_t core)
-        : Figure(std::move(name), "us", 1.05), m_pace(pace), m_work(work), m_blockSize(block_size), m_core(core)
+    CallFigure(std::string name, Pace pace, const Call &call, std::uint32_t block_size, std::uint32_t core)
+        : Figure(std::move(name), "us", 1.05), m_pace(pace), m_call(call), m_blockSize(block_size), m_core(core)
     {}
 
     std::size_t WantedRounds() const override { return m_pace.rounds; }
@@ -117,7 +106,7 @@ private:
         Release();
         for (std::size_t part = 0; part < parts.size(); ++part) {
             const Contender contender = parts[part] == &Round::contender ? Contender::Kessil : Contender::Bare;
-            m_seats[part] = std::make_unique<Seat>(contender, m_work, m_blockSize);
+            m_seats[part] = std::make_unique<Seat>(contender, m_call, m_blockSize);
             Settle(*m_seats[part]);
         }
         m_inProcess = std::make_unique<InProcess>(m_seats[0]->section);
@@ -145,7 +134,7 @@ private:
     }
 
     Pace m_pace;
-    Work m_work;
+    const Call &m_call;
     std::uint32_t m_blockSize;
     std::uint32_t m_core;
     std::array<std::unique_ptr<Seat>, 3> m_seats;
@@ -178,7 +167,7 @@ private:
 
     static double StartTime(Contender contender)
     {
-        Seat seat(contender, Work::Answer, 0);
+        Seat seat(contender, CallOf("GetBackupType"), 0);
         const Clock::time_point start = Clock::now();
         seat.peer.Start();
         const Clock::time_point end = Clock::now();
@@ -214,7 +203,7 @@ private:
 
     static double PrivateMemory(Contender contender)
     {
-        Seat seat(contender, Work::Answer, 0);
+        Seat seat(contender, CallOf("GetBackupType"), 0);
         seat.peer.Start();
         seat.peer.Call();
         std::uint64_t bytes = 0;
@@ -223,6 +212,14 @@ private:
 
     double m_limit;
 };
+
+std::string SizeInName(std::uint32_t block_size)
+{
+    if (block_size == 0)
+        return "";
+    const std::uint32_t kib = block_size >> 10;
+    return ' ' + (kib < 1024 ? std::to_string(kib) + " KiB" : std::to_string(kib >> 10) + " MiB");
+}
 
 } // namespace
 
@@ -257,19 +254,16 @@ std::vector<std::unique_ptr<Figure>> AllFigures(const std::vector<std::uint32_t>
 {
     struct Kind
     {
-        const char *name;
-        Work work;
+        const char *function;
         std::uint32_t block_size;
         std::size_t rounds;
     };
     constexpr Kind kinds[] = {
-        {"GetBackupType", Work::Answer, 0, 400},
-        {"VornReadFile 64 KiB", Work::Read, 64 << 10, 60},
-        {"VornReadFile 1 MiB", Work::Read, 1 << 20, 60},
-        {"VornReadFile 4 MiB", Work::Read, 4 << 20, 30},
-        {"VornWriteFile 64 KiB", Work::Write, 64 << 10, 60},
-        {"VornWriteFile 1 MiB", Work::Write, 1 << 20, 60},
-        {"VornWriteFile 4 MiB", Work::Write, 4 << 20, 30},
+        {"GetBackupType", 0, 400},       {"VornReadFile", 64 << 10, 60},
+        {"VornReadFile", 1 << 20, 60},   {"VornReadFile", 4 << 20, 30},
+        {"VornWriteFile", 64 << 10, 60}, {"VornWriteFile", 1 << 20, 60},
+        {"VornWriteFile", 4 << 20, 30},  {"HrESEBackupReadFile", 1 << 20, 60},
+        {"MapiReadMail", 1 << 20, 60},   {"cwbDB_GetDataPointer", 1 << 20, 60},
     };
     constexpr const char *placements[] = {", one core", ", two cores"};
     constexpr Pace quick_calls = {2, 20};
@@ -278,9 +272,9 @@ std::vector<std::unique_ptr<Figure>> AllFigures(const std::vector<std::uint32_t>
     std::vector<std::unique_ptr<Figure>> figures;
     for (std::size_t i = 0; i < std::min<std::size_t>(cores.size(), 2); ++i) {
         for (const Kind &kind : kinds)
-            figures.push_back(std::make_unique<CallFigure>(std::string(kind.name) + placements[i],
-                                                           quick ? quick_calls : Pace{kind.rounds, 200}, kind.work,
-                                                           kind.block_size, cores[i]));
+            figures.push_back(std::make_unique<CallFigure>(kind.function + SizeInName(kind.block_size) + placements[i],
+                                                           quick ? quick_calls : Pace{kind.rounds, 200},
+                                                           CallOf(kind.function), kind.block_size, cores[i]));
     }
     figures.push_back(std::make_unique<StartFigure>("start-up", starts, Contender::BareWithLibrary));
     figures.push_back(std::make_unique<StartFigure>("start-up, bare child loads nothing", starts, Contender::Bare));

@@ -18,7 +18,8 @@
 //               little: the scheduler and the processor's clock decide about them
 //   target      what the ratio is to stay within
 //   control     a second bare child / the bare child. It is 1.00 when the machine was quiet enough to measure
-//   in process  microseconds for the same library call without any process between
+//   in process  microseconds for the same library call without any process between, and with the copy that the helper
+//               makes of a block that the library only points to
 //
 // A round is one turn of 200 calls, or the quickest of 5 starts, for each side, in an order that rotates; every few
 // rounds the processes are started anew. "One core" keeps both sides on the same core, "two cores" gives each its own.

@@ -1,5 +1,6 @@
 #include "bench/peer.h"
 
+#include "bench/work.h"
 #include "channel/big_endian.h"
 #include "platform/last_error.h"
 #include "platform/private_section.h"
@@ -96,23 +97,10 @@ Bytes Frame(char type, Fields... fields)
     return frame;
 }
 
-std::string_view FunctionName(Work work)
+Bytes CallFrame(const Call &call)
 {
-    switch (work) {
-    case Work::Read:
-        return "VornReadFile";
-    case Work::Write:
-        return "VornWriteFile";
-    default:
-        return "GetBackupType";
-    }
-}
-
-Bytes CallFrame(Work work)
-{
-    const std::string function(FunctionName(work));
-    const std::string signature = "SIGNATURE_" + function;
-    return Frame('F', std::u16string_view(LibraryPath()), std::string_view(function), std::string_view(signature));
+    return Frame('F', std::u16string_view(LibraryPath()), std::string_view(call.function),
+                 std::string_view(call.signature));
 }
 
 } // namespace
@@ -126,8 +114,8 @@ WideString LibraryPath()
 #endif
 }
 
-Section::Section(Work work, std::uint32_t block_size)
-    : m_work(work), m_blockSize(block_size), m_name(FreshSectionName())
+Section::Section(const Call &call, std::uint32_t block_size)
+    : m_call(call), m_blockSize(block_size), m_name(FreshSectionName())
 {
     const std::uint32_t size = SectionSize(block_size);
     m_handle = platform::CreatePrivateSection(m_name, size);
@@ -146,32 +134,24 @@ Section::~Section()
 
 void Section::LayInList()
 {
-    if (m_work == Work::Answer)
+    if (m_call.work == Work::Answer)
         return;
-    StoreBigEndian(m_view, std::uint64_t{1});
-    StoreBigEndian(m_view + 8, std::uint64_t{2});
-    StoreBigEndian(m_view + 16, m_blockSize);
-    StoreBigEndian(Block() + m_blockSize, m_blockSize);
+    Store(m_view, m_call.front, m_blockSize);
+    StoreBigEndian(m_view + SizeOf(m_call.front), m_blockSize);
+    Store(Block() + m_blockSize, m_call.back, m_blockSize);
 }
 
 void Section::CheckOutList() const
 {
-    const unsigned char *const block = m_view + block_offset;
-    const auto number = [](const unsigned char *place) { return LoadBigEndian<std::uint32_t>(place); };
-    switch (m_work) {
-    case Work::Answer:
-        Require(number(m_view) == backup_type, "GetBackupType gave another value");
-        break;
-    case Work::Read:
-        Require(std::all_of(block, block + m_blockSize, [](unsigned char byte) { return byte == source_byte; }),
-                "VornReadFile read other bytes");
-        Require(number(block + m_blockSize + 4) == m_blockSize && number(block + m_blockSize + 8) == 0,
-                "VornReadFile gave another count or result");
-        break;
-    case Work::Write:
-        Require(number(m_view) == m_blockSize && number(m_view + 4) == 0, "VornWriteFile gave another count or result");
-        break;
-    }
+    const unsigned char *const block = m_view + BlockOffset(m_call);
+    const bool delivered = m_call.work != Work::Read || std::all_of(block, block + m_blockSize, [](unsigned char byte) {
+                               return byte == source_byte;
+                           });
+    Require(delivered, "a call delivered other bytes");
+    Bytes results(SizeOf(m_call.results));
+    Store(results.data(), m_call.results, m_blockSize);
+    Require(std::equal(results.begin(), results.end(), m_view + ResultsOffset(m_call, m_blockSize)),
+            "a call gave other results");
 }
 
 void Section::RemoveName()
@@ -180,7 +160,7 @@ void Section::RemoveName()
 }
 
 Peer::Peer(Contender contender, Section &section)
-    : m_contender(contender), m_section(section), m_request(CallFrame(section.Kind())),
+    : m_contender(contender), m_section(section), m_request(CallFrame(section.Function())),
       m_pipeName(platform::RandomPipeName()), m_server(platform::CreatePipeServer(m_pipeName))
 {
     Require(m_server != nullptr, "a pipe can't be created");
@@ -200,7 +180,7 @@ void Peer::Start()
         arguments.insert(arguments.end(), {u"--out_file", LogFile()});
     else
         arguments.insert(arguments.end(),
-                         {WideString(1, static_cast<char16_t>(m_section.Kind())), m_section.Name(),
+                         {platform::FromUtf8(m_section.Function().function), m_section.Name(),
                           Decimal(m_section.BlockSize()), Decimal(static_cast<std::uint32_t>(m_request.size()))});
     if (m_contender == Contender::BareWithLibrary)
         arguments.push_back(LibraryPath());

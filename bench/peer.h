@@ -1,6 +1,6 @@
 #pragma once
 
-#include "bench/work.h"
+#include "bench/call.h"
 #include "platform/pipe_server.h"
 #include "platform/process.h"
 #include "platform/section.h"
@@ -24,19 +24,20 @@ WideString LibraryPath();
 
 using Bytes = std::vector<unsigned char>;
 
-/// A parent's section with the in-list of one kind of call.
+/// A parent's section with the lists of one call.
 class Section
 {
 public:
-    Section(Work work, std::uint32_t block_size);
+    /// `call` has to live as long.
+    Section(const Call &call, std::uint32_t block_size);
     ~Section();
     Section(const Section &) = delete;
     Section &operator=(const Section &) = delete;
 
     const WideString &Name() const { return m_name; }
-    Work Kind() const { return m_work; }
+    const Call &Function() const { return m_call; }
     std::uint32_t BlockSize() const { return m_blockSize; }
-    unsigned char *Block() { return m_view + block_offset; }
+    unsigned char *Block() { return m_view + BlockOffset(m_call); }
 
     /// Lays the in-list out, without the block's bytes.
     void LayInList();
@@ -48,7 +49,7 @@ public:
     void RemoveName();
 
 private:
-    Work m_work;
+    const Call &m_call;
     std::uint32_t m_blockSize;
     WideString m_name;
     platform::SectionHandle m_handle = nullptr;

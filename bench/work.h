@@ -6,23 +6,12 @@
 #include <cstdlib>
 #include <cstring>
 
-// What the measured processes agree on: the work of one call and where its data lie in the section.
+// What the measured processes agree on beside the calls themselves.
 
 namespace kessil::bench {
 
-/// What one call does.
-enum class Work : char
-{
-    Answer = 'a', ///< GetBackupType: nothing but an answer
-    Read = 'r',   ///< VornReadFile: a block goes from the library to the parent
-    Write = 'w'   ///< VornWriteFile: a block goes from the parent to the library
-};
-
 /// What GetBackupType answers.
 inline constexpr std::uint32_t backup_type = 7;
-
-/// The block of a read or write lies behind session, file and its length, aligned to 8.
-inline constexpr std::uint32_t block_offset = 24;
 
 /// What a read delivers, over and over.
 inline constexpr unsigned char source_byte = 0xA5;
