@@ -24,8 +24,8 @@ bool ReadCapabilities(Capabilities &capabilities);
 bool SetCapabilities(const Capabilities &capabilities);
 
 /// Lets the calling thread, and no other, act as `identity`, with the process's own rights to become so. It has no
-/// effective capabilities then, unless `identity` is the process's own. False, with the reason in errno, leaves it as it
-/// was. A way back that fails ends the process: it would go on with the rights of somebody else.
+/// effective capabilities then, unless `identity` is the process's own. False, with the reason in errno, leaves it as
+/// it was. A way back that fails ends the process: it would go on with the rights of somebody else.
 bool ActAs(const Identity &identity);
 
 /// Lets the calling thread act as the process did when it started, for a scope; then as before, capabilities included,
