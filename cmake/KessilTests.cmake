@@ -21,6 +21,8 @@ function(kessil_test name)
     add_executable(${name} ${ARG_SOURCES})
     target_link_libraries(${name} PRIVATE kessil_flags ${ARG_LINKS} GTest::gmock GTest::gtest GTest::gtest_main)
     target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
+    # It is what they test that has to be quick; without this they take half of a build's time.
+    target_compile_options(${name} PRIVATE $<$<CONFIG:Release>:-O0>)
     # ctest takes but one variable of the list from the discovery.
     if(ARG_ENVIRONMENT)
         set_target_properties(${name} PROPERTIES
