@@ -1,11 +1,11 @@
 #include "fuzz/recorders.h"
 
+#include "families/cwb_exports.h"
+#include "families/domino_exports.h"
+#include "families/ese_exports.h"
+#include "families/mapi_exports.h"
 #include "platform/last_error.h"
-#include "targets/cwb_recorder.h"
-#include "targets/domino_recorder.h"
-#include "targets/ese_recorder.h"
 #include "targets/leave_last_error.h"
-#include "targets/mapi_recorder.h"
 #include "targets/record.h"
 #include "targets/script.h"
 
@@ -13,117 +13,6 @@ namespace kessil::test {
 namespace {
 
 std::string answers;
-
-#define EXPORT(name) FakeModule::Exports::value_type(#name, reinterpret_cast<void *>(name))
-
-const FakeModule::Exports exports = {
-    EXPORT(cwbCO_CreateSystem),
-    EXPORT(cwbCO_SetUserIDEx),
-    EXPORT(cwbCO_SetPassword),
-    EXPORT(cwbCO_SetPromptMode),
-    EXPORT(cwbCO_DeleteSystem),
-    EXPORT(cwbRC_StartSysEx),
-    EXPORT(cwbRC_CreatePgm),
-    EXPORT(cwbRC_RunCmd),
-    EXPORT(cwbRC_AddParm),
-    EXPORT(cwbRC_CallPgm),
-    EXPORT(cwbRC_DeletePgm),
-    EXPORT(cwbRC_StopSys),
-    EXPORT(cwbNL_GetHostCCSID),
-    EXPORT(cwbNL_CCSIDToCodePage),
-    EXPORT(cwbNL_CodePageToCCSID),
-    EXPORT(cwbNL_GetCodePage),
-    EXPORT(cwbNL_CreateConverter),
-    EXPORT(cwbNL_DeleteConverter),
-    EXPORT(cwbNL_Convert),
-    EXPORT(cwbNL_GetANSICodePage),
-    EXPORT(cwbSV_CreateErrHandle),
-    EXPORT(cwbSV_DeleteErrHandle),
-    EXPORT(cwbSV_GetErrCount),
-    EXPORT(cwbSV_GetErrTextIndexed),
-    EXPORT(cwbDT_StringToPacked),
-    EXPORT(cwbDT_PackedToString),
-    EXPORT(cwbDB_SetStatementName),
-    EXPORT(cwbDB_SetCursorName),
-    EXPORT(cwbDB_SetStatementText),
-    EXPORT(cwbDB_DeleteDataHandle),
-    EXPORT(cwbDB_DeleteDataFormatHandle),
-    EXPORT(cwbDB_DeleteSQLRequestHandle),
-    EXPORT(cwbDB_StopServer),
-    EXPORT(cwbDB_DeleteConnectionHandle),
-    EXPORT(cwbDB_CreateDataHandle),
-    EXPORT(cwbDB_CreateConnectionHandleEx),
-    EXPORT(cwbDB_StartServer),
-    EXPORT(cwbDB_CreateSQLRequestHandle),
-    EXPORT(cwbDB_CreateDataFormatHandle),
-    EXPORT(cwbDB_SetClientInputCCSID),
-    EXPORT(cwbDB_ReturnHostErrorInfo),
-    EXPORT(cwbDB_SetDescribeOption),
-    EXPORT(cwbDB_StoreRequestParameters),
-    EXPORT(cwbDB_ReturnDataFormat),
-    EXPORT(cwbDB_PrepareDescribe),
-    EXPORT(cwbDB_Open),
-    EXPORT(cwbDB_SetBlockCount),
-    EXPORT(cwbDB_ReturnData),
-    EXPORT(cwbDB_Fetch),
-    EXPORT(cwbDB_GetColumnCount),
-    EXPORT(cwbDB_GetColumnLength),
-    EXPORT(cwbDB_GetColumnType),
-    EXPORT(cwbDB_GetColumnCCSID),
-    EXPORT(cwbDB_GetColumnName),
-    EXPORT(cwbDB_GetColumnScale),
-    EXPORT(cwbDB_GetDataPointer),
-    EXPORT(cwbDB_GetDataLength),
-    EXPORT(cwbDB_SetNamingConvention),
-    EXPORT(DominoGetSession),
-    EXPORT(DominoCloseSession),
-    EXPORT(DominoFindFirstDatabase),
-    EXPORT(DominoFindNextDatabase),
-    EXPORT(DominoGetDatabaseInfo),
-    EXPORT(DominoCopyDatabase),
-    EXPORT(DominoGetErrorMessage),
-    EXPORT(DominoSetPassword),
-    EXPORT(DominoGetNotesVersion),
-    EXPORT(HrESEBackupPrepare),
-    EXPORT(HrESEBackupSetup),
-    EXPORT(HrESEBackupOpenFile),
-    EXPORT(HrESEBackupReadFile),
-    EXPORT(HrESEBackupCloseFile),
-    EXPORT(HrESEBackupGetLogAndPatchFiles),
-    EXPORT(HrESEBackupTruncateLogs),
-    EXPORT(HrESEBackupInstanceEnd),
-    EXPORT(HrESEBackupEnd),
-    EXPORT(HrESEBackupRestoreGetRegistered),
-    EXPORT(HrESERestoreOpen),
-    EXPORT(HrESERestoreReopen),
-    EXPORT(HrESERestoreAddDatabase),
-    EXPORT(HrESERestoreOpenFile),
-    EXPORT(HrESERestoreSaveEnvironment),
-    EXPORT(HrESERestoreComplete),
-    EXPORT(HrESERestoreClose),
-    EXPORT(MapiCreate),
-    EXPORT(MapiDelete),
-    EXPORT(MapiRestore),
-    EXPORT(MapiFindFolder),
-    EXPORT(MapiOpenFolderSearch),
-    EXPORT(MapiGetNextFolder),
-    EXPORT(MapiCloseSearch),
-    EXPORT(MapiOpenMailSearch),
-    EXPORT(MapiGetNextMail),
-    EXPORT(MapiGetNextMails),
-    EXPORT(MapiReadMail),
-    EXPORT(MapiWriteMail),
-    EXPORT(MapiCloseMail),
-    EXPORT(MapiLoginProfile),
-    EXPORT(MapiCreateProfileWithIProfAdmin),
-    EXPORT(MapiDeleteProfile),
-    EXPORT(MapiOpenMail),
-    EXPORT(MapiGetLastError),
-    EXPORT(MapiBackupDLLVersion),
-    EXPORT(MapiChangeDupID),
-};
-
-#undef EXPORT
 
 std::string Units(std::size_t count)
 {
@@ -137,6 +26,12 @@ std::string Units(std::size_t count)
 
 const FakeModule::Exports &Recorders()
 {
+    static const FakeModule::Exports exports = [] {
+        FakeModule::Exports all;
+        for (const Exports *family : {&CwbExports(), &DominoExports(), &EseExports(), &MapiExports()})
+            all.insert(family->begin(), family->end());
+        return all;
+    }();
     return exports;
 }
 

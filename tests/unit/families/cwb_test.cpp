@@ -1,7 +1,7 @@
 #include "families/cwb/cwb.h"
 
+#include "families/cwb_exports.h"
 #include "families/cwb_rows.h"
-#include "targets/cwb_recorder.h"
 #include "unit/families/family_rows.h"
 
 #include <functional>
@@ -44,70 +44,7 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::ValuesIn;
 
-#define EXPORT(name) Exports::value_type(#name, reinterpret_cast<void *>(name))
-
-const Exports exports = {
-    EXPORT(cwbCO_CreateSystem),
-    EXPORT(cwbCO_SetUserIDEx),
-    EXPORT(cwbCO_SetPassword),
-    EXPORT(cwbCO_SetPromptMode),
-    EXPORT(cwbCO_DeleteSystem),
-    EXPORT(cwbRC_StartSysEx),
-    EXPORT(cwbRC_CreatePgm),
-    EXPORT(cwbRC_RunCmd),
-    EXPORT(cwbRC_AddParm),
-    EXPORT(cwbRC_CallPgm),
-    EXPORT(cwbRC_DeletePgm),
-    EXPORT(cwbRC_StopSys),
-    EXPORT(cwbNL_GetHostCCSID),
-    EXPORT(cwbNL_CCSIDToCodePage),
-    EXPORT(cwbNL_CodePageToCCSID),
-    EXPORT(cwbNL_GetCodePage),
-    EXPORT(cwbNL_CreateConverter),
-    EXPORT(cwbNL_DeleteConverter),
-    EXPORT(cwbNL_Convert),
-    EXPORT(cwbNL_GetANSICodePage),
-    EXPORT(cwbSV_CreateErrHandle),
-    EXPORT(cwbSV_DeleteErrHandle),
-    EXPORT(cwbSV_GetErrCount),
-    EXPORT(cwbSV_GetErrTextIndexed),
-    EXPORT(cwbDT_StringToPacked),
-    EXPORT(cwbDT_PackedToString),
-    EXPORT(cwbDB_SetStatementName),
-    EXPORT(cwbDB_SetCursorName),
-    EXPORT(cwbDB_SetStatementText),
-    EXPORT(cwbDB_DeleteDataHandle),
-    EXPORT(cwbDB_DeleteDataFormatHandle),
-    EXPORT(cwbDB_DeleteSQLRequestHandle),
-    EXPORT(cwbDB_StopServer),
-    EXPORT(cwbDB_DeleteConnectionHandle),
-    EXPORT(cwbDB_CreateDataHandle),
-    EXPORT(cwbDB_CreateConnectionHandleEx),
-    EXPORT(cwbDB_StartServer),
-    EXPORT(cwbDB_CreateSQLRequestHandle),
-    EXPORT(cwbDB_CreateDataFormatHandle),
-    EXPORT(cwbDB_SetClientInputCCSID),
-    EXPORT(cwbDB_ReturnHostErrorInfo),
-    EXPORT(cwbDB_SetDescribeOption),
-    EXPORT(cwbDB_StoreRequestParameters),
-    EXPORT(cwbDB_ReturnDataFormat),
-    EXPORT(cwbDB_PrepareDescribe),
-    EXPORT(cwbDB_Open),
-    EXPORT(cwbDB_SetBlockCount),
-    EXPORT(cwbDB_ReturnData),
-    EXPORT(cwbDB_Fetch),
-    EXPORT(cwbDB_GetColumnCount),
-    EXPORT(cwbDB_GetColumnLength),
-    EXPORT(cwbDB_GetColumnType),
-    EXPORT(cwbDB_GetColumnCCSID),
-    EXPORT(cwbDB_GetColumnName),
-    EXPORT(cwbDB_GetColumnScale),
-    EXPORT(cwbDB_GetDataPointer),
-    EXPORT(cwbDB_GetDataLength),
-    EXPORT(cwbDB_SetNamingConvention),
-};
-
-#undef EXPORT
+const Exports &exports = CwbExports();
 
 class CwbAnswer : public FamilyTest
 {};

@@ -1,8 +1,8 @@
 #include "families/domino/domino.h"
 
+#include "families/domino_exports.h"
 #include "families/domino_rows.h"
 #include "support/guarded_page.h"
-#include "targets/domino_recorder.h"
 #include "unit/families/family_rows.h"
 
 #include <algorithm>
@@ -12,17 +12,7 @@
 namespace kessil::test {
 namespace {
 
-const Exports exports = {
-    {"DominoGetSession", reinterpret_cast<void *>(DominoGetSession)},
-    {"DominoCloseSession", reinterpret_cast<void *>(DominoCloseSession)},
-    {"DominoFindFirstDatabase", reinterpret_cast<void *>(DominoFindFirstDatabase)},
-    {"DominoFindNextDatabase", reinterpret_cast<void *>(DominoFindNextDatabase)},
-    {"DominoGetDatabaseInfo", reinterpret_cast<void *>(DominoGetDatabaseInfo)},
-    {"DominoCopyDatabase", reinterpret_cast<void *>(DominoCopyDatabase)},
-    {"DominoGetErrorMessage", reinterpret_cast<void *>(DominoGetErrorMessage)},
-    {"DominoSetPassword", reinterpret_cast<void *>(DominoSetPassword)},
-    {"DominoGetNotesVersion", reinterpret_cast<void *>(DominoGetNotesVersion)},
-};
+const Exports &exports = DominoExports();
 
 class DominoRowsTest : public FamilyTest
 {};

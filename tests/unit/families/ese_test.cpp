@@ -1,8 +1,8 @@
 #include "families/ese/ese.h"
 
+#include "families/ese_exports.h"
 #include "families/ese_rows.h"
 #include "platform/last_error.h"
-#include "targets/ese_recorder.h"
 #include "targets/leave_last_error.h"
 #include "unit/families/family_rows.h"
 
@@ -14,24 +14,7 @@ void LeaveLastError(std::uint32_t code)
 namespace kessil::test {
 namespace {
 
-#define EXPORT(function)                                                                                               \
-    {                                                                                                                  \
-#function, reinterpret_cast < void *>(function)                                                                \
-    }
-
-const Exports exports = {
-    EXPORT(HrESEBackupPrepare),      EXPORT(HrESEBackupSetup),
-    EXPORT(HrESEBackupOpenFile),     EXPORT(HrESEBackupReadFile),
-    EXPORT(HrESEBackupCloseFile),    EXPORT(HrESEBackupGetLogAndPatchFiles),
-    EXPORT(HrESEBackupTruncateLogs), EXPORT(HrESEBackupInstanceEnd),
-    EXPORT(HrESEBackupEnd),          EXPORT(HrESEBackupRestoreGetRegistered),
-    EXPORT(HrESERestoreOpen),        EXPORT(HrESERestoreReopen),
-    EXPORT(HrESERestoreAddDatabase), EXPORT(HrESERestoreOpenFile),
-    EXPORT(HrESERestoreClose),       EXPORT(HrESERestoreSaveEnvironment),
-    EXPORT(HrESERestoreComplete),
-};
-
-#undef EXPORT
+const Exports &exports = EseExports();
 
 class EseRowsTest : public FamilyTest
 {};

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "callers/signature_table.h"
+#include "families/exports.h"
 #include "families/row.h"
 #include "unit/channel_fixture.h"
 #include "unit/families/stand_in.h"
@@ -10,9 +11,6 @@
 #include <string>
 
 namespace kessil::test {
-
-/// The functions of a stand-in library, by name.
-using Exports = std::map<std::string, void *>;
 
 /// Base of a family's own suite. The rows of one family on fakes: its handlers, found by their signatures, and a
 /// stand-in library in this process.

@@ -1,7 +1,7 @@
 #include "families/mapi/mapi.h"
 
+#include "families/mapi_exports.h"
 #include "families/mapi_rows.h"
-#include "targets/mapi_recorder.h"
 #include "unit/families/family_rows.h"
 
 #include <algorithm>
@@ -9,28 +9,7 @@
 namespace kessil::test {
 namespace {
 
-const Exports exports = {
-    {"MapiCreate", reinterpret_cast<void *>(MapiCreate)},
-    {"MapiDelete", reinterpret_cast<void *>(MapiDelete)},
-    {"MapiRestore", reinterpret_cast<void *>(MapiRestore)},
-    {"MapiFindFolder", reinterpret_cast<void *>(MapiFindFolder)},
-    {"MapiOpenFolderSearch", reinterpret_cast<void *>(MapiOpenFolderSearch)},
-    {"MapiGetNextFolder", reinterpret_cast<void *>(MapiGetNextFolder)},
-    {"MapiCloseSearch", reinterpret_cast<void *>(MapiCloseSearch)},
-    {"MapiOpenMailSearch", reinterpret_cast<void *>(MapiOpenMailSearch)},
-    {"MapiGetNextMail", reinterpret_cast<void *>(MapiGetNextMail)},
-    {"MapiGetNextMails", reinterpret_cast<void *>(MapiGetNextMails)},
-    {"MapiReadMail", reinterpret_cast<void *>(MapiReadMail)},
-    {"MapiWriteMail", reinterpret_cast<void *>(MapiWriteMail)},
-    {"MapiCloseMail", reinterpret_cast<void *>(MapiCloseMail)},
-    {"MapiLoginProfile", reinterpret_cast<void *>(MapiLoginProfile)},
-    {"MapiCreateProfileWithIProfAdmin", reinterpret_cast<void *>(MapiCreateProfileWithIProfAdmin)},
-    {"MapiDeleteProfile", reinterpret_cast<void *>(MapiDeleteProfile)},
-    {"MapiOpenMail", reinterpret_cast<void *>(MapiOpenMail)},
-    {"MapiGetLastError", reinterpret_cast<void *>(MapiGetLastError)},
-    {"MapiBackupDLLVersion", reinterpret_cast<void *>(MapiBackupDLLVersion)},
-    {"MapiChangeDupID", reinterpret_cast<void *>(MapiChangeDupID)},
-};
+const Exports &exports = MapiExports();
 
 class MapiRowsTest : public FamilyTest
 {};
