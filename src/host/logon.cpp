@@ -19,12 +19,6 @@ platform::LogonKind KindOf(std::uint32_t logon_flag)
     return os_major_version < network_logon_version ? platform::LogonKind::Interactive : platform::LogonKind::Network;
 }
 
-bool Refused(std::uint32_t code, const char16_t *operation, WideString &error)
-{
-    error = FormatSystemError(code, operation);
-    return false;
-}
-
 void CloseToken(platform::ProcessToken hToken, std::int32_t level)
 {
     KESSIL_LOG(level, library_caller_component, "Closing handle hToken " << hToken);

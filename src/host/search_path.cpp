@@ -6,16 +6,6 @@
 
 namespace kessil {
 
-namespace {
-
-bool Refused(std::uint32_t code, const char16_t *operation, WideString &error)
-{
-    error = FormatSystemError(code, operation);
-    return false;
-}
-
-} // namespace
-
 bool AddPath(const WideString &directories, WideString &error)
 {
     const auto path = platform::ReadEnvironment(u"PATH");
