@@ -2,6 +2,7 @@
 
 #include "child.h"
 #include "fakes/call_log.h"
+#include "fakes/fake_code_page.h"
 #include "fakes/fake_critical_section.h"
 #include "fakes/fake_environment.h"
 #include "fakes/fake_file_time.h"
@@ -99,6 +100,7 @@ FakeRun RunChild(const FakeStart &start)
 void SetTheStage()
 {
     call_log = {};
+    fake_code_page = {};
     fake_critical_section = {};
     fake_environment = {};
     fake_guard = {};

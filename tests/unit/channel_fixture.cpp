@@ -1,5 +1,6 @@
 #include "unit/channel_fixture.h"
 
+#include "fakes/fake_code_page.h"
 #include "fakes/fake_critical_section.h"
 #include "fakes/fake_environment.h"
 #include "fakes/fake_guard.h"
@@ -46,6 +47,7 @@ FakesTest::FakesTest()
     GetLogManager()->Config().level = log_debug;
     records.clear();
     call_log = CallLog();
+    fake_code_page = FakeCodePage();
     fake_critical_section = FakeCriticalSection();
     fake_environment = FakeEnvironment();
     fake_guard = FakeGuard();
