@@ -10,11 +10,12 @@ if(KESSIL_SANITIZE)
 endif()
 include(GoogleTest)
 
-# kessil_test(NAME SOURCES ... LINKS ... [PREFIX text] [TIMEOUT seconds] [ENVIRONMENT ...]): one test program, one ctest
-# entry per test case, its name behind the prefix. ctest runs the cases in processes of their own, so a case that hangs
-# or dies is only one failure.
+# kessil_test(NAME SOURCES ... LINKS ... [PREFIX text] [TIMEOUT seconds] [ENVIRONMENT ...] [SHARDS n]): one test program,
+# one ctest entry per test case, its name behind the prefix. ctest runs the cases in processes of their own, so a case
+# that hangs or dies is only one failure. A program of many hundred short cases, where the processes would take more
+# time than the cases, runs in n shards instead, each of them one entry.
 function(kessil_test name)
-    cmake_parse_arguments(ARG "" "PREFIX;TIMEOUT" "SOURCES;LINKS;ENVIRONMENT" ${ARGN})
+    cmake_parse_arguments(ARG "" "PREFIX;TIMEOUT;SHARDS" "SOURCES;LINKS;ENVIRONMENT" ${ARGN})
     if(NOT ARG_TIMEOUT)
         set(ARG_TIMEOUT 120)
     endif()
@@ -27,6 +28,15 @@ function(kessil_test name)
     if(ARG_ENVIRONMENT)
         set_target_properties(${name} PROPERTIES
             CROSSCOMPILING_EMULATOR "${CMAKE_COMMAND};-E;env;${ARG_ENVIRONMENT};${CMAKE_CROSSCOMPILING_EMULATOR}")
+    endif()
+    if(ARG_SHARDS)
+        foreach(shard RANGE 1 ${ARG_SHARDS})
+            math(EXPR index "${shard} - 1")
+            add_test(NAME ${ARG_PREFIX}${name}.${shard} COMMAND ${name})
+            set_tests_properties(${ARG_PREFIX}${name}.${shard} PROPERTIES
+                TIMEOUT ${ARG_TIMEOUT} ENVIRONMENT "GTEST_TOTAL_SHARDS=${ARG_SHARDS};GTEST_SHARD_INDEX=${index}")
+        endforeach()
+        return()
     endif()
     gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 120
         TEST_PREFIX "${ARG_PREFIX}"

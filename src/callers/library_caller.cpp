@@ -25,39 +25,27 @@ void ReplyLoadFailed(CIPCCommunication &channel)
 
 } // namespace
 
-CLibraryCaller::CLibraryCaller(std::span<const SignatureRow> rows, AfterLoadHook after_load) : m_afterLoad(after_load)
-{
-    m_handlers.reserve(rows.size());
-    for (const SignatureRow &row : rows) {
-        if (row.first != nullptr)
-            m_handlers.emplace(row.signature, row.first);
-    }
-}
-
-CLibraryCaller::~CLibraryCaller()
-{
-    ReleaseLibraries();
-}
+CLibraryCaller::CLibraryCaller(std::span<const SignatureRow> rows, AfterLoadHook after_load)
+    : m_rows(rows), m_afterLoad(after_load)
+{}
 
 void CLibraryCaller::LoadLibraryW(const WideString &name, CIPCCommunication &channel)
 {
     m_lastHandler = nullptr;
-    if (const auto loaded = m_libraries.find(name); loaded != m_libraries.end())
-        Release(loaded);
-    platform::ModuleHandle const module = platform::LoadModule(name);
+    platform::ModuleHandle const module = m_libraries.Replace(name);
     if (module == nullptr) {
         ReplyLoadFailed(channel);
         return;
     }
     SendSuccessReply(channel);
-    m_libraries.emplace(name, module);
+    m_libraries.Enter(name, module);
     m_afterLoad(channel, name, module);
 }
 
 void CLibraryCaller::CallFunction(const IPCStruct_FunctionCall &request, CIPCCommunication &channel)
 {
     m_lastHandler = nullptr;
-    platform::ModuleHandle const module = FindLibrary(request.library);
+    platform::ModuleHandle const module = m_libraries.Find(request.library);
     if (module == nullptr) {
         KESSIL_LOG(log_error, library_caller_component, "Failed to find library...");
         ReplyNotFound(channel, u"Failed to find library...");
@@ -68,15 +56,15 @@ void CLibraryCaller::CallFunction(const IPCStruct_FunctionCall &request, CIPCCom
         ReplyNotFound(channel, u"Failed to get function address...");
         return;
     }
-    const auto handler = m_handlers.find(request.signature);
-    if (handler == m_handlers.end()) {
+    const Handler handler = FindHandler(m_rows, request.signature, &SignatureRow::first);
+    if (handler == nullptr) {
         SendFailureReply(channel, u"Invalid signature");
         KESSIL_LOG(log_error, library_caller_component, "Invalid signature:" << request.signature);
         return;
     }
-    m_lastHandler = handler->second;
+    m_lastHandler = handler;
     m_lastFunction = function;
-    handler->second(channel, function);
+    handler(channel, function);
 }
 
 bool CLibraryCaller::RepeatCall(CIPCCommunication &channel)
@@ -87,24 +75,10 @@ bool CLibraryCaller::RepeatCall(CIPCCommunication &channel)
     return true;
 }
 
-platform::ModuleHandle CLibraryCaller::FindLibrary(const WideString &name) const
-{
-    const auto library = name.empty() ? m_libraries.begin() : m_libraries.find(name);
-    return library == m_libraries.end() ? nullptr : library->second;
-}
-
 void CLibraryCaller::ReleaseLibraries()
 {
     m_lastHandler = nullptr;
-    while (!m_libraries.empty())
-        Release(m_libraries.begin());
-}
-
-void CLibraryCaller::Release(std::map<WideString, platform::ModuleHandle>::iterator library)
-{
-    platform::ModuleHandle const module = library->second;
-    m_libraries.erase(library);
-    platform::FreeModule(module);
+    m_libraries.ReleaseAll();
 }
 
 } // namespace kessil

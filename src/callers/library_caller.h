@@ -1,23 +1,15 @@
 #pragma once
 
+#include "callers/loaded_libraries.h"
 #include "callers/signature_table.h"
 #include "channel/records.h"
-#include "platform/module.h"
 
-#include <map>
 #include <span>
-#include <string_view>
-#include <unordered_map>
 
 namespace kessil {
 
-/// The component's name in the log.
+/// The name in the log of both callers.
 inline constexpr const char *library_caller_component = "LibraryCaller";
-
-class CIPCCommunication;
-
-/// Runs after every successful load, with the name as the parent sent it.
-using AfterLoadHook = void (*)(CIPCCommunication &channel, const WideString &name, platform::ModuleHandle module);
 
 /// Serves 'L' and 'F' requests: keeps the libraries that the parent loads, and leads a call to the export and to the
 /// handler of its signature. Every outcome goes to the parent as a reply, here or from the handler.
@@ -26,9 +18,6 @@ class CLibraryCaller
 public:
     /// `rows` must outlive the object.
     CLibraryCaller(std::span<const SignatureRow> rows, AfterLoadHook after_load);
-    ~CLibraryCaller();
-    CLibraryCaller(const CLibraryCaller &) = delete;
-    CLibraryCaller &operator=(const CLibraryCaller &) = delete;
 
     /// Loads a library under its name. A library of exactly that name is released first, and stays gone when the load
     /// fails. Replies 'S', or 'E' with return code 0, the system's code and text.
@@ -42,16 +31,12 @@ public:
     /// library was loaded or released since. A library that unloads itself in a call is not allowed for.
     bool RepeatCall(CIPCCommunication &channel);
 
-    /// Releases the libraries, in the order of their names. A library leaves the table before its own code runs, so
-    /// that a fault in it leaves the rest to a further call. May be called after a fault.
+    /// Releases the libraries; see LoadedLibraries::ReleaseAll.
     void ReleaseLibraries();
 
 private:
-    void Release(std::map<WideString, platform::ModuleHandle>::iterator library);
-    platform::ModuleHandle FindLibrary(const WideString &name) const;
-
-    std::map<WideString, platform::ModuleHandle> m_libraries;
-    std::unordered_map<std::string_view, Handler> m_handlers;
+    LoadedLibraries m_libraries;
+    std::span<const SignatureRow> m_rows;
     AfterLoadHook m_afterLoad;
     Handler m_lastHandler = nullptr; // null when there is no call to repeat
     void *m_lastFunction = nullptr;

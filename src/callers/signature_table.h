@@ -3,6 +3,7 @@
 #include "marshal/handler.h"
 
 #include <span>
+#include <string_view>
 
 namespace kessil {
 
@@ -10,12 +11,15 @@ namespace kessil {
 /// where that generation doesn't know the signature.
 struct SignatureRow
 {
-    const char *signature;
+    std::string_view signature;
     Handler first;
     Handler second;
 };
 
 /// Every signature that parents may send. The strings are a contract with them, odd spellings included.
 std::span<const SignatureRow> SignatureTable();
+
+/// The handler of that signature, compared exactly, in one column of `rows`; null when there is none.
+Handler FindHandler(std::span<const SignatureRow> rows, std::string_view signature, Handler SignatureRow::*generation);
 
 } // namespace kessil

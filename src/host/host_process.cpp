@@ -1,5 +1,7 @@
 #include "host/host_process.h"
 
+#include "callers/library_caller.h"
+#include "callers/library_caller_alt.h"
 #include "channel/ipc_communication.h"
 #include "host/report.h"
 #include "host/request_loop.h"
@@ -47,13 +49,18 @@ bool Guarded(Body body)
 int ServeParent(CIPCCommunication &channel, const HostTables &tables, WideString &error)
 {
     CLibraryCaller caller(tables.signatures, tables.after_load);
-    RequestLoop loop(channel, caller, error);
+    CLibraryCallerAlt caller_alt(tables.signatures, tables.after_load);
+    RequestLoop loop(channel, caller, caller_alt, tables.commands, error);
     platform::PrepareGuard();
 
     int exit_code = exception_exit_code;
     if (!Guarded([&] { exit_code = loop.Run(); }))
         exit_code = exception_exit_code;
-    while (!Guarded([&] { caller.ReleaseLibraries(); }))
+    const auto release = [&] {
+        caller_alt.ReleaseLibraries();
+        caller.ReleaseLibraries();
+    };
+    while (!Guarded(release))
         exit_code = exception_exit_code;
     return exit_code;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
-#include "callers/library_caller.h"
+#include "callers/command_table.h"
+#include "callers/loaded_libraries.h"
 #include "callers/signature_table.h"
 #include "host/host_options.h"
 
@@ -12,10 +13,11 @@ namespace kessil {
 /// The operating system's major version; 0 until start-up has read it, or when the system doesn't tell.
 extern std::uint32_t os_major_version;
 
-/// What the process works with: the signatures that it serves, and what follows a load.
+/// What the process works with: the signatures and the commands that it serves, and what follows a load.
 struct HostTables
 {
     std::span<const SignatureRow> signatures;
+    std::span<const CommandRow> commands;
     AfterLoadHook after_load;
 };
 

@@ -1,6 +1,7 @@
 #include "host/request_loop.h"
 
 #include "callers/library_caller.h"
+#include "callers/library_caller_alt.h"
 #include "channel/ipc_communication.h"
 #include "host/error_text.h"
 #include "host/logon.h"
@@ -55,6 +56,8 @@ std::optional<int> RequestLoop::Dispatch(char type, const unsigned char *data, s
         return ServeAddPath(data, size);
     case 'L':
         return ServeLoadLibrary(data, size);
+    case 'l':
+        return ServeLoadLibraryAlt(data, size);
     case 'F':
         return ServeFunctionCall(data, size);
     case 'f':
@@ -100,6 +103,16 @@ std::optional<int> RequestLoop::ServeLoadLibrary(const unsigned char *data, std:
     return std::nullopt;
 }
 
+// The whole payload is the name, a unit for each byte; a zero byte ends it early.
+std::optional<int> RequestLoop::ServeLoadLibraryAlt(const unsigned char *data, std::uint32_t size)
+{
+    const WideString name(data, std::find(data, data + size, 0));
+    KESSIL_LOG(log_debug, host_component,
+               "Working Alt with LoadLib:  load_lib_cmd==" << std::string(name.begin(), name.end()));
+    m_callerAlt.LoadLibraryW(name, m_channel);
+    return std::nullopt;
+}
+
 std::optional<int> RequestLoop::ServeFunctionCall(const unsigned char *data, std::uint32_t size)
 {
     // A parent that moves a file makes the same call over and over, with other data in the section.
@@ -130,6 +143,9 @@ std::optional<int> RequestLoop::ServeCommand()
         KESSIL_LOG(log_debug, host_component, "Exiting on account of command " << call.command);
         return 0;
     }
+    if (SignatureNameOf(m_commands, call.command, call.signature) &&
+        FunctionNameOf(m_commands, call.command, call.function))
+        m_callerAlt.CallFunction(call, m_channel);
     return std::nullopt;
 }
 

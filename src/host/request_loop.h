@@ -1,24 +1,29 @@
 #pragma once
 
+#include "callers/command_table.h"
 #include "channel/records.h"
 #include "platform/text.h"
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <vector>
 
 namespace kessil {
 
 class CIPCCommunication;
 class CLibraryCaller;
+class CLibraryCallerAlt;
 
 /// Reads one request after the other, has its work done, and sees that an answer goes out. A failed operation is
 /// answered and the loop goes on; a malformed request, an unknown one or a broken channel ends the process.
 class RequestLoop
 {
 public:
-    RequestLoop(CIPCCommunication &channel, CLibraryCaller &caller, WideString &error)
-        : m_channel(channel), m_caller(caller), m_error(error)
+    /// Everything must outlive the loop. `caller` serves 'L' and 'F', `caller_alt` serves 'l' and 'f'.
+    RequestLoop(CIPCCommunication &channel, CLibraryCaller &caller, CLibraryCallerAlt &caller_alt,
+                std::span<const CommandRow> commands, WideString &error)
+        : m_channel(channel), m_caller(caller), m_callerAlt(caller_alt), m_commands(commands), m_error(error)
     {}
 
     /// Serves requests until one of them, or the channel, ends the process. Returns the exit code. Exceptions of the
@@ -32,6 +37,7 @@ private:
     std::optional<int> ServeLogon(const unsigned char *data, std::uint32_t size);
     std::optional<int> ServeAddPath(const unsigned char *data, std::uint32_t size);
     std::optional<int> ServeLoadLibrary(const unsigned char *data, std::uint32_t size);
+    std::optional<int> ServeLoadLibraryAlt(const unsigned char *data, std::uint32_t size);
     std::optional<int> ServeFunctionCall(const unsigned char *data, std::uint32_t size);
     bool IsLastCall(const unsigned char *data, std::uint32_t size) const;
     std::optional<int> ServeCommand();
@@ -42,6 +48,8 @@ private:
 
     CIPCCommunication &m_channel;
     CLibraryCaller &m_caller;
+    CLibraryCallerAlt &m_callerAlt;
+    std::span<const CommandRow> m_commands;
     WideString &m_error;
     IPCStruct_FunctionCall m_call;            // kept so that a steady stream of calls allocates nothing
     std::vector<unsigned char> m_lastPayload; // what m_call was parsed from; empty when that is too long to keep

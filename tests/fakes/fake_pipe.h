@@ -46,6 +46,7 @@ public:
     std::uint32_t missing_code = 2;     ///< what ConnectPipe fails with for another name
     std::uint32_t connect_code = 0;     ///< when not 0, ConnectPipe fails with it
     std::uint32_t end_code = 109;       ///< what a read behind the last step fails with
+    bool ends_quietly = false;          ///< such a read succeeds and brings nothing
     std::uint32_t bad_handle_code = 6;  ///< what use of a pipe that isn't open fails with
     std::size_t reads = 0;              ///< reads so far, failed ones included
     std::vector<std::uint32_t> sizes;   ///< what each of them asked for, while call_log records

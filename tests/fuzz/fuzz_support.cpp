@@ -1,6 +1,7 @@
 #include "fuzz/fuzz_support.h"
 
 #include "fakes/call_log.h"
+#include "fakes/fake_code_page.h"
 #include "fakes/fake_environment.h"
 #include "fakes/fake_logon.h"
 #include "fakes/fake_message_table.h"
@@ -28,6 +29,7 @@ void ResetAll()
     fake_section = FakeSection();
     fake_section.largest = 1U << 20;
     fake_module = FakeModule();
+    fake_code_page = FakeCodePage();
     fake_environment = FakeEnvironment();
     fake_environment.variables[u"PATH"] = u"C:\\windows";
     fake_logon = FakeLogon();
@@ -45,21 +47,50 @@ void DeliverStream(std::uint8_t chunk, std::uint8_t end, const Bytes &bytes)
         fake_pipe.DeliverNothing();
 }
 
-char RequireFrames()
+namespace {
+
+// The end of the frame that begins at `from`; `type` is its type.
+std::size_t RequireFrame(std::size_t from, char &type)
 {
     const Bytes &bytes = fake_pipe.written;
+    Require(bytes.size() - from >= 5);
+    type = static_cast<char>(bytes[from]);
+    Require(std::memchr("SEMR", type, 4) != nullptr);
+    const std::size_t length = (std::size_t{bytes[from + 1]} << 24) + (std::size_t{bytes[from + 2]} << 16) +
+                               (std::size_t{bytes[from + 3]} << 8) + bytes[from + 4];
+    Require(bytes.size() - from - 5 >= length);
+    Require(type != 'S' || length == 0);
+    return from + 5 + length;
+}
+
+// The end of the number 1 or -1 that begins at `from`.
+std::size_t RequireStatus(std::size_t from)
+{
+    const Bytes &bytes = fake_pipe.written;
+    Require(bytes.size() - from >= 4);
+    const unsigned char filler = bytes[from];
+    Require(bytes[from + 1] == filler && bytes[from + 2] == filler);
+    Require(bytes[from + 3] == (filler == 0 ? 1 : 0xFF));
+    return from + 4;
+}
+
+} // namespace
+
+char RequireFrames()
+{
     char type = 0;
-    for (std::size_t i = 0; i < bytes.size();) {
-        Require(bytes.size() - i >= 5);
-        type = static_cast<char>(bytes[i]);
-        Require(std::memchr("SEMR", type, 4) != nullptr);
-        const std::size_t length = (std::size_t{bytes[i + 1]} << 24) + (std::size_t{bytes[i + 2]} << 16) +
-                                   (std::size_t{bytes[i + 3]} << 8) + bytes[i + 4];
-        Require(bytes.size() - i - 5 >= length);
-        Require(type != 'S' || length == 0);
-        i += 5 + length;
-    }
+    for (std::size_t i = 0; i < fake_pipe.written.size();)
+        i = RequireFrame(i, type);
     return type;
+}
+
+void RequireFramesAndStatuses()
+{
+    char type = 0;
+    for (std::size_t i = 0; i < fake_pipe.written.size();) {
+        const unsigned char first = fake_pipe.written[i];
+        i = first == 0 || first == 0xFF ? RequireStatus(i) : RequireFrame(i, type);
+    }
 }
 
 void RequireAllReleased()

@@ -50,6 +50,9 @@ void DeliverStream(std::uint8_t chunk, std::uint8_t end, const Bytes &bytes);
 /// What went out must be whole frames of the types that a parent knows. Returns the last one's type, 0 when none.
 char RequireFrames();
 
+/// The same, and between the frames there may be bare numbers 1 and -1, which begin as no frame does.
+void RequireFramesAndStatuses();
+
 /// Nothing may be held any more.
 void RequireAllReleased();
 

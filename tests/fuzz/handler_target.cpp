@@ -8,6 +8,7 @@
 #include <exception>
 #include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 // One byte: which handler. One: what its target answers. One: what the parent answers to a new section. Then the
@@ -44,9 +45,10 @@ const std::vector<FuzzedCall> &Calls()
         }
         for (const std::string &signature : not_fuzzed)
             handlers.insert(HandlerOf(signature));
-        // No handler is forgotten.
+        // No handler is forgotten. Those of the adapter have a target of their own.
         for (const SignatureRow &row : SignatureTable())
-            Require(row.first == nullptr || handlers.count(row.first) != 0);
+            Require(row.first == nullptr || handlers.count(row.first) != 0 ||
+                    row.signature.starts_with("SIGNATURE_VADP"));
         Require(handlers.count(nullptr) == 0);
         return all;
     }();

@@ -1,3 +1,4 @@
+#include "fuzz/fuzzed_commands.h"
 #include "fuzz/fuzzed_rows.h"
 #include "support/wire.h"
 
@@ -73,6 +74,9 @@ std::vector<Conversation> Conversations()
                          Frame('P', Wide(u"C:\\lib")) + Frame('X', Be32(5) + Wide(u"messages.dll")) + load +
                          Call("GetBackupType") + stop},
         {"commands", Hex("66 02 66 3F 66 01")},
+        {"second_generation", announce + Frame('l', Plain("vorn.dll")) + Hex("66 03 66 04 66 11") + stop},
+        {"bare_values", Frame('l', Plain("vorn.dll")) + Hex("66 02") + Be32(7) + Be64(7) + Be32(2) + Plain("ab") +
+                            Be32(3) + Plain("abc") + Hex("66 02") + Be32(7) + Be64(7) + Be32(1025) + stop},
         {"parent_gone", load + Call("GetBackupType")},
     };
 }
@@ -182,6 +186,47 @@ void WriteHandlers(const std::filesystem::path &root)
     }
 }
 
+// One call of the adapter target, whose adapter answers something.
+Bytes Asked(const std::string &signature, bool in_section, const Bytes &arguments)
+{
+    const std::size_t place = PlaceOf(FuzzedCommands(), signature, in_section);
+    if (place == FuzzedCommands().size() || arguments.size() > 255)
+        return {};
+    return Bytes{static_cast<unsigned char>(place), 9, static_cast<unsigned char>(arguments.size())} + arguments;
+}
+
+Bytes Joined(const std::vector<std::string> &elements)
+{
+    Bytes bytes;
+    for (const std::string &element : elements)
+        bytes = bytes + Hex(element);
+    return bytes;
+}
+
+Bytes Taken(const std::vector<Step> &steps)
+{
+    Bytes bytes = {0};
+    for (const Step &step : steps)
+        bytes = bytes + Asked(step.signature, true, Joined(step.in));
+    return bytes;
+}
+
+void WriteAdapterCalls(const std::filesystem::path &root)
+{
+    const Corpus calls(root, "adapter");
+    std::size_t number = 0;
+    for (const AdapterRow &row : AllAdapterRows())
+        calls.Add(row.function + "_" + std::to_string(number++),
+                  Taken(row.before) + Asked(row.signature, true, Joined(row.in)));
+    for (const CommandRow &row : AllCommandRows()) {
+        Bytes values;
+        for (const Value &value : row.in)
+            values = values + Hex(value.bytes);
+        calls.Add(row.function + "_" + std::to_string(number++),
+                  Taken(row.before) + Asked(row.signature, false, values));
+    }
+}
+
 } // namespace
 } // namespace kessil::test
 
@@ -195,5 +240,6 @@ int main(int argc, char **argv)
     kessil::test::WriteRecords(argv[1]);
     kessil::test::WriteElements(argv[1]);
     kessil::test::WriteHandlers(argv[1]);
+    kessil::test::WriteAdapterCalls(argv[1]);
     return 0;
 }

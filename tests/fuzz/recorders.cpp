@@ -53,6 +53,23 @@ void ScriptRecorders(std::uint8_t seed, std::size_t readable)
     answers += " count_up=" + std::to_string(readable);
 }
 
+void ScriptAdapter(std::uint8_t seed, bool listings)
+{
+    answers.clear();
+    if (seed % 4 == 0)
+        return;
+    const std::string number = "=" + std::to_string(seed);
+    for (const char *const out : {"result", "error", "credentials", "options", "session", "file", "cache", "disk",
+                                  "aclinfo", "reader", "number", "value", "extra", "timestamp", "count", "flag"})
+        answers += out + number + " ";
+    answers += listings ? "items=a:1:2:3,:4:5:6 " : "listing" + number + " ";
+    if (seed % 3 == 0)
+        answers += "thread_log=line level" + number + " ";
+    answers += "name=n";
+    if (seed % 5 != 0)
+        answers += " text=why";
+}
+
 } // namespace kessil::test
 
 // What the stand-in libraries are linked with in the place of files.

@@ -15,4 +15,8 @@ const FakeModule::Exports &Recorders();
 /// hand out has `readable` bytes behind it.
 void ScriptRecorders(std::uint8_t seed, std::size_t readable);
 
+/// The same for the stand-in adapter, which logs now and then. Where `listings` it hands out true ones, that the caller
+/// deletes; else addresses that nobody looks behind.
+void ScriptAdapter(std::uint8_t seed, bool listings);
+
 } // namespace kessil::test

@@ -78,22 +78,28 @@ void CallOwn(CIPCCommunication &channel, void * /*function*/)
     handler(channel, Address(own));
 }
 
+template <Handler handler, auto *own>
+constexpr SignatureRow BothGenerations(const char *signature)
+{
+    return {signature, CallOwn<handler, own>, CallOwn<handler, own>};
+}
+
 constexpr std::array rows = {
-    SignatureRow{"SIGNATURE_VornCreateSession", CallOwn<Process_VornCreateSession, CreateSession>, nullptr},
-    SignatureRow{"SIGNATURE_VornCloseSession", CallOwn<Process_VornCloseSession, OnOne>, nullptr},
-    SignatureRow{"SIGNATURE_VornCreateDir", CallOwn<Process_VornCreateDir, Create>, nullptr},
-    SignatureRow{"SIGNATURE_VornOpenDir", CallOwn<Process_VornOpenDir, OpenDir>, nullptr},
-    SignatureRow{"SIGNATURE_VornGetNextDirItem", CallOwn<Process_VornGetNextDirItem, GetNextDirItem>, nullptr},
-    SignatureRow{"SIGNATURE_VornCloseDir", CallOwn<Process_VornCloseDir, OnTwo>, nullptr},
-    SignatureRow{"SIGNATURE_VornCreateFile", CallOwn<Process_VornCreateFile, Create>, nullptr},
-    SignatureRow{"SIGNATURE_VornOpenFile", CallOwn<Process_VornOpenFile, OpenFile>, nullptr},
-    SignatureRow{"SIGNATURE_VornReadFile", CallOwn<Process_VornReadFile, Transfer>, nullptr},
-    SignatureRow{"SIGNATURE_VornWriteFile", CallOwn<Process_VornWriteFile, Transfer>, nullptr},
-    SignatureRow{"SIGNATURE_VornRestoreFile", CallOwn<Process_VornRestoreFile, OnTwo>, nullptr},
-    SignatureRow{"SIGNATURE_VornCloseFile", CallOwn<Process_VornCloseFile, OnTwo>, nullptr},
-    SignatureRow{"SIGNATURE_VornGetErrorText", CallOwn<Process_VornGetErrorText, GetErrorText>, nullptr},
-    SignatureRow{"SIGNATURE_GetLibApiVersion", CallOwn<Process_GetLibApiVersion, Answer>, nullptr},
-    SignatureRow{"SIGNATURE_GetBackupType", CallOwn<Process_GetBackupType, Answer>, nullptr},
+    BothGenerations<Process_VornCreateSession, CreateSession>("SIGNATURE_VornCreateSession"),
+    BothGenerations<Process_VornCloseSession, OnOne>("SIGNATURE_VornCloseSession"),
+    BothGenerations<Process_VornCreateDir, Create>("SIGNATURE_VornCreateDir"),
+    BothGenerations<Process_VornOpenDir, OpenDir>("SIGNATURE_VornOpenDir"),
+    BothGenerations<Process_VornGetNextDirItem, GetNextDirItem>("SIGNATURE_VornGetNextDirItem"),
+    BothGenerations<Process_VornCloseDir, OnTwo>("SIGNATURE_VornCloseDir"),
+    BothGenerations<Process_VornCreateFile, Create>("SIGNATURE_VornCreateFile"),
+    BothGenerations<Process_VornOpenFile, OpenFile>("SIGNATURE_VornOpenFile"),
+    BothGenerations<Process_VornReadFile, Transfer>("SIGNATURE_VornReadFile"),
+    BothGenerations<Process_VornWriteFile, Transfer>("SIGNATURE_VornWriteFile"),
+    BothGenerations<Process_VornRestoreFile, OnTwo>("SIGNATURE_VornRestoreFile"),
+    BothGenerations<Process_VornCloseFile, OnTwo>("SIGNATURE_VornCloseFile"),
+    BothGenerations<Process_VornGetErrorText, GetErrorText>("SIGNATURE_VornGetErrorText"),
+    BothGenerations<Process_GetLibApiVersion, Answer>("SIGNATURE_GetLibApiVersion"),
+    BothGenerations<Process_GetBackupType, Answer>("SIGNATURE_GetBackupType"),
 };
 
 } // namespace

@@ -12,8 +12,9 @@ namespace kessil::test {
 /// so it touches no data; everything else it answers from `seed`.
 FakeModule::Exports VornStandIn(std::uint8_t seed);
 
-/// The rows of its fifteen signatures. A parent may name any function beside any signature, and what comes of that is
-/// the library's affair; here the handler calls the signature's own function all the same.
+/// The rows of its fifteen signatures, the same for both generations. A parent may name any function beside any
+/// signature, and what comes of that is the library's affair; here the handler calls the signature's own function all
+/// the same.
 std::span<const SignatureRow> VornStandInRows();
 
 } // namespace kessil::test

@@ -43,7 +43,7 @@ TEST(OrderlyStop, LeavesWhatComesBehindItUnread)
 TEST(Command, ThatNamesNoCallGetsNoAnswerAndNoLine)
 {
     Conversation talk(0);
-    talk.Send(Hex("66 00 66 FE 66 FF"));
+    talk.Send(Hex("66 00 66 02 66 32 66 33 66 34 66 44 66 7E 66 80 66 FE 66 FF"));
     talk.Send(Hex("66 01"));
     talk.ExpectClosed();
     talk.End();
@@ -283,7 +283,7 @@ TEST(Pieces, ManyRequestsInOneWrite)
     Conversation talk(0);
     const Section section = Section::Create(talk.SectionName(u'0'), 16);
     talk.Send(SectionFrame(section.Name(), 16) + LoadFrame(TargetLibrary("plain")) +
-              CallFrame(u"", "Answer", "SIGNATURE_GetBackupType") + Hex("66 07") + CallFrame(u"", "Nothing", "x") +
+              CallFrame(u"", "Answer", "SIGNATURE_GetBackupType") + Hex("66 32") + CallFrame(u"", "Nothing", "x") +
               CallFrame(u"", "Answer", "x") + orderly_stop);
     talk.Expect(success);
     talk.Expect(success);
@@ -360,6 +360,11 @@ void CutEverywhere(const Bytes &request)
 TEST(Cut, ALoadAtEveryByte)
 {
     CutEverywhere(LoadFrame(u"no_such"));
+}
+
+TEST(Cut, ALoadOfTheSecondGenerationAtEveryByte)
+{
+    CutEverywhere(Frame('l', "no_such"));
 }
 
 TEST(Cut, ACallAtEveryByte)

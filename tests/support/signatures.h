@@ -2,7 +2,6 @@
 
 #include <array>
 #include <string_view>
-#include <vector>
 
 namespace kessil::test {
 
@@ -203,13 +202,5 @@ inline constexpr auto signatures = std::to_array<std::string_view>({
     "SIGNATURE_VADPDeleteVaioVM",
     "SIGNATURE_VADPCloneVM",
 });
-
-/// The signatures that no handler serves yet: those of the virtual-machine adapter.
-inline std::vector<std::string_view> UnservedSignatures()
-{
-    std::vector<std::string_view> unserved(signatures.begin(), signatures.end());
-    std::erase_if(unserved, [](std::string_view signature) { return !signature.starts_with("SIGNATURE_VADP"); });
-    return unserved;
-}
 
 } // namespace kessil::test

@@ -11,7 +11,8 @@
 #define TARGET_EXPORT extern "C" __attribute__((visibility("default")))
 #endif
 
-/// Exports the three functions without arguments that return a 32-bit number, each of which does what `work` does.
+/// Exports five functions without arguments that return a 32-bit number, each of which does what `work` does. Commands
+/// stand for the last two; the caller of these expects no result and ignores it.
 #define TARGET_ANSWERS_WITH(work)                                                                                      \
     TARGET_EXPORT std::uint32_t Answer()                                                                               \
     {                                                                                                                  \
@@ -22,6 +23,14 @@
         return work();                                                                                                 \
     }                                                                                                                  \
     TARGET_EXPORT std::uint32_t GetLibApiVersion()                                                                     \
+    {                                                                                                                  \
+        return work();                                                                                                 \
+    }                                                                                                                  \
+    TARGET_EXPORT std::uint32_t ExitVixDiskLib()                                                                       \
+    {                                                                                                                  \
+        return work();                                                                                                 \
+    }                                                                                                                  \
+    TARGET_EXPORT std::uint32_t ReadBlockSignature()                                                                   \
     {                                                                                                                  \
         return work();                                                                                                 \
     }

@@ -4,6 +4,7 @@
 #include "families/domino/domino.h"
 #include "families/ese/ese.h"
 #include "families/mapi/mapi.h"
+#include "families/vadp/vadp.h"
 #include "families/vorn/vorn.h"
 #include "support/signatures.h"
 
@@ -18,8 +19,8 @@
 namespace kessil::test {
 namespace {
 
-// What is served so far; every other row is answered as unknown.
-const std::map<std::string, Handler> served = {
+// All families but the virtual-machine adapter's have one handler for both generations.
+const std::map<std::string, Handler> of_both = {
     {"SIG_HR_ESE_BACKUP_PREPARE", Process_HrESEBackupPrepare},
     {"SIG_HR_ESE_BACKUP_END", Process_HrESEBackupEnd},
     {"SIG_HR_ESE_BACKUP_CLOSE_FILE", Process_HrESEBackupCloseFile},
@@ -143,12 +144,114 @@ const std::map<std::string, Handler> served = {
     {"SIGNATURE_DominoGetNotesVersion", Process_DominoGetNotesVersion},
 };
 
+struct Generations
+{
+    Handler first;
+    Handler second;
+};
+
+const std::map<std::string, Generations> of_the_adapter = {
+    {"SIGNATURE_VADPGetLibraryVersion", {Process_VADPGetLibraryVersion, ProcessAlt_VADPGetLibraryVersion}},
+    {"SIGNATURE_VADPCreateCredentials", {Process_VADPCreateCredentials, ProcessAlt_VADPCreateCredentials}},
+    {"SIGNATURE_VADPCreateBackupOptions", {Process_VADPCreateBackupOptions, ProcessAlt_VADPCreateBackupOptions}},
+    {"SIGNATURE_VADPFreeBackupOptions", {Process_VADPFreeBackupOptions, Process_VADPFreeBackupOptions}},
+    {"SIGNATURE_VADPOpenListing", {Process_VADPOpenListing, ProcessAlt_VADPOpenListing}},
+    {"SIGNATURE_VADPNextItem", {Process_VADPNextItem, Process_VADPNextItem}},
+    {"SIGNATURE_VADPFreeListing", {Process_VADPFreeListing, Process_VADPFreeListing}},
+    {"SIGNATURE_VADPStartBackupSession", {Process_VADPStartBackupSession, ProcessAlt_VADPStartBackupSession}},
+    {"SIGNATURE_VADPEndBackupSession", {Process_VADPEndBackupSession, ProcessAlt_VADPEndBackupSession}},
+    {"SIGNATURE_VADPGetBackupSessionFiles", {Process_VADPGetBackupSessionFiles, Process_VADPGetBackupSessionFiles}},
+    {"SIGNATURE_VADPReOpenBackupFile", {Process_VADPReOpenBackupFile, Process_VADPReOpenBackupFile}},
+    {"SIGNATURE_VADPOpenBackupFile", {Process_VADPOpenBackupFile, Process_VADPOpenBackupFile}},
+    {"SIGNATURE_VADPReadFileACL", {Process_VADPReadFileACL, Process_VADPReadFileACL}},
+    {"SIGNATURE_VADPReadBackupFile", {Process_VADPReadBackupFile, Process_VADPReadBackupFile}},
+    {"SIGNATURE_VADPCloseBackupFile", {Process_VADPCloseBackupFile, Process_VADPCloseBackupFile}},
+    {"SIGNATURE_VADPListDataStores", {Process_VADPListDataStores, ProcessAlt_VADPListDataStores}},
+    {"SIGNATURE_VADPListMachineProperties", {Process_VADPListMachineProperties, Process_VADPListMachineProperties}},
+    {"SIGNATURE_VADPListResourcePools", {Process_VADPListResourcePools, Process_VADPListResourcePools}},
+    {"SIGNATURE_VADPPrepareVMRestore", {Process_VADPPrepareVMRestore, ProcessAlt_VADPPrepareVMRestore}},
+    {"SIGNATURE_VADPSetOverrideValue", {Process_VADPSetOverrideValue, ProcessAlt_VADPSetOverrideValue}},
+    {"SIGNATURE_VADPEndVMRestore", {Process_VADPEndVMRestore, ProcessAlt_VADPEndVMRestore}},
+    {"SIGNATURE_VADPCreateACLInfo", {Process_VADPCreateACLInfo, Process_VADPCreateACLInfo}},
+    {"SIGNATURE_VADPGetACLInfo", {Process_VADPGetACLInfo, Process_VADPGetACLInfo}},
+    {"SIGNATURE_VADPWriteFileACL", {Process_VADPWriteFileACL, ProcessAlt_VADPWriteFileACL}},
+    {"SIGNATURE_VADPOpenRestoreFile", {Process_VADPOpenRestoreFile, ProcessAlt_VADPOpenRestoreFile}},
+    {"SIGNATURE_VADPWriteRestoreFile", {Process_VADPWriteRestoreFile, ProcessAlt_VADPWriteRestoreFile}},
+    {"SIGNATURE_VADPCloseRestoreFile", {Process_VADPCloseRestoreFile, ProcessAlt_VADPCloseRestoreFile}},
+    {"SIGNATURE_VADPInitVixDiskLib", {Process_VADPInitVixDiskLib, ProcessAlt_VADPInitVixDiskLib}},
+    {"SIGNATURE_VADPAddFolder", {Process_VADPAddFolder, ProcessAlt_VADPAddFolder}},
+    {"SIGNATURE_VADPExitVixDiskLib", {Process_VADPExitVixDiskLib, ProcessAlt_VADPExitVixDiskLib}},
+    {"SIGNATURE_VADPCreateListingCache", {Process_VADPCreateListingCache, Process_VADPCreateListingCache}},
+    {"SIGNATURE_VADPDeleteVM", {Process_VADPDeleteVM, ProcessAlt_VADPDeleteVM}},
+    {"SIGNATURE_VADPFreeListingCache", {Process_VADPFreeListingCache, Process_VADPFreeListingCache}},
+    {"SIGNATURE_VADPFreeCredentials", {Process_VADPFreeCredentials, Process_VADPFreeCredentials}},
+    {"SIGNATURE_VADPGetReadBufferUse", {Process_VADPGetReadBufferUse, Process_VADPGetReadBufferUse}},
+    {"SIGNATURE_VADPgetIndexBlocks", {Process_VADPgetIndexBlocks, Process_VADPgetIndexBlocks}},
+    {"SIGNATURE_VADPReconfigureMachine", {Process_VADPReconfigureMachine, Process_VADPReconfigureMachine}},
+    {"SIGNATURE_VADPOpenConfigRead", {Process_VADPOpenConfigRead, Process_VADPOpenConfigRead}},
+    {"SIGNATURE_VADPListConfigItems", {Process_VADPListConfigItems, Process_VADPListConfigItems}},
+    {"SIGNATURE_VADPGetDiskChangedSectorNum",
+     {Process_VADPGetDiskChangedSectorNum, ProcessAlt_VADPGetDiskChangedSectorNum}},
+    {"SIGNATURE_VADPGetDiskChangeIDS", {Process_VADPGetDiskChangeIDS, ProcessAlt_VADPGetDiskChangeIDS}},
+    {"SIGNATURE_VADPRenameMachine", {Process_VADPRenameMachine, ProcessAlt_VADPRenameMachine}},
+    {"SIGNATURE_VADPPowerOnVDR", {Process_VADPPowerOn, ProcessAlt_VADPPowerOn}},
+    {"SIGNATURE_VADPPowerOff", {Process_VADPPowerOff, ProcessAlt_VADPPowerOff}},
+    {"SIGNATURE_VADPWriteRestoreFileIncremental",
+     {Process_VADPWriteRestoreFileIncremental, ProcessAlt_VADPWriteRestoreFileIncremental}},
+    {"SIGNATURE_VADPCloseRestoreFileIncremental",
+     {Process_VADPCloseRestoreFileIncremental, ProcessAlt_VADPCloseRestoreFileIncremental}},
+    {"SIGNATURE_VADPOpenRestoreFileIncremental",
+     {Process_VADPOpenRestoreFileIncremental, ProcessAlt_VADPOpenRestoreFileIncremental}},
+    {"SIGNATURE_VADPEndVMRestoreIncremental",
+     {Process_VADPEndVMRestoreIncremental, ProcessAlt_VADPEndVMRestoreIncremental}},
+    {"SIGNATURE_VADPPrepareVMRestoreIncremental",
+     {Process_VADPPrepareVMRestoreIncremental, ProcessAlt_VADPPrepareVMRestoreIncremental}},
+    {"SIGNATURE_VADPReadBlock", {Process_VADPReadBlock, Process_VADPReadBlock}},
+    {"SIGNATURE_VADPVADPVersion", {Process_VADPVersion, Process_VADPVersion}},
+    {"SIGNATURE_VADPListDatacenters", {Process_VADPListDatacenters, ProcessAlt_VADPListDatacenters}},
+    {"SIGNATURE_VADPListMachines", {Process_VADPListMachines, ProcessAlt_VADPListMachines}},
+    {"SIGNATURE_VADPListFolders", {Process_VADPListFolders, ProcessAlt_VADPListFolders}},
+    {"SIGNATURE_VADPListHosts", {Process_VADPListHosts, ProcessAlt_VADPListHosts}},
+    {"SIGNATURE_VADPSnapshotVM", {Process_VADPSnapshotVM, ProcessAlt_VADPSnapshotVM}},
+    {"SIGNATURE_VADPGetVMConfig", {Process_VADPGetVMConfig, ProcessAlt_VADPGetVMConfig}},
+    {"SIGNATURE_VADPGetSnapshotConfig", {Process_VADPGetSnapshotConfig, ProcessAlt_VADPGetSnapshotConfig}},
+    {"SIGNATURE_VADPOpenDisk", {Process_VADPOpenDisk, ProcessAlt_VADPOpenDisk}},
+    {"SIGNATURE_VADPCloseDisk", {Process_VADPCloseDisk, ProcessAlt_VADPCloseDisk}},
+    {"SIGNATURE_VADPReadSectors", {Process_VADPReadSectors, ProcessAlt_VADPReadSectors}},
+    {"SIGNATURE_VADPWriteSectors", {Process_VADPWriteSectors, ProcessAlt_VADPWriteSectors}},
+    {"SIGNATURE_VADPSetVMConfig", {Process_VADPSetVMConfig, ProcessAlt_VADPSetVMConfig}},
+    {"SIGNATURE_VADPCreateVM", {Process_VADPCreateVM, ProcessAlt_VADPCreateVM}},
+    {"SIGNATURE_VADPReconfigVM", {Process_VADPReconfigVM, ProcessAlt_VADPReconfigVM}},
+    {"SIGNATURE_VADPPowerOnVaioVM", {Process_VADPPowerOnVaioVM, ProcessAlt_VADPPowerOnVaioVM}},
+    {"SIGNATURE_VADPPowerOffVaioVM", {Process_VADPPowerOffVaioVM, ProcessAlt_VADPPowerOffVaioVM}},
+    {"SIGNATURE_VADPGetHostCpus", {Process_VADPGetHostCpus, nullptr}},
+    {"SIGNATURE_VADPAttachPolicy", {Process_VADPAttachPolicy, ProcessAlt_VADPAttachPolicy}},
+    {"SIGNATURE_VADPReadBlockSignature", {Process_VADPReadBlockSignature, nullptr}},
+    {"SIGNATURE_VADPDeleteVaioVM", {nullptr, ProcessAlt_VADPDeleteVaioVM}},
+    {"SIGNATURE_VADPCloneVM", {nullptr, ProcessAlt_VADPCloneVM}},
+};
+
 std::vector<std::string> TableSignatures()
 {
     std::vector<std::string> strings;
     for (const SignatureRow &row : SignatureTable())
         strings.emplace_back(row.signature);
     return strings;
+}
+
+// How many rows have a handler in that column, and how many handlers there are.
+std::size_t Served(Handler SignatureRow::*generation)
+{
+    return static_cast<std::size_t>(
+        std::ranges::count_if(SignatureTable(), [&](const SignatureRow &row) { return row.*generation != nullptr; }));
+}
+std::size_t Different(Handler SignatureRow::*generation)
+{
+    std::set<Handler> different;
+    for (const SignatureRow &row : SignatureTable())
+        different.insert(row.*generation);
+    different.erase(nullptr);
+    return different.size();
 }
 
 TEST(SignatureTable, EverySignatureInItsPlace)
@@ -163,37 +266,71 @@ TEST(SignatureTable, NoSignatureTwice)
     EXPECT_EQ(std::set<std::string>(strings.begin(), strings.end()).size(), 193u);
 }
 
-TEST(SignatureTable, HandlersOfTheFirstGeneration)
+TEST(SignatureTable, BothGenerationsShareTheHandlersOfTheOtherFamilies)
 {
+    ASSERT_EQ(of_both.size(), 121u);
     for (const SignatureRow &row : SignatureTable()) {
-        const auto handler = served.find(row.signature);
-        EXPECT_EQ(row.first, handler == served.end() ? nullptr : handler->second) << row.signature;
+        if (of_the_adapter.contains(std::string(row.signature)))
+            continue;
+        ASSERT_TRUE(of_both.contains(std::string(row.signature))) << row.signature;
+        EXPECT_EQ(row.first, of_both.at(std::string(row.signature))) << row.signature;
+        EXPECT_EQ(row.second, of_both.at(std::string(row.signature))) << row.signature;
     }
 }
 
-TEST(SignatureTable, SecondGenerationHoldsTheSameHandlers)
+TEST(SignatureTable, HandlersOfTheAdapterInTheFirstGeneration)
 {
-    for (const SignatureRow &row : SignatureTable())
-        EXPECT_EQ(row.second, row.first) << row.signature;
-}
-
-TEST(SignatureTable, HandlersOf121RowsAndAllDifferent)
-{
-    std::set<Handler> handlers;
+    ASSERT_EQ(of_the_adapter.size(), 72u);
     for (const SignatureRow &row : SignatureTable()) {
-        if (row.first != nullptr)
-            handlers.insert(row.first);
+        if (const auto expected = of_the_adapter.find(std::string(row.signature)); expected != of_the_adapter.end()) {
+            EXPECT_EQ(row.first, expected->second.first) << row.signature;
+        }
     }
-    EXPECT_EQ(handlers.size(), 121u);
 }
 
-// The two rows that stand at the end are in the second table alone.
-TEST(SignatureTable, LastTwoRowsHaveNoFirstHandler)
+TEST(SignatureTable, HandlersOfTheAdapterInTheSecondGeneration)
 {
-    const auto table = SignatureTable();
-    ASSERT_EQ(table.size(), 193u);
-    EXPECT_EQ(table[191].first, nullptr);
-    EXPECT_EQ(table[192].first, nullptr);
+    for (const SignatureRow &row : SignatureTable()) {
+        if (const auto expected = of_the_adapter.find(std::string(row.signature)); expected != of_the_adapter.end()) {
+            EXPECT_EQ(row.second, expected->second.second) << row.signature;
+        }
+    }
+}
+
+// 70 handlers of the adapter beside the 121 of the other families.
+TEST(SignatureTable, FirstGenerationHas191HandlersAllDifferent)
+{
+    EXPECT_EQ(Served(&SignatureRow::first), 191u);
+    EXPECT_EQ(Different(&SignatureRow::first), 191u);
+}
+
+TEST(SignatureTable, SecondGenerationHas191HandlersAllDifferent)
+{
+    EXPECT_EQ(Served(&SignatureRow::second), 191u);
+    EXPECT_EQ(Different(&SignatureRow::second), 191u);
+}
+
+TEST(SignatureTable, GenerationsShareTheHandlersOf144Rows)
+{
+    EXPECT_EQ(std::ranges::count_if(SignatureTable(), [](const SignatureRow &row) { return row.first == row.second; }),
+              144);
+}
+
+TEST(HandlerSearch, FindsTheHandlerOfExactlyThatSignatureInTheColumn)
+{
+    constexpr Handler one = Process_GetBackupType;
+    constexpr Handler two = Process_GetLibApiVersion;
+    const std::vector<SignatureRow> table = {{"A", one, two}, {"B", one, nullptr}, {"C", nullptr, two}};
+    EXPECT_EQ(FindHandler(table, "A", &SignatureRow::first), one);
+    EXPECT_EQ(FindHandler(table, "A", &SignatureRow::second), two);
+    EXPECT_EQ(FindHandler(table, "B", &SignatureRow::first), one);
+    EXPECT_EQ(FindHandler(table, "B", &SignatureRow::second), nullptr);
+    EXPECT_EQ(FindHandler(table, "C", &SignatureRow::first), nullptr);
+    EXPECT_EQ(FindHandler(table, "C", &SignatureRow::second), two);
+    EXPECT_EQ(FindHandler(table, "a", &SignatureRow::first), nullptr);
+    EXPECT_EQ(FindHandler(table, "AB", &SignatureRow::first), nullptr);
+    EXPECT_EQ(FindHandler(table, "", &SignatureRow::first), nullptr);
+    EXPECT_EQ(FindHandler({}, "A", &SignatureRow::first), nullptr);
 }
 
 TEST(SignatureTable, OddSpellingsStay)

@@ -1,4 +1,5 @@
 #include "callers/library_caller.h"
+#include "callers/library_caller_alt.h"
 #include "families/vorn/vorn.h"
 #include "host/request_loop.h"
 #include "logging/log_manager.h"
@@ -54,7 +55,8 @@ protected:
         constexpr std::array rows = {SignatureRow{"SIGNATURE_GetBackupType", Process_GetBackupType, nullptr},
                                      SignatureRow{"SIGNATURE_VornReadFile", Process_VornReadFile, nullptr}};
         CLibraryCaller caller(rows, NoHook);
-        RequestLoop loop(channel, caller, error);
+        CLibraryCallerAlt caller_alt(rows, NoHook);
+        RequestLoop loop(channel, caller, caller_alt, {}, error);
         EXPECT_EQ(loop.Run(), 0);
         EXPECT_EQ(fake_pipe.writes.size(), 1052u);
         EXPECT_EQ(fake_pipe.written.size(), 1052 * reply_size);

@@ -45,8 +45,12 @@ void Fault(CIPCCommunication & /*channel*/, void * /*function*/)
 
 void NoHook(CIPCCommunication & /*channel*/, const WideString & /*name*/, platform::ModuleHandle /*module*/) {}
 
-constexpr std::array rows = {SignatureRow{"ANSWERS", Answer, nullptr}, SignatureRow{"THROWS", ThrowOwn, nullptr},
-                             SignatureRow{"ALLOCATES", ThrowBadAlloc, nullptr}, SignatureRow{"FAULTS", Fault, nullptr}};
+constexpr std::array rows = {SignatureRow{"ANSWERS", Answer, Answer}, SignatureRow{"THROWS", ThrowOwn, ThrowOwn},
+                             SignatureRow{"ALLOCATES", ThrowBadAlloc, ThrowBadAlloc},
+                             SignatureRow{"FAULTS", Fault, Fault}};
+
+constexpr std::array commands = {CommandRow{3, "ANSWERS", "one"}, CommandRow{4, "THROWS", "one"},
+                                 CommandRow{5, "ALLOCATES", "one"}, CommandRow{6, "FAULTS", "one"}};
 
 class HostTest : public FakesTest
 {
@@ -73,11 +77,11 @@ protected:
     }
 
     // The whole run. Standard output and error are the log file until it ends, and then what they were before.
-    int Run()
+    int Run(AfterLoadHook hook = NoHook)
     {
         ::testing::internal::CaptureStdout();
         ::testing::internal::CaptureStderr();
-        const int exit_code = RunHost(options, {rows, NoHook});
+        const int exit_code = RunHost(options, {rows, commands, hook});
         std::fflush(stdout);
         static_cast<void>(::testing::internal::GetCapturedStdout());
         static_cast<void>(::testing::internal::GetCapturedStderr());
@@ -90,6 +94,20 @@ protected:
     {
         for (const char16_t *name : names)
             fake_pipe.Deliver(Frame('L', Wide(name)));
+    }
+
+    void DeliverAltLoads(std::initializer_list<std::string_view> names)
+    {
+        for (const std::string_view name : names)
+            fake_pipe.Deliver(Frame('l', Plain(name)));
+    }
+
+    // The calls from the release of the first library on.
+    static std::vector<std::string> CallsOfTheEnd()
+    {
+        const auto first = std::find_if(call_log.calls.begin(), call_log.calls.end(),
+                                        [](const std::string &call) { return call.rfind("FreeModule", 0) == 0; });
+        return {first, call_log.calls.end()};
     }
 
     CHostOptions options;
@@ -145,7 +163,7 @@ TEST_F(HostTest, LogFileThatCantBeOpenedStopsNothing)
     options.out_file = (LogPath() / "no" / "such" / "directory").string();
     fake_pipe.Deliver(Frame('L', Wide(u"a")) + Hex("66 01"));
     const auto run = [this] {
-        const int exit_code = RunHost(options, {rows, NoHook});
+        const int exit_code = RunHost(options, {rows, commands, NoHook});
         std::_Exit(exit_code == 0 && fake_pipe.written == SuccessFrame() ? 42 : 1);
     };
     EXPECT_EXIT(run(), ::testing::ExitedWithCode(42), "");
@@ -250,6 +268,75 @@ TEST_F(HostTest, FaultInALibrarysEndLeavesTheOthersToBeReleased)
     EXPECT_EQ(std::vector<std::string>(call_log.calls.end() - 6, call_log.calls.end()),
               (std::vector<std::string>{"FreeModule a", "EndWithin 2000 0", "FreeModule b", "EndWithin 2000 0",
                                         "FreeModule c", "ClosePipe"}));
+}
+
+TEST_F(HostTest, SecondGenerationIsReleasedBeforeTheFirst)
+{
+    DeliverLoads({u"b", u"a"});
+    DeliverAltLoads({"c", "b"});
+    fake_pipe.Deliver(Hex("66 03 66 01"));
+    EXPECT_EQ(Run(), 0);
+    EXPECT_EQ(fake_pipe.written, SuccessFrame() + SuccessFrame() + Be32(1) + Be32(1) + SuccessFrame());
+    EXPECT_THAT(CallsOfTheEnd(),
+                ElementsAre("FreeModule b", "FreeModule c", "FreeModule a", "FreeModule b", "ClosePipe"));
+    EXPECT_EQ(fake_module.loaded, 0u);
+}
+
+TEST_F(HostTest, HookRunsAfterTheLoadsOfBothGenerations)
+{
+    static std::vector<std::string> hooked;
+    hooked.clear();
+    const AfterLoadHook hook = [](CIPCCommunication & /*channel*/, const WideString &name,
+                                  platform::ModuleHandle /*module*/) { hooked.push_back(platform::ToUtf8(name)); };
+    DeliverLoads({u"a", u"none"});
+    DeliverAltLoads({"b", "none"});
+    fake_pipe.Deliver(Hex("66 01"));
+    EXPECT_EQ(Run(hook), 0);
+    EXPECT_THAT(hooked, ElementsAre("a", "b"));
+}
+
+struct Misconduct
+{
+    const char *name;
+    const char *command;
+    std::size_t faults;
+};
+
+// What goes wrong in a call of the second generation ends the run just as in the first.
+class CommandMisconductTest : public HostTest, public ::testing::WithParamInterface<Misconduct>
+{};
+
+INSTANTIATE_TEST_SUITE_P(Kinds, CommandMisconductTest,
+                         ::testing::Values(Misconduct{"Throws", "66 04", 0}, Misconduct{"Allocates", "66 05", 0},
+                                           Misconduct{"Faults", "66 06", 1}),
+                         [](const auto &kind) { return std::string(kind.param.name); });
+
+TEST_P(CommandMisconductTest, EndsSilentlyWithExitCodeZero)
+{
+    DeliverLoads({u"a"});
+    DeliverAltLoads({"c", "b"});
+    fake_pipe.Deliver(Hex(GetParam().command));
+    EXPECT_EQ(Run(), 0);
+    EXPECT_EQ(fake_guard.faults, GetParam().faults);
+    EXPECT_EQ(fake_pipe.written, SuccessFrame() + Be32(1) + Be32(1));
+    EXPECT_THAT(CallsOfTheEnd(), ElementsAre("FreeModule b", "FreeModule c", "FreeModule a", "ClosePipe"));
+    EXPECT_THAT(output, Not(HasSubstr("ERROR")));
+}
+
+// A fault in the end of a library of the second generation leaves the rest of both to be released.
+TEST_F(HostTest, FaultInAnEndOfTheSecondGenerationLeavesTheOthersToBeReleased)
+{
+    DeliverLoads({u"a"});
+    DeliverAltLoads({"c", "b"});
+    fake_pipe.Deliver(Frame('Z', {}));
+    fake_module.on_free = [](const WideString &name) {
+        if (name == u"b")
+            RaiseFakeFault();
+    };
+    EXPECT_EQ(Run(), 0);
+    EXPECT_EQ(fake_guard.faults, 1u);
+    EXPECT_THAT(CallsOfTheEnd(),
+                ElementsAre("FreeModule b", "EndWithin 2000 0", "FreeModule c", "FreeModule a", "ClosePipe"));
 }
 
 TEST_F(HostTest, EndWithoutAFaultHasNoLimit)

@@ -1,6 +1,8 @@
 #include "host/request_loop.h"
 
 #include "callers/library_caller.h"
+#include "callers/library_caller_alt.h"
+#include "channel/pipe_primitives.h"
 #include "fakes/fake_environment.h"
 #include "fakes/fake_last_error.h"
 #include "fakes/fake_logon.h"
@@ -32,9 +34,23 @@ void Throw(CIPCCommunication & /*channel*/, void * /*function*/)
     throw std::bad_alloc();
 }
 
+// Reads a bare number and answers with the next one.
+void Count(CIPCCommunication &channel, void * /*function*/)
+{
+    std::uint32_t number = 0;
+    EXPECT_TRUE(ReadUInt32FromPipe(channel, number));
+    EXPECT_TRUE(WriteUInt32ToPipe(channel, number + 1));
+}
+
 void NoHook(CIPCCommunication & /*channel*/, const WideString & /*name*/, platform::ModuleHandle /*module*/) {}
 
-constexpr std::array rows = {SignatureRow{"SIG", Answer, nullptr}, SignatureRow{"THROWS", Throw, nullptr}};
+constexpr std::array rows = {SignatureRow{"SIG", Answer, nullptr}, SignatureRow{"THROWS", Throw, Throw},
+                             SignatureRow{"COUNTS", nullptr, Count}, SignatureRow{"FRAMED", Answer, Answer}};
+
+// The last two are lacking in the signatures and among the library's exports.
+constexpr std::array commands = {CommandRow{2, "COUNTS", "one"}, CommandRow{3, "FRAMED", "one"},
+                                 CommandRow{4, "THROWS", "one"}, CommandRow{254, "SIG", "one"},
+                                 CommandRow{255, "COUNTS", "none"}};
 
 class LoopTest : public ChannelTest
 {
@@ -42,7 +58,7 @@ protected:
     // Runs the loop to its end; what it printed, the log's lines left out, is in `printed`.
     int Run()
     {
-        RequestLoop loop(channel, caller, error);
+        RequestLoop loop(channel, caller, caller_alt, commands, error);
         ::testing::internal::CaptureStdout();
         int exit_code = -1;
         try {
@@ -92,6 +108,7 @@ protected:
     }
 
     CLibraryCaller caller{rows, NoHook};
+    CLibraryCallerAlt caller_alt{rows, NoHook};
     std::string printed;
 };
 
@@ -146,7 +163,7 @@ TEST_F(LoopTest, PayloadThatBreaksOffIsExitCodeOne)
         ASSERT_TRUE(fresh.Attach(u"pipe", error));
         fake_pipe.Deliver(Bytes(load.begin(), load.begin() + static_cast<std::ptrdiff_t>(size)));
         fake_pipe.DeliverNothing();
-        RequestLoop loop(fresh, caller, error);
+        RequestLoop loop(fresh, caller, caller_alt, commands, error);
         ::testing::internal::CaptureStdout();
         const int exit_code = loop.Run();
         EXPECT_EQ(OwnLines(::testing::internal::GetCapturedStdout()), "ERROR: 'Failed to serialise data'\n") << size;
@@ -193,7 +210,7 @@ TEST_F(LoopTest, OrderlyStopIsExitCodeZeroWithoutAReply)
 
 TEST_F(LoopTest, CommandThatNamesNoCallGetsNoReplyAndNoLog)
 {
-    fake_pipe.Deliver(Hex("66 00 66 02 66 FF"));
+    fake_pipe.Deliver(Hex("66 00 66 05 66 FC"));
     Stop();
     EXPECT_EQ(Run(), 0);
     EXPECT_THAT(fake_pipe.written, IsEmpty());
@@ -311,6 +328,173 @@ TEST_F(LoopTest, LoadIgnoresBytesBehindTheName)
     Stop();
     EXPECT_EQ(Run(), 0);
     EXPECT_EQ(fake_pipe.written, SuccessFrame());
+}
+
+// Loading for the second generation.
+
+const Bytes loaded = Hex("00 00 00 01");
+const Bytes refused = Hex("FF FF FF FF");
+
+TEST_F(LoopTest, LoadAltTakesTheWholePayloadForTheName)
+{
+    fake_module.Add(u"a.dll", {});
+    fake_pipe.Deliver(Frame('l', Plain("a.dll")));
+    Stop();
+    EXPECT_EQ(Run(), 0);
+    EXPECT_EQ(fake_pipe.written, loaded);
+    EXPECT_EQ(call_log.calls.front(), "LoadModule a.dll");
+    EXPECT_THAT(Logged(), ElementsAre("debug kessil: Working Alt with LoadLib:  load_lib_cmd==a.dll",
+                                      "debug kessil: Exiting on account of command 1"));
+}
+
+TEST_F(LoopTest, LoadAltMakesAUnitOfEachByte)
+{
+    WideString name;
+    Bytes payload;
+    for (unsigned byte = 1; byte <= 255; ++byte) {
+        name.push_back(static_cast<char16_t>(byte));
+        payload.push_back(static_cast<unsigned char>(byte));
+    }
+    fake_module.Add(name, {});
+    fake_pipe.Deliver(Frame('l', payload));
+    Stop();
+    EXPECT_EQ(Run(), 0);
+    EXPECT_EQ(fake_pipe.written, loaded);
+    EXPECT_EQ(Logged().front(),
+              "debug kessil: Working Alt with LoadLib:  load_lib_cmd==" + std::string(payload.begin(), payload.end()));
+}
+
+TEST_F(LoopTest, LoadAltWithoutAPayloadAsksForTheEmptyName)
+{
+    fake_pipe.Deliver(Hex("6C 00 00 00 00"));
+    Stop();
+    EXPECT_EQ(Run(), 0);
+    EXPECT_EQ(fake_pipe.written, refused);
+    EXPECT_EQ(call_log.calls.front(), "LoadModule ");
+    EXPECT_THAT(Logged(), ElementsAre("debug kessil: Working Alt with LoadLib:  load_lib_cmd==",
+                                      "error LibraryCaller: Load library failure:  no such library\r\n",
+                                      "debug kessil: Exiting on account of command 1"));
+}
+
+TEST_F(LoopTest, LoadAltEndsTheNameAtAZeroByte)
+{
+    fake_module.Add(u"a", {});
+    fake_pipe.Deliver(Frame('l', Hex("61 00 62")) + Frame('l', Hex("00 61")));
+    Stop();
+    EXPECT_EQ(Run(), 0);
+    EXPECT_EQ(fake_pipe.written, loaded + refused);
+    EXPECT_EQ(Logged().front(), "debug kessil: Working Alt with LoadLib:  load_lib_cmd==a");
+}
+
+TEST_F(LoopTest, LoadAltThatFailsLeavesTheLoopAtWork)
+{
+    fake_module.Add(u"a", {});
+    fake_pipe.Deliver(Frame('l', Plain("none")) + Frame('l', Plain("none")) + Frame('l', Plain("a")));
+    Stop();
+    EXPECT_EQ(Run(), 0);
+    EXPECT_EQ(fake_pipe.written, refused + refused + loaded);
+}
+
+TEST_F(LoopTest, LoadAltWhoseAnswerCantBeWrittenLeavesTheLoopAtWork)
+{
+    fake_module.Add(u"a", {});
+    fake_pipe.Deliver(Frame('l', Plain("a")) + Frame('l', Plain("none")));
+    fake_pipe.FailWrite(232);
+    fake_pipe.FailWrite(232);
+    Stop();
+    EXPECT_EQ(Run(), 0);
+    EXPECT_THAT(fake_pipe.written, IsEmpty());
+}
+
+// Commands.
+
+TEST_F(LoopTest, CommandCallsTheFirstLibraryOfTheSecondGeneration)
+{
+    fake_module.Add(u"a", {{"one", &printed}});
+    fake_pipe.DeliverInChunks(Frame('l', Plain("a")) + Hex("66 02 00 00 00 06") + Hex("66 02 FF FF FF FE"), 1);
+    Stop();
+    EXPECT_EQ(Run(), 0);
+    EXPECT_EQ(fake_pipe.written, loaded + Be32(7) + Be32(0xFFFFFFFF));
+    EXPECT_THAT(Logged(), ElementsAre("debug kessil: Working Alt with LoadLib:  load_lib_cmd==a",
+                                      "debug kessil: Exiting on account of command 1"));
+}
+
+TEST_F(LoopTest, CommandOfAFirstGenerationHandlerIsAnsweredWithAFrame)
+{
+    fake_module.Add(u"a", {{"one", &printed}});
+    fake_pipe.Deliver(Frame('l', Plain("a")) + Hex("66 03"));
+    Stop();
+    EXPECT_EQ(Run(), 0);
+    EXPECT_EQ(fake_pipe.written, loaded + SuccessFrame());
+}
+
+TEST_F(LoopTest, CommandThatTheTableLacksLeavesNoTrace)
+{
+    fake_module.Add(u"a", {{"one", &printed}});
+    fake_pipe.Deliver(Frame('l', Plain("a")) + Hex("66 00 66 05 66 32 66 FD") + Hex("66 02 00 00 00 06"));
+    Stop();
+    EXPECT_EQ(Run(), 0);
+    EXPECT_EQ(fake_pipe.written, loaded + Be32(7));
+    EXPECT_EQ(std::count(call_log.calls.begin(), call_log.calls.end(), "FindExport one"), 1);
+    EXPECT_THAT(Logged(), ElementsAre("debug kessil: Working Alt with LoadLib:  load_lib_cmd==a",
+                                      "debug kessil: Exiting on account of command 1"));
+}
+
+TEST_F(LoopTest, CommandThatCantBeCalledIsRefusedWithTheReasonInTheLog)
+{
+    fake_module.Add(u"a", {{"one", &printed}});
+    fake_pipe.Deliver(Hex("66 02") + Frame('l', Plain("a")) + Hex("66 FF") + Hex("66 FE"));
+    Stop();
+    EXPECT_EQ(Run(), 0);
+    EXPECT_EQ(fake_pipe.written, refused + loaded + refused + refused);
+    EXPECT_THAT(Logged(), ElementsAre("error LibraryCaller: Failed to find library...",
+                                      "debug kessil: Working Alt with LoadLib:  load_lib_cmd==a",
+                                      "error LibraryCaller: func_ptr==NULL", "error LibraryCaller: Invalid signature",
+                                      "debug kessil: Exiting on account of command 1"));
+}
+
+TEST_F(LoopTest, RefusalOfACommandThatCantBeWrittenLeavesTheLoopAtWork)
+{
+    fake_pipe.Deliver(Hex("66 02 66 02"));
+    fake_pipe.FailWrite(232);
+    Stop();
+    EXPECT_EQ(Run(), 0);
+    EXPECT_EQ(fake_pipe.written, refused);
+}
+
+TEST_F(LoopTest, GenerationsDontSeeEachOthersLibraries)
+{
+    fake_module.Add(u"a", {{"one", &printed}});
+    fake_module.Add(u"b", {{"one", &printed}});
+    fake_pipe.Deliver(Frame('L', Wide(u"a")) + Hex("66 03") + Frame('l', Plain("b")) + CallFrame(u"b", "one", "SIG") +
+                      Hex("66 03") + CallFrame(u"", "one", "SIG"));
+    Stop();
+    EXPECT_EQ(Run(), 0);
+    EXPECT_EQ(fake_pipe.written, SuccessFrame() + refused + loaded + ErrorFrame(0, 0, u"Failed to find library...") +
+                                     SuccessFrame() + SuccessFrame());
+}
+
+// What is remembered of the last call is the first generation's own.
+TEST_F(LoopTest, CommandsBetweenTwoEqualCallsChangeNothing)
+{
+    fake_module.Add(u"a", {{"one", &printed}});
+    fake_module.Add(u"b", {{"one", &printed}});
+    const Bytes call = CallFrame(u"", "one", "SIG");
+    fake_pipe.Deliver(Frame('L', Wide(u"b")) + call + Frame('l', Plain("a")) + Hex("66 03") + call);
+    Stop();
+    EXPECT_EQ(Run(), 0);
+    EXPECT_EQ(fake_pipe.written, SuccessFrame() + SuccessFrame() + loaded + SuccessFrame() + SuccessFrame());
+    // Of the two calls only the first looks anything up.
+    EXPECT_EQ(std::count(call_log.calls.begin(), call_log.calls.end(), "FindExport one"), 2);
+}
+
+TEST_F(LoopTest, ExceptionInACommandPassesThrough)
+{
+    fake_module.Add(u"a", {{"one", &printed}});
+    fake_pipe.Deliver(Frame('l', Plain("a")) + Hex("66 04"));
+    EXPECT_THROW(Run(), std::bad_alloc);
+    EXPECT_THAT(printed, Not(HasSubstr("ERROR")));
+    EXPECT_EQ(fake_pipe.written, loaded);
 }
 
 // Logging on, the search path, message texts.
@@ -583,7 +767,7 @@ TEST_F(LoopTest, ExceptionsPassThroughWithoutAReplyOrAPrint)
 TEST_F(LoopTest, RecordWithoutMemoryRaises)
 {
     fake_pipe.Deliver(Frame('F', Wide(WideString(5000, u'x')) + Narrow("f") + Narrow("s")));
-    RequestLoop loop(channel, caller, error);
+    RequestLoop loop(channel, caller, caller_alt, commands, error);
     const NoMemoryFrom limit(4096);
     EXPECT_THROW(loop.Run(), std::bad_alloc);
     EXPECT_THAT(fake_pipe.written, IsEmpty());
