@@ -10,6 +10,7 @@ namespace {
 using platform::PipeStatus;
 
 constexpr std::size_t usual_buffer = 4096;
+constexpr std::size_t longest_read = 1 << 30;
 constexpr std::uint32_t longest_text_frame = 1 << 20;
 constexpr std::uint32_t longest_announcement = 1 << 16;
 
@@ -84,6 +85,42 @@ PipeStatus Connection::ReadFrame(Frame &frame, platform::Deadline deadline)
     frame.payload = std::span(m_buffer).subspan(m_begin + frame_header_size, frame.length);
     m_begin += frame_header_size + frame.length;
     return PipeStatus::Done;
+}
+
+PipeStatus Connection::ReadBytes(std::span<unsigned char> place, std::size_t &done, platform::Deadline deadline)
+{
+    while (done < place.size()) {
+        const auto left = place.subspan(done);
+        const std::size_t held = std::min(left.size(), m_end - m_begin);
+        if (held != 0) {
+            std::memcpy(left.data(), m_buffer.data() + m_begin, held);
+            m_begin += held;
+            done += held;
+            continue;
+        }
+        if (place.size() < usual_buffer) {
+            const PipeStatus status = Receive(left.size(), deadline);
+            if (status != PipeStatus::Done)
+                return status;
+            continue;
+        }
+        std::uint32_t count = 0;
+        const auto room = static_cast<std::uint32_t>(std::min(left.size(), longest_read));
+        const PipeStatus status = platform::ReadServedPipe(*m_server, left.data(), room, count, deadline);
+        if (status != PipeStatus::Done)
+            return status;
+        done += count;
+        m_received += count;
+    }
+    return PipeStatus::Done;
+}
+
+PipeStatus Connection::Look(std::size_t size, std::span<const unsigned char> &bytes, platform::Deadline deadline)
+{
+    const PipeStatus status = Receive(size, deadline);
+    if (status == PipeStatus::Done)
+        bytes = std::span(m_buffer).subspan(m_begin, size);
+    return status;
 }
 
 // Reads until `wanted` bytes lie in the buffer from m_begin on.

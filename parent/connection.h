@@ -36,7 +36,14 @@ public:
     /// Waits for one whole frame. After TimedOut the next call goes on where this one stopped.
     platform::PipeStatus ReadFrame(Frame &frame, platform::Deadline deadline);
 
-    /// Whether bytes have come that belong to no frame read so far.
+    /// Waits for bare bytes until `place` is full; `done` of them are there already. Long ones go straight from the
+    /// pipe to their place. After TimedOut the next call goes on where this one stopped.
+    platform::PipeStatus ReadBytes(std::span<unsigned char> place, std::size_t &done, platform::Deadline deadline);
+
+    /// Waits for the next `size` bytes and shows them without taking them. `bytes` lives until the next read.
+    platform::PipeStatus Look(std::size_t size, std::span<const unsigned char> &bytes, platform::Deadline deadline);
+
+    /// Whether bytes have come that nothing has read so far.
     bool HasMore() const { return m_begin != m_end; }
 
     /// Ends the operation under way, or the next one, and with it the connection. From any thread, and on Linux from a

@@ -52,6 +52,12 @@ FrameWriter &FrameWriter::Narrow(std::string_view text)
     return *this;
 }
 
+FrameWriter &FrameWriter::Raw(std::string_view bytes)
+{
+    m_bytes.insert(m_bytes.end(), bytes.begin(), bytes.end());
+    return *this;
+}
+
 FrameWriter &FrameWriter::Reserve(std::size_t size)
 {
     m_bytes.reserve(frame_header_size + size);

@@ -30,6 +30,9 @@ public:
     FrameWriter &Wide(std::u16string_view text);
     FrameWriter &Narrow(std::string_view text);
 
+    /// Bytes as they are, without an end mark.
+    FrameWriter &Raw(std::string_view bytes);
+
     /// The whole frame, its length filled in; valid until the next Begin.
     std::span<const unsigned char> Finish();
 

@@ -1,5 +1,6 @@
 #include <kessil/parent.h>
 
+#include "parent/command.h"
 #include "parent/connection.h"
 #include "parent/frame.h"
 #include "parent/helper_log.h"
@@ -14,6 +15,7 @@
 #include <cstdio>
 #include <cstring>
 #include <limits>
+#include <set>
 #include <thread>
 
 namespace kessil::parent {
@@ -29,6 +31,10 @@ constexpr auto attach_slice = 20ms;
 
 // How long a helper whose pipe broke may take to end: it gives itself two seconds after a fault.
 constexpr auto ending_limit = 5s;
+
+// How a handler's failure frame begins behind which the rest of its answer follows all the same: its library failed and
+// had no text to say why.
+constexpr std::u16string_view missing_text = u"Failed to get error message (";
 
 constexpr std::uint32_t largest_section = std::numeric_limits<std::uint32_t>::max();
 
@@ -130,7 +136,7 @@ const char *Name(Outcome outcome)
     return "?";
 }
 
-struct Helper::Impl final : SectionKeeper
+struct Helper::Impl final : SectionKeeper, CommandKeeper
 {
     enum class Stage
     {
@@ -150,6 +156,23 @@ struct Helper::Impl final : SectionKeeper
     Result NoResults() override;
     Result ImpossibleResults(std::string_view reason) override;
 
+    // CommandKeeper
+    std::u16string_view AdapterName() const override;
+    Result LoadAdapter(std::u16string_view library) override;
+    std::optional<Result> BeginCommand(const Request &request, const TimeLimit &limit) override;
+    PipeStatus Send(std::span<const unsigned char> bytes) override { return connection.Write(bytes, kill_at); }
+    PipeStatus Receive(std::span<unsigned char> place) override;
+    PipeStatus Look(std::size_t size, std::span<const unsigned char> &bytes) override;
+    bool HasMore() const override { return connection.HasMore(); }
+    void CountNotice() override { ++figures.notices; }
+    Result CallBySection(const Request &request, const TimeLimit &limit) override;
+    Result Answered() override { return {.elapsed = Since(sent_at)}; }
+    Result NotSent(std::string reason) const override;
+    Result EndByPipe(PipeStatus status) override { return EndByPipe(status, command, command_limit); }
+    Result EndBroken(const std::string &reason) override { return EndBroken(command, reason); }
+    Result Refused(bool in_step) override;
+    Result RefusedOrDead() override;
+
     Result Start();
     Result Attach(const std::string &what);
     Result Call(const Request &request, const TimeLimit &limit);
@@ -163,16 +186,26 @@ struct Helper::Impl final : SectionKeeper
         Frame answer;
         return Exchange(request, options.request_limit, answer);
     }
-    PipeStatus AwaitFrame(const Request &request, const TimeLimit &limit, Frame &frame);
+
+    /// The same for these bytes.
+    Result Exchange(const Request &request, const TimeLimit &limit, std::span<const unsigned char> bytes,
+                    Frame &answer);
+    void BeginRequest(const TimeLimit &limit);
+
+    /// Waits by `read`, which takes a deadline and goes on where it stopped, and tells when that is slow.
+    template <class Read>
+    PipeStatus Await(const Request &request, const TimeLimit &limit, Read read);
     std::optional<Result> Settle(const Request &request, const Frame &frame);
+    bool TakeExcuse(const Frame &frame);
     Result Refusal(const Request &request, const Frame &frame);
-    bool TakeNotice(const Frame &frame);
+    bool TakeNotice(const Request &request, const Frame &frame);
 
     /// Moves to the section that the helper has announced, or tells it that this can't be done. The text of what is
     /// wrong with the announcement; empty when nothing is.
     std::string TakeAnnouncement(const Frame &frame, PipeStatus &answered);
 
-    Result NotSent(std::string reason) const;
+    /// How a frame that no helper sends ends the request.
+    Result EndStray(const Request &request, const TimeLimit &limit, const Frame &frame);
     Result EndByPipe(PipeStatus status, const Request &request, const TimeLimit &limit);
     Result EndDead(const Request &request, const std::string &reason);
     Result EndBroken(const Request &request, const std::string &reason);
@@ -180,6 +213,7 @@ struct Helper::Impl final : SectionKeeper
     /// Ends the helper and everything kept for it, and makes the Result that all later requests get.
     Result End(Outcome outcome, std::string message, std::optional<std::uint32_t> exit_code);
     std::optional<std::uint32_t> AwaitExit(std::chrono::milliseconds limit);
+    std::string LogTail() const;
     void RemoveSectionNames();
 
     Options options;
@@ -194,6 +228,11 @@ struct Helper::Impl final : SectionKeeper
     bool warned = false;
     Deadline warn_at{};
     Deadline kill_at{};
+    WideString excuse; ///< of a library that failed without a text
+
+    Request command{}; ///< begun last
+    TimeLimit command_limit{};
+    std::set<WideString> adapters; ///< loaded for commands
 
     FrameWriter writer;
     SharedSection section;
@@ -284,23 +323,24 @@ Result Helper::Impl::Attach(const std::string &what)
 
 Result Helper::Impl::Exchange(const Request &request, const TimeLimit &limit, Frame &answer)
 {
-    if (stage != Stage::Running)
-        return NotSent("the helper is not running");
     if (writer.Spoiled())
         return NotSent(request.Description() + ": a text holds a zero");
-    sent_at = Clock::now();
-    warn_at = After(sent_at, limit.warn_after);
-    kill_at = After(sent_at, limit.kill_after);
-    warned = false;
-    PipeStatus status = connection.Write(writer.Finish(), kill_at);
+    return Exchange(request, limit, writer.Finish(), answer);
+}
+
+Result Helper::Impl::Exchange(const Request &request, const TimeLimit &limit, std::span<const unsigned char> bytes,
+                              Frame &answer)
+{
+    if (stage != Stage::Running)
+        return NotSent("the helper is not running");
+    BeginRequest(limit);
+    PipeStatus status = connection.Write(bytes, kill_at);
     while (status == PipeStatus::Done) {
-        status = AwaitFrame(request, limit, answer);
+        status = Await(request, limit, [&](Deadline deadline) { return connection.ReadFrame(answer, deadline); });
         if (status != PipeStatus::Done)
             break;
         if (!answer.allowed)
-            return EndBroken(request, "a frame that no helper sends (type " +
-                                          std::to_string(static_cast<unsigned char>(answer.type)) + ", length " +
-                                          std::to_string(answer.length) + ")");
+            return EndStray(request, limit, answer);
         if (answer.type == 'R' && request.IsCall()) {
             const std::string wrong = TakeAnnouncement(answer, status);
             if (!wrong.empty())
@@ -312,10 +352,20 @@ Result Helper::Impl::Exchange(const Request &request, const TimeLimit &limit, Fr
     return EndByPipe(status, request, limit);
 }
 
-PipeStatus Helper::Impl::AwaitFrame(const Request &request, const TimeLimit &limit, Frame &frame)
+void Helper::Impl::BeginRequest(const TimeLimit &limit)
+{
+    sent_at = Clock::now();
+    warn_at = After(sent_at, limit.warn_after);
+    kill_at = After(sent_at, limit.kill_after);
+    warned = false;
+    excuse.clear();
+}
+
+template <class Read>
+PipeStatus Helper::Impl::Await(const Request &request, const TimeLimit &limit, Read read)
 {
     if (!warned && warn_at < kill_at) {
-        const PipeStatus status = connection.ReadFrame(frame, warn_at);
+        const PipeStatus status = read(warn_at);
         if (status != PipeStatus::TimedOut)
             return status;
         warned = true;
@@ -325,7 +375,31 @@ PipeStatus Helper::Impl::AwaitFrame(const Request &request, const TimeLimit &lim
                 {description, std::chrono::duration_cast<std::chrono::milliseconds>(Since(sent_at)), limit.kill_after});
         }
     }
-    return connection.ReadFrame(frame, kill_at);
+    return read(kill_at);
+}
+
+// A call by command is refused by four bytes that are no frame.
+Result Helper::Impl::EndStray(const Request &request, const TimeLimit &limit, const Frame &frame)
+{
+    if (request.command != 0 && frame.type == '\xFF') {
+        std::span<const unsigned char> bytes;
+        const PipeStatus status =
+            Await(request, limit, [&](Deadline deadline) { return connection.Look(4, bytes, deadline); });
+        if (status != PipeStatus::Done)
+            return EndByPipe(status, request, limit);
+        if (FromBigEndian(bytes) == 0xFFFFFFFF) {
+            unsigned char taken[4];
+            std::size_t done = 0;
+            connection.ReadBytes(taken, done, kill_at);
+            if (connection.HasMore())
+                return EndBroken(request, "more bytes behind its answer");
+            command = request;
+            return Refused(true);
+        }
+    }
+    return EndBroken(request, "a frame that no helper sends (type " +
+                                  std::to_string(static_cast<unsigned char>(frame.type)) + ", length " +
+                                  std::to_string(frame.length) + ")");
 }
 
 // The end of the request by this frame; nothing when the request goes on.
@@ -335,13 +409,15 @@ std::optional<Result> Helper::Impl::Settle(const Request &request, const Frame &
     case 'S':
         if (connection.HasMore())
             return EndBroken(request, "more bytes behind its answer");
-        return Result{.elapsed = Since(sent_at)};
+        return Result{.text = std::move(excuse), .exit_code = std::nullopt, .elapsed = Since(sent_at)};
     case 'E':
+        if (request.IsCall() && excuse.empty() && TakeExcuse(frame))
+            return std::nullopt;
         if (connection.HasMore())
             return EndBroken(request, "more bytes behind its answer");
         return Refusal(request, frame);
     case 'M':
-        if (request.IsCall() && TakeNotice(frame))
+        if (request.IsCall() && TakeNotice(request, frame))
             return std::nullopt;
         return EndBroken(request, "a notice that is malformed or out of place");
     default:
@@ -372,7 +448,19 @@ Result Helper::Impl::Refusal(const Request &request, const Frame &frame)
     return result;
 }
 
-bool Helper::Impl::TakeNotice(const Frame &frame)
+bool Helper::Impl::TakeExcuse(const Frame &frame)
+{
+    PayloadReader payload(frame.payload);
+    if (payload.U64() != std::numeric_limits<std::uint64_t>::max())
+        return false;
+    std::optional<WideString> text = payload.Wide();
+    if (!text || !text->starts_with(missing_text))
+        return false;
+    excuse = std::move(*text);
+    return true;
+}
+
+bool Helper::Impl::TakeNotice(const Request &request, const Frame &frame)
 {
     PayloadReader payload(frame.payload);
     const auto value = payload.U32();
@@ -380,7 +468,10 @@ bool Helper::Impl::TakeNotice(const Frame &frame)
     if (!value || *value > 255 || !text)
         return false;
     ++figures.notices;
-    if (options.on_notice)
+    if (request.on_log != nullptr) {
+        if (*request.on_log)
+            (*request.on_log)(static_cast<std::uint8_t>(*value), platform::ToUtf8(*text));
+    } else if (options.on_notice)
         options.on_notice(static_cast<std::uint8_t>(*value), *text);
     return true;
 }
@@ -460,13 +551,109 @@ Result Helper::Impl::Call(const Request &request, const TimeLimit &limit)
         return NotSent(request.Description() + ": " + in_state.fault);
     ++figures.calls;
     figures.argument_bytes += in_state.position;
-    writer.Begin('F').Wide(request.subject).Narrow(request.function).Narrow(request.signature);
     Frame answer;
-    Result result = Exchange(request, limit, answer);
+    Result result;
+    if (request.command != 0) {
+        const unsigned char bytes[] = {0x66, static_cast<unsigned char>(request.command)};
+        result = Exchange(request, limit, bytes, answer);
+    } else {
+        writer.Begin('F').Wide(request.subject).Narrow(request.function).Narrow(request.signature);
+        result = Exchange(request, limit, answer);
+    }
     if (result && section.View() == nullptr)
         return EndBroken(request, "an answer in a section that this side could not open");
     out_state.present = bool(result);
     return result;
+}
+
+std::u16string_view Helper::Impl::AdapterName() const
+{
+    return adapters.empty() ? std::u16string_view() : std::u16string_view(*adapters.begin());
+}
+
+Result Helper::Impl::LoadAdapter(std::u16string_view library)
+{
+    std::string name;
+    for (const char16_t unit : library)
+        name += static_cast<char>(unit);
+    if (stage != Stage::Running)
+        return NotSent("the helper is not running");
+    command = {"loading", library};
+    command_limit = options.request_limit;
+    BeginRequest(command_limit);
+    PipeStatus status = connection.Write(writer.Begin('l').Raw(name).Finish(), kill_at);
+    unsigned char answer[4] = {};
+    if (status == PipeStatus::Done)
+        status = Receive(answer);
+    if (status != PipeStatus::Done)
+        return EndByPipe(status);
+    if (connection.HasMore())
+        return EndBroken("more bytes behind its answer");
+    switch (FromBigEndian(answer)) {
+    case 1:
+        adapters.emplace(library);
+        return Answered();
+    case 0xFFFFFFFF:
+        adapters.erase(WideString(library));
+        return Refused(true);
+    default:
+        return EndBroken("an answer other than yes and no");
+    }
+}
+
+std::optional<Result> Helper::Impl::BeginCommand(const Request &request, const TimeLimit &limit)
+{
+    if (stage != Stage::Running)
+        return NotSent("the helper is not running");
+    if (adapters.empty())
+        return NotSent(request.Description() + ": no adapter is loaded");
+    ++figures.calls;
+    command = request;
+    command_limit = limit;
+    BeginRequest(limit);
+    return std::nullopt;
+}
+
+PipeStatus Helper::Impl::Receive(std::span<unsigned char> place)
+{
+    std::size_t done = 0;
+    return Await(command, command_limit,
+                 [&](Deadline deadline) { return connection.ReadBytes(place, done, deadline); });
+}
+
+PipeStatus Helper::Impl::Look(std::size_t size, std::span<const unsigned char> &bytes)
+{
+    return Await(command, command_limit, [&](Deadline deadline) { return connection.Look(size, bytes, deadline); });
+}
+
+Result Helper::Impl::CallBySection(const Request &request, const TimeLimit &limit)
+{
+    if (stage == Stage::Running && adapters.empty())
+        return NotSent(request.Description() + ": no adapter is loaded");
+    return Call(request, limit);
+}
+
+Result Helper::Impl::Refused(bool in_step)
+{
+    ++figures.refused;
+    const std::string reason =
+        command.IsCall() ? ", a function that the library doesn't have" : ", for a reason that its log may tell";
+    std::string message = "the helper refused " + command.Description() + reason;
+    if (!in_step)
+        return End(Outcome::Refused, message + ", and took the arguments for requests, so it was ended", std::nullopt);
+    return {.outcome = Outcome::Refused,
+            .message = message + LogTail(),
+            .text = {},
+            .exit_code = std::nullopt,
+            .elapsed = Since(sent_at)};
+}
+
+Result Helper::Impl::RefusedOrDead()
+{
+    constexpr std::uint32_t request_not_understood = 1;
+    if (AwaitExit(ending_limit) != request_not_understood)
+        return EndDead(command, {});
+    return Refused(false);
 }
 
 Result Helper::Impl::Stop(std::chrono::milliseconds limit)
@@ -578,9 +765,8 @@ Result Helper::Impl::End(Outcome outcome, std::string message, std::optional<std
         message = "cancelled: " + message;
         exit_code.reset();
     }
-    const std::string tail = outcome == Outcome::Answered ? std::string() : log.Tail();
-    if (!tail.empty())
-        message += "; the last lines of its log " + platform::ToUtf8(Wide(log.Path().native())) + ':' + tail;
+    if (outcome != Outcome::Answered)
+        message += LogTail();
     stage = Stage::Over;
     end = {.outcome = outcome, .message = std::move(message), .text = {}, .exit_code = exit_code, .elapsed = elapsed};
     return end;
@@ -594,6 +780,13 @@ std::optional<std::uint32_t> Helper::Impl::AwaitExit(std::chrono::milliseconds l
     return code;
 }
 
+std::string Helper::Impl::LogTail() const
+{
+    const std::string tail = log.Tail();
+    return tail.empty() ? tail
+                        : "; the last lines of its log " + platform::ToUtf8(Wide(log.Path().native())) + ':' + tail;
+}
+
 // A helper that was killed while it replaced the section may have left the name that it had just made.
 void Helper::Impl::RemoveSectionNames()
 {
@@ -601,6 +794,11 @@ void Helper::Impl::RemoveSectionNames()
         return;
     platform::RemoveSectionName(section_name);
     platform::RemoveSectionName(ToggledName(section_name));
+}
+
+CommandKeeper &Helper::Commands()
+{
+    return *m_impl;
 }
 
 Helper::Helper(Options options) : m_impl(std::make_unique<Impl>(std::move(options))) {}

@@ -8,7 +8,12 @@ std::string Request::Description() const
 {
     std::string text;
     if (IsCall()) {
-        text.append(function).append(" (").append(signature).append(") of ");
+        text.append(function).append(" (");
+        if (command != 0)
+            text.append("command ").append(std::to_string(command));
+        else
+            text.append(signature);
+        text.append(") of ");
         text.append(subject.empty() ? "the first library" : "library ");
     } else {
         text.append(deed);

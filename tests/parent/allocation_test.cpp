@@ -1,4 +1,4 @@
-#include <kessil/parent.h>
+#include <kessil/adapter.h>
 
 #include <gtest/gtest.h>
 
@@ -54,6 +54,31 @@ TEST(AllocationTest, ASteadyCallAllocatesNothing)
     }
     EXPECT_EQ(allocations, 0);
     EXPECT_GT(g_allocations, 0) << "nothing was counted at all";
+    EXPECT_TRUE(helper.Stop());
+}
+
+TEST(AllocationTest, ASteadyAdaptersCallAllocatesNothing)
+{
+    Options options;
+    options.program = KESSIL;
+    Helper helper(options);
+    Adapter adapter(helper);
+    ASSERT_TRUE(helper.Start());
+    ASSERT_TRUE(adapter.Load(
+        std::filesystem::path(KESSIL_TEST_LIBRARIES "/recorder_tarnlink_windows_x64.dll" LIBRARY_SUFFIX).u16string()));
+    // Three that the adapter can't say no to: without a block, with one, and by section.
+    const std::vector<std::byte> acl(1000);
+    std::uint32_t use = 0;
+    int allocations = 0;
+    for (int i = 0; i < 100; ++i) {
+        const int before = g_allocations;
+        const bool good = adapter.ExitVixDiskLib() && adapter.WriteFileACL(RestoreFile{0}, acl) &&
+                          adapter.GetReadBufferUse(BackupFile{0}, use);
+        if (i > 0)
+            allocations += g_allocations - before;
+        ASSERT_TRUE(good);
+    }
+    EXPECT_EQ(allocations, 0);
     EXPECT_TRUE(helper.Stop());
 }
 

@@ -6,7 +6,7 @@
 
 namespace {
 
-std::string ReadFile(const char *path)
+std::string ReadFile(const std::string &path)
 {
     std::ifstream file(path);
     return {std::istreambuf_iterator<char>(file), {}};
@@ -26,11 +26,17 @@ std::string ExampleInHeader(const std::string &header)
     return example;
 }
 
-TEST(ExampleTest, TheHeadersExampleIsTheOneThatIsBuilt)
+void ExpectExampleInHeader(const std::string &name, const std::string &header)
 {
-    const std::string example = ReadFile(EXAMPLE);
+    const std::string example = ReadFile(PARENT "/example/" + name);
     ASSERT_NE(example, "");
-    EXPECT_EQ(ExampleInHeader(ReadFile(PARENT_HEADER)), example + '\n');
+    EXPECT_EQ(ExampleInHeader(ReadFile(PARENT "/include/kessil/" + header)), example + '\n');
+}
+
+TEST(ExampleTest, TheHeadersExamplesAreThoseThatAreBuilt)
+{
+    ExpectExampleInHeader("first_call.cpp", "parent.h");
+    ExpectExampleInHeader("list_machines.cpp", "adapter.h");
 }
 
 } // namespace

@@ -4,13 +4,16 @@
 ///     attach               connects to the pipe
 ///     expect HEX           reads that many bytes; ends with code 99 when they differ
 ///     expect_end           ends with code 99 when the pipe gives anything
+///     expect_fill N HEX    reads N bytes; ends with code 99 when they aren't all this byte
+///     fence                reads the lookup of a message text in a file without a name, and keeps its number
 ///     take HEX             reads a frame and checks that its payload starts with these bytes
 ///     section              reads an announcement, opens the section, answers it, and logs its name
 ///     section_refused      reads an announcement and refuses it
 ///     arguments HEX        ends with code 99 when the section doesn't start with these bytes; `..` stands for any byte
 ///     size N               ends with code 99 when the section was announced with another size
 ///     results OFFSET HEX   puts bytes into the section
-///     send HEX             one write
+///     send HEX             one write; the word NUMBER stands for the number that was kept
+///     send_fill N HEX      one write of N bytes that are all this one
 ///     dribble HEX          one write for each byte
 ///     create N             creates the section of the next name, with N bytes, and moves to it
 ///     announce N           announces the section of the next name (of the one just created, if any) with a size of N
@@ -83,6 +86,7 @@ private:
     void Write(const Bytes &bytes);
     void Expect(const Bytes &bytes);
     void ExpectEnd();
+    void TakeFence();
     void Take(const Bytes &start);
     void TakeSection(bool accept);
     void CheckArguments(std::istringstream &rest);
@@ -93,7 +97,8 @@ private:
     void Run(const std::string &script);
     void Log(const std::string &line) const;
 
-    static Bytes RestOfHex(std::istringstream &rest);
+    Bytes RestOfHex(std::istringstream &rest) const;
+    Bytes Fill(std::istringstream &rest) const;
     WideString NextName() const;
 
     std::vector<WideString> m_arguments;
@@ -105,6 +110,7 @@ private:
     std::uint64_t m_size = 0;
     WideString m_name;
     bool m_created = false;
+    Bytes m_number;
     std::vector<WideString> m_names;
 };
 
@@ -143,6 +149,12 @@ void Player::Do(const std::string &verb, std::istringstream &rest)
         Expect(RestOfHex(rest));
     else if (verb == "expect_end")
         ExpectEnd();
+    else if (verb == "expect_fill")
+        Expect(Fill(rest));
+    else if (verb == "fence")
+        TakeFence();
+    else if (verb == "send_fill")
+        Write(Fill(rest));
     else if (verb == "take")
         Take(RestOfHex(rest));
     else if (verb == "send")
@@ -263,6 +275,13 @@ void Player::ExpectEnd()
         throw Mismatch("a byte came");
 }
 
+void Player::TakeFence()
+{
+    Expect({'X', 0, 0, 0, 6});
+    m_number = Read(4);
+    Expect({0, 0});
+}
+
 void Player::Take(const Bytes &start)
 {
     const Bytes head = Read(5);
@@ -379,13 +398,20 @@ void Player::Log(const std::string &line) const
         std::ofstream(platform::ToUtf8(file->second), std::ios::app) << line << '\n';
 }
 
-Bytes Player::RestOfHex(std::istringstream &rest)
+Bytes Player::Fill(std::istringstream &rest) const
+{
+    std::size_t size = 0;
+    rest >> size;
+    return Bytes(size, RestOfHex(rest).at(0));
+}
+
+Bytes Player::RestOfHex(std::istringstream &rest) const
 {
     Bytes bytes;
     std::string digits;
     std::string word;
     while (rest >> word)
-        digits += word;
+        digits += word == "NUMBER" ? Hex(m_number) : word;
     for (std::size_t i = 0; i + 1 < digits.size(); i += 2)
         bytes.push_back(static_cast<unsigned char>(std::stoul(digits.substr(i, 2), nullptr, 16)));
     return bytes;

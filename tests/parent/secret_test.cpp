@@ -1,6 +1,6 @@
 #include "support/under_wine.h"
 
-#include <kessil/parent.h>
+#include <kessil/adapter.h>
 
 #include <gtest/gtest.h>
 
@@ -14,7 +14,7 @@
 namespace {
 
 constexpr char16_t secret[] = u"a secret of some length";
-constexpr std::size_t secret_bytes = sizeof secret - sizeof(char16_t);
+constexpr char narrow_secret[] = "another secret of some length";
 
 // In front of each block stands its size.
 constexpr std::size_t front = alignof(std::max_align_t);
@@ -22,11 +22,17 @@ static_assert(front >= sizeof(std::size_t));
 
 std::atomic<int> g_found{0};
 
+template <class Unit, std::size_t N>
+bool Holds(const unsigned char *block, std::size_t size, const Unit (&text)[N])
+{
+    unsigned char needle[sizeof text - sizeof(Unit)];
+    std::memcpy(needle, text, sizeof needle);
+    return std::search(block, block + size, needle, needle + sizeof needle) != block + size;
+}
+
 bool HoldsSecret(const unsigned char *block, std::size_t size)
 {
-    unsigned char needle[secret_bytes];
-    std::memcpy(needle, secret, secret_bytes);
-    return std::search(block, block + size, needle, needle + secret_bytes) != block + size;
+    return Holds(block, size, secret) || Holds(block, size, narrow_secret);
 }
 
 void GiveBack(void *block) noexcept
@@ -102,8 +108,35 @@ TEST(SecretTest, APasswordThatIsNotSentLeavesNoCopyBehind)
               0);
 }
 
+/// The same for an adapter's calls, by way of a library that has no such functions.
+template <typename Telling>
+int FoundAfterCalls(Telling tell)
+{
+    return FoundAfter([&](Helper &helper) {
+        Adapter adapter(helper);
+        const auto plain = std::filesystem::path(KESSIL_TEST_LIBRARIES "/plain" LIBRARY_SUFFIX).u16string();
+        EXPECT_TRUE(adapter.Load(plain));
+        tell(adapter);
+    });
+}
+
+TEST(SecretTest, CredentialsLeaveNoCopyBehind)
+{
+    EXPECT_EQ(FoundAfterCalls([](Adapter &adapter) {
+                  const std::string first(900, 'f');
+                  EXPECT_EQ(adapter.CreateCredentials(first, narrow_secret).result.outcome, Outcome::Refused);
+              }),
+              0);
+    EXPECT_EQ(FoundAfterCalls([](Adapter &adapter) {
+                  const std::string too_long(1025, 's');
+                  EXPECT_EQ(adapter.CreateCredentials(narrow_secret, too_long).result.outcome, Outcome::NotSent);
+              }),
+              0);
+}
+
 TEST(SecretTest, CopiesAreFoundWhereTheyAreLeft)
 {
+    EXPECT_GT(FoundAfterCalls([](Adapter &adapter) { EXPECT_FALSE(adapter.AddFolder(narrow_secret)); }), 0);
     EXPECT_GT(FoundAfter([](Helper &helper) { EXPECT_FALSE(helper.Load(secret)); }), 0);
 }
 

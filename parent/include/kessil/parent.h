@@ -97,7 +97,8 @@ namespace parent {
 enum class Outcome
 {
     Answered,       ///< Done. For a call: the library's function ran, and Results() has its values.
-    Refused,        ///< The helper said no (library not found, unknown signature, ...). It goes on serving.
+    Refused,        ///< The helper said no (library not found, unknown signature, ...). It goes on serving, except
+                    ///< after some calls of an Adapter.
     Hung,           ///< The time limit passed. The helper was killed.
     Died,           ///< The helper ended before it had answered, or its pipe broke.
     BrokenProtocol, ///< The helper sent something that the protocol doesn't allow. It was killed.
@@ -124,7 +125,12 @@ struct Result
 
     /// Refused: what the helper's answer carried. `return_code` and `system_error` are both -1 for a failure of
     /// marshalling and for an unknown signature; `return_code` is 0 for a library that didn't load (`system_error` is
-    /// then the system's code), or a library or export that wasn't found (`system_error` 0).
+    /// then the system's code), or a library or export that wasn't found (`system_error` 0). A refusal of an Adapter's
+    /// request carries nothing, and they are 0.
+    ///
+    /// Answered: empty, except that `text` is "Failed to get error message (...)" when an adapter's function failed and
+    /// the adapter gives no error texts (some functions are asked for one after a success, too). The results are there
+    /// all the same, with an empty error text.
     std::int32_t return_code = 0;
     std::int32_t system_error = 0;
     WideString text{};
@@ -198,7 +204,7 @@ struct Statistics
 {
     std::uint64_t calls = 0;                    ///< function calls sent
     std::uint64_t refused = 0;                  ///< of all requests, those that ended as Refused
-    std::uint64_t notices = 0;                  ///< notices received
+    std::uint64_t notices = 0;                  ///< notices received, an adapter's log lines included
     std::uint64_t sections_announced = 0;       ///< sections that this side made, the first one included
     std::uint64_t sections_grown_by_helper = 0; ///< sections that the helper made, in the middle of a call
     std::uint64_t section_size = 0;             ///< bytes of the section in use now
@@ -284,6 +290,8 @@ private:
     State &m_state;
 };
 
+class CommandKeeper;
+
 /// One helper process and the conversation with it. For one thread at a time, except Cancel. The destructor kills the
 /// process if it still runs. The process never outlives this one, however this one ends.
 ///
@@ -353,6 +361,9 @@ public:
     Statistics Figures() const;
 
 private:
+    friend class Adapter;
+    CommandKeeper &Commands();
+
     struct Impl;
     std::unique_ptr<Impl> m_impl;
 };

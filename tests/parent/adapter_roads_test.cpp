@@ -1,0 +1,248 @@
+// Each command of the adapter, with an answer that is cut at every byte, refused, or sent to the last byte: whatever
+// the helper does, the call ends as kessil/adapter.h promises.
+
+#include "parent/adapter_calls.h"
+
+#include "fakes/call_log.h"
+#include "fakes/fake_last_error.h"
+#include "fakes/fake_pipe_server.h"
+#include "fakes/fake_private_section.h"
+#include "fakes/fake_process.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <future>
+#include <memory>
+#include <optional>
+
+namespace kessil::parent {
+namespace {
+
+using namespace std::string_literals;
+using platform::PipeStatus;
+using test::fake_pipe_server;
+using test::fake_process;
+using test::fake_section;
+using testing::StartsWith;
+
+const std::string quiet = "\xFF\xFF\xFC\x19";
+const std::string refusal = "\xFF\xFF\xFF\xFF";
+
+/// The request that goes behind some calls, up to its number and from there on, and what its answer has around it.
+const std::string fence_start = "X\0\0\0\6"s;
+const std::string fence_end = "\0\0"s;
+const std::string fence_answer_start = "E\0\0\0\x0E\xFF\xFF\xFF\xFF"s;
+const std::string fence_answer_end = "n\0o\0\0\0"s;
+constexpr std::size_t fence_size = 11;
+
+std::string Bytes(const std::string &hex)
+{
+    std::string digits = hex;
+    std::erase(digits, ' ');
+    std::string bytes;
+    for (std::size_t i = 0; i + 1 < digits.size(); i += 2)
+        bytes += static_cast<char>(std::stoi(digits.substr(i, 2), nullptr, 16));
+    return bytes;
+}
+
+class AdapterRoads : public testing::Test
+{
+protected:
+    void TearDown() override { End(); }
+
+    void End()
+    {
+        adapter.reset();
+        helper.reset();
+        EXPECT_EQ(fake_process.held, 0u);
+        EXPECT_EQ(fake_section.views, 0u);
+        EXPECT_TRUE(fake_pipe_server.servers.empty());
+    }
+
+    /// A helper that has loaded an adapter of the name "a", and whose process has ended with this code as soon as
+    /// somebody asks.
+    void Host(std::optional<std::uint32_t> exit_code)
+    {
+        End();
+        test::call_log = {};
+        test::fake_last_error = {};
+        fake_pipe_server = {};
+        fake_section = {};
+        fake_process = {};
+        Options options;
+        options.program = "fake_helper";
+        fake_process.programs[std::filesystem::absolute(options.program).u16string()] =
+            [this, exit_code](const test::FakeStart &start) {
+                client = std::make_shared<test::FakePipeClient>(start.process_id);
+                EXPECT_TRUE(fake_pipe_server.Connect(start.arguments.at(0), client));
+                return test::FakeRun{.exit_code = exit_code};
+            };
+        helper.emplace(options);
+        adapter.emplace(*helper);
+        ASSERT_TRUE(helper->Start());
+        client->Answer("\0\0\0\1"s);
+        const Result loaded = adapter->Load(u"a");
+        ASSERT_TRUE(loaded) << loaded.message;
+        ASSERT_EQ(client->Receive(6), "l\0\0\0\1a"s);
+    }
+
+    /// Makes the call, takes its request, and answers with as many bytes of this as said; leaves when they aren't all.
+    Answer Make(const AdapterCall &call, const std::string &answer, std::size_t size)
+    {
+        const std::string request = Bytes(call.request);
+        const auto player = std::async(std::launch::async, [&] {
+            EXPECT_EQ(client->Receive(request.size()), request) << call.name;
+            std::string all = answer;
+            if (call.fenced) {
+                const std::string fence = client->Receive(fence_size);
+                EXPECT_EQ(fence.substr(0, 5), fence_start) << call.name;
+                EXPECT_EQ(fence.substr(9), fence_end) << call.name;
+                if (answer != refusal)
+                    all += fence_answer_start + fence.substr(5, 4) + fence_answer_end;
+            }
+            client->Send(all.substr(0, size));
+            if (size < all.size())
+                client->Leave();
+        });
+        return call.make(*adapter);
+    }
+
+    /// What the helper sends in all.
+    static std::string Whole(const AdapterCall &call, const std::string &answer)
+    {
+        return (call.logs ? quiet : "") + Bytes(answer);
+    }
+
+    static std::size_t Size(const AdapterCall &call, const std::string &whole)
+    {
+        return whole.size() + (call.fenced ? fence_answer_start.size() + 4 + fence_answer_end.size() : 0);
+    }
+
+    void ExpectDeathAtEachByte(const AdapterCall &call, const std::string &answer)
+    {
+        const std::string whole = Whole(call, answer);
+        for (std::size_t size = 0; size < Size(call, whole); ++size) {
+            Host(5);
+            const Answer died = Make(call, whole, size);
+            ASSERT_EQ(died.result.outcome, Outcome::Died) << call.name << " at byte " << size << died.message;
+            EXPECT_EQ(died.result.exit_code, 5U);
+            EXPECT_FALSE(died.okay);
+            EXPECT_THAT(died.message, StartsWith("the helper died in " + call.name + " (command "));
+            EXPECT_FALSE(helper->Running());
+        }
+    }
+
+    std::shared_ptr<test::FakePipeClient> client;
+    std::optional<Helper> helper;
+    std::optional<Adapter> adapter;
+};
+
+TEST_F(AdapterRoads, YesToTheLastByte)
+{
+    for (const AdapterCall &call : AdapterCalls()) {
+        Host(std::nullopt);
+        const Answer answer = Make(call, Whole(call, call.yes), std::string::npos);
+        EXPECT_TRUE(answer) << call.name << answer.message;
+        EXPECT_TRUE(helper->Running());
+    }
+}
+
+TEST_F(AdapterRoads, YesCutAtEachByte)
+{
+    for (const AdapterCall &call : AdapterCalls())
+        ExpectDeathAtEachByte(call, call.yes);
+}
+
+TEST_F(AdapterRoads, NoCutAtEachByte)
+{
+    for (const AdapterCall &call : AdapterCalls()) {
+        if (!call.no.empty())
+            ExpectDeathAtEachByte(call, call.no);
+    }
+}
+
+TEST_F(AdapterRoads, EachRefusal)
+{
+    for (const AdapterCall &call : AdapterCalls()) {
+        // Where a refusal looks like a failure, only the helper's end tells.
+        if (call.name == "InitVixDiskLib")
+            continue;
+        Host(std::nullopt);
+        const Answer answer = Make(call, refusal, std::string::npos);
+        EXPECT_EQ(answer.result.outcome, Outcome::Refused) << call.name << answer.message;
+        EXPECT_THAT(answer.message, StartsWith("the helper refused " + call.name + " (command "));
+        // A helper reads arguments that nobody took as requests.
+        EXPECT_EQ(helper->Running(), Bytes(call.request).size() == 2) << call.name;
+        EXPECT_EQ(helper->Figures().refused, 1U);
+    }
+}
+
+TEST_F(AdapterRoads, OneWriteForACallWithoutABlock)
+{
+    for (const AdapterCall &call : AdapterCalls()) {
+        if (call.fenced || call.request.find("44415441") != std::string::npos || call.name == "SetVMConfig" ||
+            call.name == "WriteSectors")
+            continue;
+        Host(std::nullopt);
+        // It comes with the first write.
+        client->Answer(Whole(call, call.yes));
+        const Answer answer = call.make(*adapter);
+        EXPECT_TRUE(answer) << call.name << answer.message;
+    }
+}
+
+TEST_F(AdapterRoads, AWriteThatFails)
+{
+    Host(5);
+    fake_pipe_server.write_fates = {{PipeStatus::Failed, 6}};
+    const Answer answer = adapter->CloseDisk();
+    EXPECT_EQ(answer.result.outcome, Outcome::Died);
+    EXPECT_THAT(answer.message, testing::HasSubstr("its pipe failed: text of 6"));
+}
+
+TEST_F(AdapterRoads, ALoadThatCanNotBeWrittenOrIsCut)
+{
+    for (std::size_t size = 0; size < 4; ++size) {
+        Host(5);
+        client->Send("\0\0\0\1"s.substr(0, size));
+        client->Leave();
+        fake_pipe_server.write_fates = {{PipeStatus::Done, 0}};
+        const Result result = adapter->Load(u"b");
+        EXPECT_EQ(result.outcome, Outcome::Died);
+        EXPECT_THAT(result.message, StartsWith("the helper died in loading b, "));
+    }
+    Host(5);
+    fake_pipe_server.write_fates = {{PipeStatus::Closed, 0}};
+    EXPECT_EQ(adapter->Load(u"b").outcome, Outcome::Died);
+    EXPECT_EQ(adapter->Load(u"c").outcome, Outcome::Died);
+}
+
+TEST_F(AdapterRoads, AReadThatFailsBehindWhatMayBeARefusal)
+{
+    const AdapterCall *init = nullptr;
+    for (const AdapterCall &call : AdapterCalls()) {
+        if (call.name == "InitVixDiskLib")
+            init = &call;
+    }
+    for (const std::uint32_t code : {1U, 5U}) {
+        Host(code);
+        client->Send(refusal);
+        client->Leave();
+        fake_pipe_server.write_fates = {{PipeStatus::Done, 0}};
+        const Answer answer = init->make(*adapter);
+        EXPECT_EQ(answer.result.outcome, code == 1 ? Outcome::Refused : Outcome::Died) << answer.message;
+        EXPECT_FALSE(helper->Running());
+    }
+    Host(std::nullopt);
+    client->Send(refusal);
+    fake_pipe_server.write_fates = {{PipeStatus::Done, 0}};
+    const Answer answer = [&] {
+        const auto canceller = std::async(std::launch::async, [&] { helper->Cancel(); });
+        return init->make(*adapter);
+    }();
+    EXPECT_EQ(answer.result.outcome, Outcome::Cancelled) << answer.message;
+}
+
+} // namespace
+} // namespace kessil::parent
