@@ -1,5 +1,6 @@
 #include "command_line.h"
 
+#include "adapter_options.h"
 #include "exit_code.h"
 #include "local_path.h"
 #include "platform/program_path.h"
@@ -12,8 +13,9 @@ namespace kessil::driver {
 namespace {
 
 constexpr const char *footer = R"(
-The library must have the fifteen functions of a data-source plug-in, with the listing items of samples/vorn_fs. What it
-serves is its own affair; vorn_fs serves the directory that VORN_FS_ROOT names.
+For ls, backup and restore the library must have the fifteen functions of a data-source plug-in, with the listing items
+of samples/vorn_fs. What it serves is its own affair; vorn_fs serves the directory that VORN_FS_ROOT names.
+`kessilctl adapter --help` tells of adapters.
 
 The helper logs on first, then takes the directories to search, then loads the library. A password is asked for on the
 terminal, or is the first line of --password-fd; it is never an argument, and no variable of the environment.
@@ -23,14 +25,14 @@ A backup is a directory with the files in files/ and their digests in MANIFEST.s
 
 Exit codes:
   0  done
-  1  the library reported a failure, for everything or for some of the files
+  1  the library or the adapter reported a failure, for everything or for some of the files
   2  usage
   3  the helper refused: the logon, the directories, the library, a function or a signature
   4  the helper died, or broke the protocol
   5  a call took longer than --time-limit
   6  the helper did not start
   7  a file or directory on this side could not be read or written
-  8  restore: something differs from what was backed up
+  8  restore, write-disk: something differs from what was backed up or written
   130  interrupted)";
 
 /// What stands behind the domain, if there is one.
@@ -61,16 +63,15 @@ void AddLibrary(CLI::App &app, Command &command)
     app.add_option("-l,--library", command.library, "The library to host: a path, or a name to search for")->required();
 }
 
-void AddLogonOptions(CLI::App &app, Words &words)
+void AddLogonOptions(CLI::App &app, Command &command, Words &words)
 {
     CLI::Option *const logon =
         app.add_option("--logon", words.user, "The helper logs on as this user: USER or DOMAIN\\USER")
             ->check([](const std::string &user) { return LastName(user).empty() ? "a user has a name" : ""; });
-    app.add_option("--password-fd", words.logon.password_descriptor,
+    app.add_option("--password-fd", command.password_descriptor,
                    "The password is the first line of this open descriptor; 0 is standard input (default: the terminal "
                    "asks)")
-        ->check(CLI::NonNegativeNumber)
-        ->needs(logon);
+        ->check(CLI::NonNegativeNumber);
     app.add_flag("--credentials-only", words.logon.credentials_only, "Log on for outgoing connections alone (Windows)")
         ->needs(logon);
 }
@@ -80,7 +81,7 @@ void AddCommonOptions(CLI::App &app, Command &command, Words &words)
     app.add_option("--path", words.directories,
                    "Directories, separated as in PATH, that the helper searches before all others; may be given again")
         ->allow_extra_args(false);
-    AddLogonOptions(app, words);
+    AddLogonOptions(app, command, words);
     app.add_option("--helper", command.helper, "The helper's program (default: kessil beside kessilctl)");
     app.add_option("--log", command.log, "The helper appends its log to this file (default: none is kept)");
     app.add_flag("--debug", command.debug, "The helper's log tells everything");
@@ -136,6 +137,8 @@ std::optional<Logon> LogonOf(Words words)
 
 void Complete(Command &command, const Words &words)
 {
+    if (command.password_descriptor && words.user.empty() && !command.adapter.credentials)
+        throw CLI::RequiresError("--password-fd", IsOfAdapter(command.task) ? "--logon or --credentials" : "--logon");
     command.time_limit = std::chrono::milliseconds(static_cast<std::int64_t>(words.seconds * 1000));
     command.search_path = SearchPath(words.directories);
     command.logon = LogonOf(words);
@@ -152,7 +155,7 @@ std::optional<Command> ParseCommandLine(const std::vector<WideString> &arguments
 
     CLI::App app(
         "Lists, backs up and restores what a data-source library serves, with the library in a process of its own.\n"
-        "Looks up messages.",
+        "Works with an adapter's virtual machines and disks. Looks up messages.",
         "kessilctl");
     app.footer(footer);
     app.set_version_flag("--version", "kessilctl " KESSIL_VERSION);
@@ -165,6 +168,13 @@ std::optional<Command> ParseCommandLine(const std::vector<WideString> &arguments
         AddLibrary(*task, command);
     for (CLI::App *task : {list, backup, restore, error_text})
         AddCommonOptions(*task, command, words);
+    AddAdapterTasks(app, command, [&](CLI::App &task) {
+        AddLibrary(task, command);
+        AddCommonOptions(task, command, words);
+    });
+    for (const auto &[task, meaning] : {std::pair(list, Task::List), std::pair(backup, Task::Backup),
+                                        std::pair(restore, Task::Restore), std::pair(error_text, Task::ErrorText)})
+        task->callback([&command, wanted = meaning] { command.task = wanted; });
     AddErrorText(*error_text, command);
     list->add_option("subtree", command.path, "The directory in the library's tree (default: the topmost)");
     list->add_flag("-r,--recursive", command.recursive, "And everything below it");
@@ -179,12 +189,11 @@ std::optional<Command> ParseCommandLine(const std::vector<WideString> &arguments
         texts.push_back(platform::ToUtf8(arguments[at]));
     try {
         app.parse(std::move(texts));
+        Complete(command, words);
     } catch (const CLI::ParseError &error) {
         exit_code = app.exit(error, out, err) == 0 ? 0 : static_cast<int>(ExitCode::Usage);
         return std::nullopt;
     }
-    command.task = *list ? Task::List : *backup ? Task::Backup : *restore ? Task::Restore : Task::ErrorText;
-    Complete(command, words);
     return command;
 }
 

@@ -16,16 +16,47 @@ enum class Task
     List,
     Backup,
     Restore,
-    ErrorText
+    ErrorText,
+    Hosts,
+    DataStores,
+    Folders,
+    Machines,
+    ReadDisk,
+    WriteDisk
 };
+
+/// Whether it is one of those from Hosts on.
+inline bool IsOfAdapter(Task task)
+{
+    return task >= Task::Hosts;
+}
+
+inline bool IsInventory(Task task)
+{
+    return IsOfAdapter(task) && task < Task::ReadDisk;
+}
 
 /// The user that the helper is to log on as.
 struct Logon
 {
     std::string user;
-    std::string domain;                     ///< may be empty
-    std::optional<int> password_descriptor; ///< none: the terminal is asked
-    bool credentials_only = false;          ///< for outgoing connections alone
+    std::string domain;            ///< may be empty
+    bool credentials_only = false; ///< for outgoing connections alone
+};
+
+/// What the tasks of an adapter ask for besides. Texts for the adapter are UTF-8.
+struct AdapterCommand
+{
+    std::optional<std::string> credentials; ///< the first text of them; none: the adapter gets no credentials
+    std::string first;                      ///< of a listing: its path, in general
+    std::string second;                     ///< of the data stores
+    std::string config;
+    std::string lib;
+    std::string machine;
+    std::string disk;
+    std::uint64_t start = 0; ///< in sectors
+    std::uint64_t sectors = 0;
+    bool verify = false;
 };
 
 /// What the command line asks for. Paths are as ToText writes them.
@@ -37,10 +68,12 @@ struct Command
     std::string log;       ///< the helper's log file; empty: a temporary one
     std::string path;      ///< the directory within the library's tree
     std::string directory; ///< the backup, to write or to read
-    std::string file;      ///< the file whose message is wanted
+    std::string file;      ///< whose message is wanted, or that takes or has a disk's sectors
     std::uint32_t message = 0;
     std::string search_path; ///< directories, separated as in PATH, to search before all others; empty: none
     std::optional<Logon> logon;
+    std::optional<int> password_descriptor; ///< that passwords are read from; none: the terminal is asked
+    AdapterCommand adapter;
     std::chrono::milliseconds time_limit{0};
     bool recursive = false;
     bool json = false;

@@ -1,10 +1,14 @@
 #include "helper_requests.h"
 
 #include "exit_code.h"
-#include "platform/text.h"
+#include "local_path.h"
+
+#include <algorithm>
 
 namespace kessil::driver {
 namespace {
+
+constexpr std::chrono::milliseconds first_warning{10000};
 
 ExitCode ExitCodeFor(parent::Outcome outcome)
 {
@@ -36,6 +40,21 @@ void Require(const parent::Result &result)
 {
     if (!result)
         throw Failure(ExitCodeFor(result.outcome), result.message);
+}
+
+WideString LibraryName(const std::string &given)
+{
+    std::error_code ignored;
+    const std::filesystem::path path = ToPath(given);
+    if (!std::filesystem::exists(path, ignored))
+        return platform::FromUtf8(given);
+    return platform::FromUtf8(ToText(std::filesystem::absolute(path)));
+}
+
+parent::TimeLimit LimitOf(const Command &command)
+{
+    const auto whole = command.time_limit;
+    return {whole.count() > 0 ? std::min(first_warning, whole / 2) : first_warning, whole};
 }
 
 void StartHelper(parent::Helper &helper, const Command &command, Password &password)

@@ -1,11 +1,11 @@
 #pragma once
 
 #include "manifest.h"
+#include "partial_file.h"
 #include "vorn_library.h"
 
 #include <cstddef>
 #include <filesystem>
-#include <fstream>
 #include <span>
 #include <string>
 
@@ -23,22 +23,19 @@ class NewBackup
 public:
     /// Makes the directory, or takes it when it is empty; anything else is Failure(Usage).
     explicit NewBackup(const std::filesystem::path &directory);
-    ~NewBackup();
-    NewBackup(const NewBackup &) = delete;
-    NewBackup &operator=(const NewBackup &) = delete;
 
     /// False when the file system doesn't take it, or takes the name for that of something it has.
     bool AddDirectory(const std::string &path);
 
     /// Starts the content of the next file.
-    void BeginFile();
-    void Write(std::span<const std::byte> bytes);
+    void BeginFile() { m_partial.Begin(); }
+    void Write(std::span<const std::byte> bytes) { m_partial.Write(bytes); }
 
     /// Gives the content its name and puts its digest into the manifest. False as with AddDirectory.
     bool EndFile(const std::string &path, const std::string &digest);
 
     /// Forgets the content.
-    void DropFile();
+    void DropFile() { m_partial.Drop(); }
 
     /// False when the file system doesn't take the time.
     bool SetTime(const std::string &path, const Modified &modified);
@@ -47,11 +44,9 @@ public:
 
 private:
     std::filesystem::path Place(const std::string &path) const;
-    void Close();
 
     std::filesystem::path m_directory;
-    std::filesystem::path m_partial;
-    std::ofstream m_file;
+    PartialFile m_partial;
     Manifest m_manifest;
 };
 

@@ -15,12 +15,10 @@ void Password::Forget()
     m_text.clear();
 }
 
-void Password::Read(const Logon &logon)
+void Password::Read(const std::string &whom, std::optional<int> descriptor)
 {
-    const std::string user = logon.domain.empty() ? logon.user : logon.domain + '\\' + logon.user;
-    const SecretStatus status = logon.password_descriptor
-                                    ? platform::ReadSecretLine(*logon.password_descriptor, m_text)
-                                    : platform::ReadHiddenLine("Password for " + Printable(user) + ": ", m_text);
+    const SecretStatus status = descriptor ? platform::ReadSecretLine(*descriptor, m_text)
+                                           : platform::ReadHiddenLine("Password for " + Printable(whom) + ": ", m_text);
     switch (status) {
     case SecretStatus::Read:
         return;

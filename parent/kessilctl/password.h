@@ -1,7 +1,9 @@
 #pragma once
 
-#include "command_line.h"
+#include "platform/text.h"
 
+#include <optional>
+#include <string>
 #include <string_view>
 
 namespace kessil::driver {
@@ -15,9 +17,9 @@ public:
     Password(const Password &) = delete;
     Password &operator=(const Password &) = delete;
 
-    /// Reads it from where the command line says: the terminal, which doesn't show it, or an open descriptor. Throws
-    /// Failure.
-    void Read(const Logon &logon);
+    /// Reads it, one line: from the terminal, which asks for the password of `whom` and doesn't show it, or from an
+    /// open descriptor, and not one byte more. Throws Failure.
+    void Read(const std::string &whom, std::optional<int> descriptor);
 
     std::u16string_view Text() const { return m_text; }
     void Forget();

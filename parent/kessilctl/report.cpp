@@ -4,6 +4,7 @@
 #include "platform/text.h"
 #include "progress.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <iomanip>
 #include <ostream>
@@ -116,6 +117,52 @@ void AddMessage(Json &object, const Message &message)
     object["text"] = message.text;
 }
 
+void AddNumbers(Json &object, const parent::AdapterItem &item)
+{
+    object["number"] = item.number;
+    object["value"] = item.value;
+    if (item.extra)
+        object["extra"] = *item.extra;
+}
+
+Json ToJson(const std::vector<parent::AdapterItem> &items)
+{
+    Json array = Json::array();
+    for (const parent::AdapterItem &item : items) {
+        Json object;
+        AddName(object, "name", item.name);
+        AddNumbers(object, item);
+        array.push_back(object);
+    }
+    return array;
+}
+
+Json ToJson(const std::vector<LogLine> &log)
+{
+    Json array = Json::array();
+    for (const LogLine &line : log)
+        array.push_back({{"level", line.level}, {"text", line.text}});
+    return array;
+}
+
+void AddDisk(Json &object, const Report &report)
+{
+    object["bytes"] = report.bytes;
+    if (!report.adapter->digest.empty())
+        object["sha256"] = report.adapter->digest;
+    if (report.adapter->verified)
+        object["verified"] = *report.adapter->verified;
+}
+
+void AddAdapter(Json &object, const Report &report)
+{
+    if (report.adapter->items)
+        object["items"] = ToJson(*report.adapter->items);
+    else
+        AddDisk(object, report);
+    object["log"] = ToJson(report.adapter->log);
+}
+
 void AddFiles(Json &object, const Report &report)
 {
     if (report.task == "ls")
@@ -130,6 +177,17 @@ void AddFiles(Json &object, const Report &report)
     object["calls"] = report.figures.calls;
     object["sections_announced"] = report.figures.sections_announced;
     object["sections_grown_by_helper"] = report.figures.sections_grown_by_helper;
+}
+
+/// "3.0 MB in 0.01 s (300 MB/s)"
+std::string Pace(const Report &report)
+{
+    const double seconds = std::chrono::duration<double>(report.elapsed).count();
+    const auto bytes = static_cast<double>(report.bytes);
+    std::ostringstream text;
+    text << ReadableSize(bytes) << " in " << std::fixed << std::setprecision(2) << seconds << " s ("
+         << ReadableSize(seconds > 0 ? bytes / seconds : 0) << "/s)";
+    return text.str();
 }
 
 } // namespace
@@ -162,14 +220,38 @@ void PrintMessage(const Report &report, std::ostream &out)
     }
 }
 
+void PrintItems(const std::vector<parent::AdapterItem> &items, std::ostream &out)
+{
+    std::size_t number = 0;
+    std::size_t value = 0;
+    std::size_t extra = 0;
+    for (const parent::AdapterItem &item : items) {
+        number = std::max(number, std::to_string(item.number).size());
+        value = std::max(value, std::to_string(item.value).size());
+        extra = std::max(extra, item.extra ? std::to_string(*item.extra).size() : 0);
+    }
+    for (const parent::AdapterItem &item : items) {
+        out << std::right << std::setw(static_cast<int>(number)) << item.number << ' '
+            << std::setw(static_cast<int>(value)) << item.value << ' ';
+        if (item.extra)
+            out << std::setw(static_cast<int>(extra)) << *item.extra << ' ';
+        out << Printable(item.name) << '\n';
+    }
+}
+
+void PrintDiskSummary(const Report &report, std::ostream &out)
+{
+    out << report.task << ": " << report.bytes / parent::sector_size << " sectors, " << Pace(report) << '\n'
+        << "sha256 " << report.adapter->digest;
+    if (report.adapter->verified)
+        out << (*report.adapter->verified ? ", verified" : ", not what is read back");
+    out << '\n';
+}
+
 void PrintSummary(const Report &report, std::ostream &out)
 {
-    const double seconds = std::chrono::duration<double>(report.elapsed).count();
-    const auto bytes = static_cast<double>(report.bytes);
-    out << report.task << ": " << report.files << " files, " << report.directories << " directories, "
-        << ReadableSize(bytes) << " in " << std::fixed << std::setprecision(2) << seconds << " s ("
-        << ReadableSize(seconds > 0 ? bytes / seconds : 0) << "/s), " << report.figures.calls
-        << " calls, sections: " << report.figures.sections_announced << " announced, "
+    out << report.task << ": " << report.files << " files, " << report.directories << " directories, " << Pace(report)
+        << ", " << report.figures.calls << " calls, sections: " << report.figures.sections_announced << " announced, "
         << report.figures.sections_grown_by_helper << " grown by the helper\n";
     if (!report.skipped.empty())
         out << report.skipped.size() << " skipped: neither file nor directory\n";
@@ -187,7 +269,9 @@ void PrintJson(const Report &report, std::ostream &out)
     AddEnd(object, report);
     if (report.message)
         AddMessage(object, *report.message);
-    if (report.task != "errtext")
+    if (report.adapter)
+        AddAdapter(object, report);
+    else if (report.task != "errtext")
         AddFiles(object, report);
     object["seconds"] = std::chrono::duration<double>(report.elapsed).count();
     out << object.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';

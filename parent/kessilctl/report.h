@@ -1,7 +1,7 @@
 #pragma once
 
 #include "exit_code.h"
-#include "kessil/parent.h"
+#include "kessil/adapter.h"
 #include "vorn_library.h"
 
 #include <chrono>
@@ -28,6 +28,22 @@ struct Message
     std::string text;
 };
 
+/// A line of an adapter's log.
+struct LogLine
+{
+    std::uint8_t level = 0;
+    std::string text;
+};
+
+/// What a run came to with an adapter.
+struct AdapterReport
+{
+    std::optional<std::vector<parent::AdapterItem>> items; ///< none: the task is no listing
+    std::vector<LogLine> log;
+    std::string digest;           ///< of the sectors that were moved; empty: not all of them were
+    std::optional<bool> verified; ///< whether they were read back the same; none: they weren't
+};
+
 /// What a run came to; filled as the run goes.
 struct Report
 {
@@ -41,6 +57,7 @@ struct Report
     std::vector<Remark> skipped;     ///< what is neither file nor directory
     std::vector<Entry> entries;      ///< of a listing, each name with the way to it
     std::optional<Message> message;
+    std::optional<AdapterReport> adapter;
     std::string end; ///< why the run ended early; empty when it didn't
     ExitCode exit_code = ExitCode::Done;
     std::chrono::microseconds elapsed{0};
@@ -55,6 +72,12 @@ void PrintListing(const Report &report, std::ostream &out);
 
 /// The message's text, line by line; nothing when there is none.
 void PrintMessage(const Report &report, std::ostream &out);
+
+/// An adapter's listing, one line an item: its numbers, its name.
+void PrintItems(const std::vector<parent::AdapterItem> &items, std::ostream &out);
+
+/// What was read or written, and its digest.
+void PrintDiskSummary(const Report &report, std::ostream &out);
 
 /// What was done, in one or two lines.
 void PrintSummary(const Report &report, std::ostream &out);

@@ -1,33 +1,15 @@
 #include "run.h"
 
+#include "adapter_job.h"
 #include "helper_requests.h"
 #include "local_path.h"
 #include "password.h"
 
-#include <algorithm>
 #include <ostream>
 #include <utility>
 
 namespace kessil::driver {
 namespace {
-
-constexpr std::chrono::milliseconds first_warning{10000};
-
-/// A file by its full path, so that the helper's directory doesn't matter; anything else is a name to search for.
-WideString LibraryName(const std::string &given)
-{
-    std::error_code ignored;
-    const std::filesystem::path path = ToPath(given);
-    if (!std::filesystem::exists(path, ignored))
-        return platform::FromUtf8(given);
-    return platform::FromUtf8(ToText(std::filesystem::absolute(path)));
-}
-
-parent::TimeLimit Limit(const Command &command)
-{
-    const auto whole = command.time_limit;
-    return {whole.count() > 0 ? std::min(first_warning, whole / 2) : first_warning, whole};
-}
 
 parent::Options HelperOptions(const Command &command, const Screen &screen)
 {
@@ -35,7 +17,7 @@ parent::Options HelperOptions(const Command &command, const Screen &screen)
     options.program = ToPath(command.helper);
     options.log_file = ToPath(command.log);
     options.log_level = command.debug ? parent::LogLevel::Debug : parent::LogLevel::Error;
-    options.request_limit = Limit(command);
+    options.request_limit = LimitOf(command);
     options.on_slow = [&err = screen.err](const parent::SlowRequest &request) {
         err << "kessilctl: still waiting for " << Printable(request.description) << " after "
             << request.elapsed.count() / 1000 << " s\n";
@@ -53,9 +35,37 @@ const char *NameOf(Task task)
     case Task::Restore:
         return "restore";
     case Task::ErrorText:
+        return "errtext";
+    case Task::Hosts:
+        return "adapter hosts";
+    case Task::DataStores:
+        return "adapter datastores";
+    case Task::Folders:
+        return "adapter folders";
+    case Task::Machines:
+        return "adapter machines";
+    case Task::ReadDisk:
+        return "adapter read-disk";
+    case Task::WriteDisk:
         break;
     }
-    return "errtext";
+    return "adapter write-disk";
+}
+
+/// Those that are read before the helper starts.
+struct Passwords
+{
+    Password logon;
+    Password credentials;
+};
+
+void Read(Passwords &passwords, const Command &command)
+{
+    if (const auto &logon = command.logon)
+        passwords.logon.Read(logon->domain.empty() ? logon->user : logon->domain + '\\' + logon->user,
+                             command.password_descriptor);
+    if (command.adapter.credentials)
+        passwords.credentials.Read(*command.adapter.credentials, command.password_descriptor);
 }
 
 void LookUpMessage(const Command &command, parent::Helper &helper, Report &report)
@@ -69,7 +79,7 @@ void LookUpMessage(const Command &command, parent::Helper &helper, Report &repor
 void WorkWithLibrary(const Command &command, parent::Helper &helper, const Interruption &interruption, Report &report,
                      const Screen &screen)
 {
-    VornLibrary library(helper, interruption, LibraryName(command.library), Limit(command));
+    VornLibrary library(helper, interruption, LibraryName(command.library), LimitOf(command));
     Job job(command, library, report, screen);
     if (command.task == Task::List)
         List(job);
@@ -78,6 +88,14 @@ void WorkWithLibrary(const Command &command, parent::Helper &helper, const Inter
     else
         Restore(job);
     library.Close();
+}
+
+void WorkWithAdapter(const Command &command, parent::Helper &helper, const Interruption &interruption, Report &report,
+                     const Screen &screen, Password &password)
+{
+    AdapterJob job(command, helper, interruption, report, screen);
+    job.GiveCredentials(password);
+    PerformAdapterTask(job);
 }
 
 /// Runs `action`, and puts down why it ended early if it did.
@@ -98,14 +116,16 @@ void Settle(Report &report, const Action &action)
     }
 }
 
-void RunTask(const Command &command, parent::Helper &helper, Password &password, Report &report, const Screen &screen)
+void RunTask(const Command &command, parent::Helper &helper, Passwords &passwords, Report &report, const Screen &screen)
 {
     const Interruption interruption(helper);
     Settle(report, [&] {
-        StartHelper(helper, command, password);
+        StartHelper(helper, command, passwords.logon);
         interruption.Check();
         if (command.task == Task::ErrorText)
             LookUpMessage(command, helper, report);
+        else if (IsOfAdapter(command.task))
+            WorkWithAdapter(command, helper, interruption, report, screen, passwords.credentials);
         else
             WorkWithLibrary(command, helper, interruption, report, screen);
         Require(helper.Stop());
@@ -123,13 +143,12 @@ void RunTask(const Command &command, parent::Helper &helper, Password &password,
 /// process over.
 void RunWithHelper(const Command &command, Report &report, const Screen &screen)
 {
-    Password password;
-    if (command.logon)
-        Settle(report, [&] { password.Read(*command.logon); });
+    Passwords passwords;
+    Settle(report, [&] { Read(passwords, command); });
     if (!report.end.empty())
         return;
     parent::Helper helper(HelperOptions(command, screen));
-    RunTask(command, helper, password, report, screen);
+    RunTask(command, helper, passwords, report, screen);
     report.figures = helper.Figures();
 }
 
@@ -143,6 +162,10 @@ void Print(const Command &command, const Report &report, const Screen &screen)
         PrintListing(report, screen.out);
     else if (command.task == Task::ErrorText)
         PrintMessage(report, screen.out);
+    else if (report.adapter && report.adapter->items)
+        PrintItems(*report.adapter->items, screen.out);
+    else if (report.adapter && report.end.empty())
+        PrintDiskSummary(report, screen.out);
     else if (report.end.empty())
         PrintSummary(report, screen.out);
     screen.out << std::flush;
@@ -209,6 +232,10 @@ int Run(const std::vector<WideString> &arguments, const Screen &screen)
     const auto start = std::chrono::steady_clock::now();
     Report report;
     report.task = NameOf(command->task);
+    if (IsOfAdapter(command->task))
+        report.adapter.emplace();
+    if (IsInventory(command->task))
+        report.adapter->items.emplace();
     RunWithHelper(*command, report, screen);
     report.elapsed = std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - start);
     Print(*command, report, screen);

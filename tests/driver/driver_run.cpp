@@ -89,10 +89,15 @@ Outcome RunDriverPlain(const std::vector<std::string> &arguments)
 Outcome RunDriverInterrupted(const std::string &text, const std::string &task, const std::string &library,
                              const std::vector<std::string> &arguments, int signal)
 {
+    return RunDriverInterruptedPlain(text, WithCommonArguments(task, library, arguments), signal);
+}
+
+Outcome RunDriverInterruptedPlain(const std::string &text, const std::vector<std::string> &arguments, int signal)
+{
     std::ostringstream out;
     InterruptingBuffer buffer(text, signal);
     std::ostream err(&buffer);
-    const int exit_code = driver::Run(Widen(WithCommonArguments(task, library, arguments)), {out, err, 0});
+    const int exit_code = driver::Run(Widen(arguments), {out, err, 0});
     return {exit_code, out.str(), buffer.str()};
 }
 

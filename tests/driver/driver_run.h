@@ -31,6 +31,10 @@ Outcome RunDriverPlain(const std::vector<std::string> &arguments);
 Outcome RunDriverInterrupted(const std::string &text, const std::string &task, const std::string &library,
                              const std::vector<std::string> &arguments, int signal = SIGINT);
 
+/// As RunDriverInterrupted, with exactly these arguments.
+Outcome RunDriverInterruptedPlain(const std::string &text, const std::vector<std::string> &arguments,
+                                  int signal = SIGINT);
+
 std::string LibraryPath(const std::string &name);
 
 /// Everything below a directory: the content of each file, and "/" for each directory.

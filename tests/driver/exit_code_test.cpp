@@ -22,9 +22,10 @@ TEST_F(ExitCodeTest, HelpSaysThemAll)
     const Outcome outcome = RunDriverPlain({"--help"});
     EXPECT_EQ(outcome.exit_code, 0);
     EXPECT_EQ(outcome.err, "");
-    for (const char *line : {"\n  0  done", "\n  1  the library reported", "\n  2  usage", "\n  3  the helper refused",
-                             "\n  4  the helper died", "\n  5  a call took longer", "\n  6  the helper did not start",
-                             "\n  7  a file", "\n  8  restore:", "\n  130  interrupted"})
+    for (const char *line :
+         {"\n  0  done", "\n  1  the library or the adapter reported", "\n  2  usage", "\n  3  the helper refused",
+          "\n  4  the helper died", "\n  5  a call took longer", "\n  6  the helper did not start", "\n  7  a file",
+          "\n  8  restore, write-disk:", "\n  130  interrupted"})
         EXPECT_TRUE(Contains(outcome.out, line)) << line;
 }
 

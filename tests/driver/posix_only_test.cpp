@@ -1,8 +1,11 @@
-#include "driver_run.h"
+#include "adapter_run.h"
 
 #include "local_path.h"
 
+#include <csignal>
 #include <cstdlib>
+
+#include <sys/resource.h>
 
 #include <nlohmann/json.hpp>
 
@@ -65,6 +68,45 @@ TEST_F(PosixOnly, PassesTheLibrarysWordsOn)
     EXPECT_NE(outcome.err.find("the path leads to or through a link, and links are not followed (code 4)"),
               std::string::npos)
         << outcome.err;
+}
+
+/// No file that this process or its children write can grow beyond `bytes` while it lives, as if the disk were full.
+class LimitedFiles
+{
+public:
+    explicit LimitedFiles(rlim_t bytes) : m_signal_before(std::signal(SIGXFSZ, SIG_IGN))
+    {
+        EXPECT_EQ(getrlimit(RLIMIT_FSIZE, &m_before), 0);
+        const rlimit limit{bytes, m_before.rlim_max};
+        EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
+    }
+    ~LimitedFiles()
+    {
+        EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &m_before), 0);
+        std::signal(SIGXFSZ, m_signal_before);
+    }
+    LimitedFiles(const LimitedFiles &) = delete;
+    LimitedFiles &operator=(const LimitedFiles &) = delete;
+
+private:
+    void (*m_signal_before)(int);
+    rlimit m_before{};
+};
+
+class PosixOnlyAdapter : public AdapterTest
+{};
+
+TEST_F(PosixOnlyAdapter, LeavesNothingWhenTheTargetIsFull)
+{
+    WriteFile(root / "machines" / "m" / "disk", std::string(3 << 20, 'x'));
+    const LimitedFiles limited(1500000);
+    const Outcome outcome =
+        RunAdapter("read-disk", {"-m", "m", "-d", "disk", "--sectors", "6144", "--to", (base / "file").string()});
+    EXPECT_EQ(outcome.exit_code, 7);
+    EXPECT_NE(outcome.err.find("file.partial: File too large\n"), std::string::npos) << outcome.err;
+    EXPECT_NE(outcome.err.find("closed m/disk\nadapter, level 2: no more disks\n"), std::string::npos) << outcome.err;
+    EXPECT_FALSE(std::filesystem::exists(base / "file"));
+    EXPECT_FALSE(std::filesystem::exists(base / "file.partial"));
 }
 
 TEST_F(PosixOnly, FollowsNoLinkInABackup)

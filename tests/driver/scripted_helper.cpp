@@ -36,8 +36,9 @@ Outcome ScriptedHelper::RunScripted(const std::string &script, const std::string
                                     const std::vector<std::string> &arguments)
 {
     WriteFile(base / "script", "attach\n" + script);
-    std::vector<std::string> all = {task, "--helper", KESSIL_TEST_SCRIPTED_HELPER};
+    std::vector<std::string> all = {task};
     all.insert(all.end(), arguments.begin(), arguments.end());
+    all.insert(all.end(), {"--helper", KESSIL_TEST_SCRIPTED_HELPER});
     return RunDriverPlain(all);
 }
 
