@@ -12,6 +12,9 @@
 #define EXPORT extern "C" __attribute__((visibility("default")))
 #endif
 
+using kessil::bench::sector_size;
+using kessil::bench::written_byte;
+
 namespace {
 
 constexpr std::uint32_t largest = 4 << 20;
@@ -69,4 +72,19 @@ EXPORT std::uint32_t VornWriteFile(std::uint64_t /*session*/, std::uint64_t /*fi
 {
     *count = size;
     return 0;
+}
+
+EXPORT bool ReadSectors(void * /*disk*/, std::uint64_t /*start*/, std::uint64_t count, void *data, void ** /*error*/)
+{
+    std::uint32_t delivered = 0;
+    return count <= largest / sector_size &&
+           ReadBlock(data, static_cast<std::uint32_t>(count) * sector_size, &delivered) == 0;
+}
+
+// Nothing of the answer would show that the data didn't come.
+EXPORT bool WriteSectors(void * /*disk*/, std::uint64_t /*start*/, std::uint64_t count, const void *data,
+                         void ** /*error*/)
+{
+    const auto *const bytes = static_cast<const unsigned char *>(data);
+    return count > 0 && bytes[0] == written_byte && bytes[count * sector_size - 1] == written_byte;
 }

@@ -25,6 +25,9 @@ struct Value
 /// The number that stands for the block's length.
 inline constexpr std::uint32_t the_length = 0xFFFFFFFF;
 
+/// The number that stands for how many sectors the block has.
+inline constexpr std::uint32_t the_sectors = 0xFFFFFFFE;
+
 /// Up to three of them, one behind the other.
 using Values = std::array<Value, 3>;
 
@@ -40,6 +43,14 @@ struct Call
 
     /// Calls `function`, an export of bench_target, directly, and does what a handler does beside with the block.
     void (*direct)(void *function, unsigned char *block, std::uint32_t size);
+
+    Values begin = {};       ///< with a read, what the out-list begins with where that isn't the front again
+    std::uint32_t spare = 0; ///< by how much the buffer is longer than the block
+
+    /// The number of the call in the second generation, or 0; and `direct` as its handler does it, with blocks that
+    /// are made for the call.
+    unsigned char command = 0;
+    void (*direct_by_command)(void *function, unsigned char *block, std::uint32_t size) = nullptr;
 };
 
 /// The call of that function. Throws std::out_of_range when it isn't measured.
@@ -47,6 +58,9 @@ const Call &CallOf(std::string_view function);
 
 /// Where the block's data begin in the section: behind the front and the length, aligned to 8.
 std::uint32_t BlockOffset(const Call &call);
+
+/// The buffer's length, which stands before it in the in-list.
+std::uint32_t BufferSize(const Call &call, std::uint32_t block_size);
 
 /// Where the results begin.
 std::uint32_t ResultsOffset(const Call &call, std::uint32_t block_size);
@@ -56,5 +70,18 @@ std::uint32_t SizeOf(const Values &values);
 
 /// Stores them at `place`, which has room for SizeOf(values).
 void Store(unsigned char *place, const Values &values, std::uint32_t block_size);
+
+// A call by command: both sides know the sizes of its request and its reply in advance. A block stands last.
+
+/// What stands before the block in the request and in the reply.
+inline constexpr std::uint32_t request_head = 22;
+inline constexpr std::uint32_t reply_head = 8;
+
+std::uint32_t RequestSize(const Call &call, std::uint32_t block_size);
+std::uint32_t ReplySize(const Call &call, std::uint32_t block_size);
+
+/// Lay them out at `place`, without the block's bytes.
+void StoreRequestHead(unsigned char *place, const Call &call, std::uint32_t block_size);
+void StoreReplyHead(unsigned char *place, const Call &call, std::uint32_t block_size);
 
 } // namespace kessil::bench

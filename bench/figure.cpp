@@ -1,5 +1,6 @@
 #include "bench/figure.h"
 
+#include "bench/placed_bytes.h"
 #include "platform/measurement.h"
 #include "platform/module.h"
 
@@ -7,6 +8,7 @@
 #include <array>
 #include <chrono>
 #include <cstdint>
+#include <cstring>
 #include <stdexcept>
 
 namespace kessil::bench {
@@ -36,109 +38,174 @@ void TakeTurns(std::size_t number, const Turn &turn)
         turn((number + i) % parts.size());
 }
 
-// The same work as the helper's, called directly.
-class InProcess
+// What is called and timed: a process, or something in this one.
+class Side
 {
 public:
-    explicit InProcess(Section &section) : m_section(section), m_module(platform::LoadModule(LibraryPath()))
+    Side() = default;
+    virtual ~Side() = default;
+    Side(const Side &) = delete;
+    Side &operator=(const Side &) = delete;
+
+    virtual void Call() = 0;
+};
+
+// A function of the library in this process, with `direct` one of the ways of the call.
+class InProcess final : public Side
+{
+public:
+    using Direct = void (*)(void *function, unsigned char *block, std::uint32_t size);
+
+    InProcess(const char *function, Direct direct, unsigned char *block, std::uint32_t block_size)
+        : m_direct(direct), m_block(block), m_blockSize(block_size), m_module(platform::LoadModule(LibraryPath()))
     {
         if (m_module == nullptr)
             throw std::runtime_error("bench_target can't be loaded");
-        m_function = platform::FindExport(m_module, m_section.Function().function);
+        m_function = platform::FindExport(m_module, function);
         if (m_function == nullptr)
             throw std::runtime_error("bench_target lacks a function");
     }
-    ~InProcess() { platform::FreeModule(m_module); }
-    InProcess(const InProcess &) = delete;
-    InProcess &operator=(const InProcess &) = delete;
+    ~InProcess() override { platform::FreeModule(m_module); }
 
-    void Call() { m_section.Function().direct(m_function, m_section.Block(), m_section.BlockSize()); }
+    void Call() override { m_direct(m_function, m_block, m_blockSize); }
 
 private:
-    Section &m_section;
+    Direct m_direct;
+    unsigned char *m_block;
+    std::uint32_t m_blockSize;
     platform::ModuleHandle m_module;
     void *m_function = nullptr;
 };
 
-// One running child with a section of its own.
-struct Seat
+// A copy of a block in this process.
+class MemoryCopy final : public Side
 {
-    Seat(Contender contender, const Call &call, std::uint32_t block_size)
-        : section(call, block_size), peer(contender, section)
-    {}
+public:
+    explicit MemoryCopy(std::uint32_t block_size) : m_from(0, block_size), m_to(0, block_size) {}
 
-    Section section;
-    Peer peer;
+    void Call() override { std::memcpy(m_to.Data(), m_from.Data(), m_to.Size()); }
+
+private:
+    PlacedBytes m_from;
+    PlacedBytes m_to;
+};
+
+class PeerSide final : public Side
+{
+public:
+    // Starts the process, keeps it on that core, and checks what it does.
+    PeerSide(Contender contender, const bench::Call &call, std::uint32_t block_size, std::uint32_t core)
+        : m_peer(MakePeer(contender, call, block_size))
+    {
+        m_peer->Start();
+        if (!platform::PlaceProcess(m_peer->ProcessId(), core))
+            throw std::runtime_error("a child process can't be placed on a core");
+        for (int i = 0; i < 20; ++i)
+            m_peer->Call();
+        m_peer->Check();
+    }
+
+    void Call() override { m_peer->Call(); }
+    unsigned char *Block() { return m_peer->Block(); }
+
+private:
+    std::unique_ptr<Peer> m_peer;
+};
+
+// What a call is measured against.
+enum class Limit
+{
+    BareChild,
+    Stream,
+    MemoryCopy // of as many bytes, in this process
+};
+
+struct CallKind
+{
+    const char *function;
+    std::uint32_t block_size;
+    std::size_t rounds;
+    Contender contender = Contender::Kessil;
+    Limit limit = Limit::BareChild;
+    double target = 1.05;
+
+    bool OnPipe() const { return contender == Contender::KessilByCommand || limit == Limit::Stream; }
 };
 
 class CallFigure final : public Figure
 {
 public:
-    CallFigure(std::string name, Pace pace, const Call &call, std::uint32_t block_size, std::uint32_t core)
-        : Figure(std::move(name), "us", 1.05), m_pace(pace), m_call(call), m_blockSize(block_size), m_core(core)
+    CallFigure(std::string name, const CallKind &kind, Pace pace, std::uint32_t core)
+        : Figure(std::move(name), "us", kind.target), m_kind(kind), m_pace(pace), m_call(CallOf(kind.function)),
+          m_core(core)
     {}
 
     std::size_t WantedRounds() const override { return m_pace.rounds; }
+    bool CostsBlocks() const override { return ByCommand() && m_kind.limit == Limit::Stream; }
 
     void Release() override
     {
         m_inProcess.reset();
-        for (auto &seat : m_seats)
-            seat.reset();
+        m_library.reset();
+        for (auto &side : m_sides)
+            side.reset();
     }
 
 private:
     // The memory that a process happens to get makes it a little faster or slower for its whole life.
     static constexpr std::size_t rounds_per_process = 10;
 
+    bool ByCommand() const { return m_kind.contender == Contender::KessilByCommand; }
+
     Round Measure(std::size_t number) override
     {
         if (number % rounds_per_process == 0)
-            Seats();
+            TakeSeats();
         Round round;
-        TakeTurns(number, [&](std::size_t part) { round.*parts[part] = Turn(m_seats[part]->peer); });
+        TakeTurns(number, [&](std::size_t part) { round.*parts[part] = Turn(*m_sides[part]); });
         round.in_process = Turn(*m_inProcess);
+        if (CostsBlocks())
+            round.library = Turn(*m_library);
         return round;
     }
 
-    void Seats()
+    void TakeSeats()
     {
         Release();
-        for (std::size_t part = 0; part < parts.size(); ++part) {
-            const Contender contender = parts[part] == &Round::contender ? Contender::Kessil : Contender::Bare;
-            m_seats[part] = std::make_unique<Seat>(contender, m_call, m_blockSize);
-            Settle(*m_seats[part]);
-        }
-        m_inProcess = std::make_unique<InProcess>(m_seats[0]->section);
+        auto contender = std::make_unique<PeerSide>(m_kind.contender, m_call, m_kind.block_size, m_core);
+        unsigned char *const block = contender->Block();
+        for (std::size_t part = 0; part < parts.size(); ++part)
+            m_sides[part] = parts[part] == &Round::contender ? std::move(contender) : MakeLimit();
+        const auto direct = ByCommand() ? m_call.direct_by_command : m_call.direct;
+        m_inProcess = std::make_unique<InProcess>(m_kind.function, direct, block, m_kind.block_size);
+        m_library = std::make_unique<InProcess>(m_kind.function, m_call.direct, block, m_kind.block_size);
         m_inProcess->Call();
+        m_library->Call();
     }
 
-    void Settle(Seat &seat) const
+    std::unique_ptr<Side> MakeLimit() const
     {
-        seat.peer.Start();
-        seat.section.RemoveName();
-        if (!platform::PlaceProcess(seat.peer.ProcessId(), m_core))
-            throw std::runtime_error("a child process can't be placed on a core");
-        for (int i = 0; i < 20; ++i)
-            seat.peer.Call();
-        seat.section.CheckOutList();
+        if (m_kind.limit == Limit::MemoryCopy)
+            return std::make_unique<MemoryCopy>(m_kind.block_size);
+        const Contender bare = m_kind.limit == Limit::Stream ? Contender::BareStream : Contender::Bare;
+        return std::make_unique<PeerSide>(bare, m_call, m_kind.block_size, m_core);
     }
 
-    template <class Callee>
-    double Turn(Callee &callee) const
+    double Turn(Side &side) const
     {
         const Clock::time_point start = Clock::now();
         for (int i = 0; i < m_pace.turn; ++i)
-            callee.Call();
+            side.Call();
         return Microseconds(Clock::now() - start) / m_pace.turn;
     }
 
+    CallKind m_kind;
     Pace m_pace;
-    const Call &m_call;
-    std::uint32_t m_blockSize;
+    const bench::Call &m_call;
     std::uint32_t m_core;
-    std::array<std::unique_ptr<Seat>, 3> m_seats;
-    std::unique_ptr<InProcess> m_inProcess;
+    std::array<std::unique_ptr<Side>, 3> m_sides;
+    std::unique_ptr<Side> m_inProcess;
+    std::unique_ptr<Side> m_library;
 };
 
 class StartFigure final : public Figure
@@ -167,11 +234,11 @@ private:
 
     static double StartTime(Contender contender)
     {
-        Seat seat(contender, CallOf("GetBackupType"), 0);
+        const std::unique_ptr<Peer> peer = MakePeer(contender, CallOf("GetBackupType"), 0);
         const Clock::time_point start = Clock::now();
-        seat.peer.Start();
+        peer->Start();
         const Clock::time_point end = Clock::now();
-        seat.section.CheckOutList();
+        peer->Check();
         return Microseconds(end - start);
     }
 
@@ -203,11 +270,11 @@ private:
 
     static double PrivateMemory(Contender contender)
     {
-        Seat seat(contender, CallOf("GetBackupType"), 0);
-        seat.peer.Start();
-        seat.peer.Call();
+        const std::unique_ptr<Peer> peer = MakePeer(contender, CallOf("GetBackupType"), 0);
+        peer->Start();
+        peer->Call();
         std::uint64_t bytes = 0;
-        return platform::ReadPrivateMemory(seat.peer.ProcessId(), bytes) ? static_cast<double>(bytes) / 1024 : 0;
+        return platform::ReadPrivateMemory(peer->ProcessId(), bytes) ? static_cast<double>(bytes) / 1024 : 0;
     }
 
     double m_limit;
@@ -219,6 +286,18 @@ std::string SizeInName(std::uint32_t block_size)
         return "";
     const std::uint32_t kib = block_size >> 10;
     return ' ' + (kib < 1024 ? std::to_string(kib) + " KiB" : std::to_string(kib >> 10) + " MiB");
+}
+
+std::string NameOf(const CallKind &kind)
+{
+    std::string name = kind.function + SizeInName(kind.block_size);
+    if (kind.contender == Contender::KessilByCommand)
+        name += ", second generation";
+    if (kind.limit == Limit::Stream)
+        name += ", to a stream";
+    if (kind.limit == Limit::MemoryCopy)
+        name += ", to a memory copy";
+    return name;
 }
 
 } // namespace
@@ -252,29 +331,39 @@ Middle Figure::MiddleOf(const std::function<double(const Round &)> &value) const
 
 std::vector<std::unique_ptr<Figure>> AllFigures(const std::vector<std::uint32_t> &cores, bool quick)
 {
-    struct Kind
-    {
-        const char *function;
-        std::uint32_t block_size;
-        std::size_t rounds;
-    };
-    constexpr Kind kinds[] = {
-        {"GetBackupType", 0, 400},       {"VornReadFile", 64 << 10, 60},
-        {"VornReadFile", 1 << 20, 60},   {"VornReadFile", 4 << 20, 30},
-        {"VornWriteFile", 64 << 10, 60}, {"VornWriteFile", 1 << 20, 60},
-        {"VornWriteFile", 4 << 20, 30},  {"HrESEBackupReadFile", 1 << 20, 60},
-        {"MapiReadMail", 1 << 20, 60},   {"cwbDB_GetDataPointer", 1 << 20, 60},
+    constexpr std::uint32_t mib = 1 << 20;
+    constexpr CallKind kinds[] = {
+        {"GetBackupType", 0, 400},
+        {"VornReadFile", 64 << 10, 60},
+        {"VornReadFile", mib, 60},
+        {"VornReadFile", 4 * mib, 30},
+        {"VornWriteFile", 64 << 10, 60},
+        {"VornWriteFile", mib, 60},
+        {"VornWriteFile", 4 * mib, 30},
+        {"HrESEBackupReadFile", mib, 60},
+        {"MapiReadMail", mib, 60},
+        {"cwbDB_GetDataPointer", mib, 60},
+        {"ReadSectors", mib, 60},
+        {"ReadSectors", mib, 60, Contender::Kessil, Limit::Stream, 0},
+        {"ReadSectors", mib, 60, Contender::KessilByCommand, Limit::Stream, 0},
+        {"ReadSectors", mib, 60, Contender::KessilByCommand, Limit::MemoryCopy, 0},
+        {"WriteSectors", mib, 60},
+        {"WriteSectors", mib, 60, Contender::Kessil, Limit::Stream, 0},
+        {"WriteSectors", mib, 60, Contender::KessilByCommand, Limit::Stream, 0},
+        {"WriteSectors", mib, 60, Contender::KessilByCommand, Limit::MemoryCopy, 0},
     };
     constexpr const char *placements[] = {", one core", ", two cores"};
     constexpr Pace quick_calls = {2, 20};
+    constexpr int calls = 200;
+    constexpr int calls_on_pipe = 50; // with a block, far slower
     const Pace starts = quick ? Pace{2, 1} : Pace{60, 5};
 
     std::vector<std::unique_ptr<Figure>> figures;
     for (std::size_t i = 0; i < std::min<std::size_t>(cores.size(), 2); ++i) {
-        for (const Kind &kind : kinds)
-            figures.push_back(std::make_unique<CallFigure>(kind.function + SizeInName(kind.block_size) + placements[i],
-                                                           quick ? quick_calls : Pace{kind.rounds, 200},
-                                                           CallOf(kind.function), kind.block_size, cores[i]));
+        for (const CallKind &kind : kinds)
+            figures.push_back(std::make_unique<CallFigure>(
+                NameOf(kind) + placements[i], kind,
+                quick ? quick_calls : Pace{kind.rounds, kind.OnPipe() ? calls_on_pipe : calls}, cores[i]));
     }
     figures.push_back(std::make_unique<StartFigure>("start-up", starts, Contender::BareWithLibrary));
     figures.push_back(std::make_unique<StartFigure>("start-up, bare child loads nothing", starts, Contender::Bare));

@@ -16,6 +16,7 @@ struct Round
     double limit = 0;
     double control = 0;    ///< a second instance of the limit
     double in_process = 0; ///< the same work by a plain call in this process
+    double library = 0;    ///< the library's part of that, where CostsBlocks
 };
 
 /// A median and its quartiles.
@@ -48,6 +49,10 @@ public:
 
     /// How many rounds make the figure.
     virtual std::size_t WantedRounds() const = 0;
+
+    /// Whether it shows what the blocks of the second generation cost: the limit is a stream of the same
+    /// bytes, and what isn't the library's of `in_process` are they.
+    virtual bool CostsBlocks() const { return false; }
 
     /// Ends the processes that are kept between rounds.
     virtual void Release() {}

@@ -13,17 +13,26 @@
 // How to read the table:
 //   kessil      the helper with a hosted library: microseconds a call, from the request to the answer, or a start, from
 //               the start of the process to its first answer; or KiB
-//   limit       the bare child, which takes the same frames with one read and one write and knows all sizes in advance
+//   limit       the bare child, which takes the same frames with one read and one write and knows all sizes in advance;
+//               or, where the figure says so, a stream: the bare child that takes and gives as many bytes as the call
+//               does in the second generation, with one write and as few reads as the pipe gives; or a copy of as many
+//               bytes in the measuring process
 //   ratio       the median of kessil / limit over all rounds, with its quartiles: the figure that counts. Times say
 //               little: the scheduler and the processor's clock decide about them
 //   target      what the ratio is to stay within
-//   control     a second bare child / the bare child. It is 1.00 when the machine was quiet enough to measure
-//   in process  microseconds for the same library call without any process between, and with the copy that the helper
-//               makes of a block that the library only points to
+//   control     a second limit / the limit. It is 1.00 when the machine was quiet enough to measure
+//   in process  microseconds for the same library call without any process between, with the blocks that the
+//               helper makes: of what the library only points to, and for every call of the second generation
 //
-// A round is one turn of 200 calls, or the quickest of 5 starts, for each side, in an order that rotates; every few
-// rounds the processes are started anew. "One core" keeps both sides on the same core, "two cores" gives each its own.
-// Starts take place on one. Wine's server, through which every call goes there, runs where it likes.
+// Under the table stands what these blocks cost in the second generation. A call is taken apart into the
+// stream of the same bytes, the library's call and the helper's blocks, both as measured in this process,
+// and what is left over. The first three are medians; the rest is what they lack to the call's median, and is below
+// zero when they cost less in the helper than here.
+//
+// A round is one turn of 200 calls, or 50 where a block goes through the pipe, or the quickest of 5 starts, for each
+// side, in an order that rotates; every few rounds the processes are started anew. "One core" keeps both sides on the
+// same core, "two cores" gives each its own. Starts take place on one. Wine's server, through which every call goes
+// there, runs where it likes.
 //
 // A start-up of the helper is: start the process, attach, load the library, take a section in, answer one
 // GetBackupType, all with its log open. The bare child does the same: start, attach, load the library, open and map the
@@ -48,6 +57,17 @@ bool TakeFlag(std::vector<std::string> &arguments, const char *flag)
     return std::erase(arguments, flag) > 0;
 }
 
+// What stands under the table, of the figures that were measured.
+std::string BlocksOf(const std::vector<std::unique_ptr<Figure>> &figures)
+{
+    std::string lines;
+    for (const auto &figure : figures) {
+        if (figure->CostsBlocks() && !figure->Rounds().empty())
+            lines += BlocksLine(*figure);
+    }
+    return lines.empty() ? lines : BlocksHead() + lines;
+}
+
 void Run(std::vector<std::string> arguments)
 {
     const bool quick = TakeFlag(arguments, "--quick");
@@ -65,8 +85,7 @@ void Run(std::vector<std::string> arguments)
         std::fflush(stdout);
         separator = ",\n";
     });
-    if (json)
-        std::fputs("\n]}\n", stdout);
+    std::fputs(json ? "\n]}\n" : BlocksOf(figures).c_str(), stdout);
 }
 
 } // namespace

@@ -3,10 +3,10 @@
 #include "bench/call.h"
 #include "platform/pipe_server.h"
 #include "platform/process.h"
-#include "platform/section.h"
+#include "platform/text.h"
 
 #include <cstdint>
-#include <string_view>
+#include <memory>
 #include <vector>
 
 namespace kessil::bench {
@@ -14,79 +14,70 @@ namespace kessil::bench {
 /// Who answers the calls.
 enum class Contender
 {
-    Kessil,         ///< the helper, which hosts bench_target
-    Bare,           ///< bare_child
-    BareWithLibrary ///< bare_child that loads bench_target first
+    Kessil,          ///< the helper, which hosts bench_target
+    KessilByCommand, ///< the same in the second generation: commands, with everything on the pipe
+    Bare,            ///< bare_child
+    BareWithLibrary, ///< bare_child that loads bench_target first
+    BareStream       ///< bare_child that takes and gives what a command does
 };
 
 /// The library that is hosted.
 WideString LibraryPath();
 
+/// For a section or a file that nobody else has.
+WideString FreshName();
+
+WideString Decimal(std::uint32_t number);
+
 using Bytes = std::vector<unsigned char>;
 
-/// A parent's section with the lists of one call.
-class Section
-{
-public:
-    /// `call` has to live as long.
-    Section(const Call &call, std::uint32_t block_size);
-    ~Section();
-    Section(const Section &) = delete;
-    Section &operator=(const Section &) = delete;
+/// Throws std::runtime_error, with the last error, when the condition doesn't hold.
+void Require(bool condition, const char *failure);
 
-    const WideString &Name() const { return m_name; }
-    const Call &Function() const { return m_call; }
-    std::uint32_t BlockSize() const { return m_blockSize; }
-    unsigned char *Block() { return m_view + BlockOffset(m_call); }
-
-    /// Lays the in-list out, without the block's bytes.
-    void LayInList();
-
-    /// Throws std::runtime_error when the section doesn't hold what the call must have left there.
-    void CheckOutList() const;
-
-    /// Takes the name out of the system, once the child has opened the section.
-    void RemoveName();
-
-private:
-    const Call &m_call;
-    std::uint32_t m_blockSize;
-    WideString m_name;
-    platform::SectionHandle m_handle = nullptr;
-    unsigned char *m_view = nullptr;
-};
-
-/// A running child process and the parent's end of its pipe. Both contenders are driven by the same code, with one
-/// write and one read a call, so that this side's cost is the same for both. Everything throws std::runtime_error when
-/// the child doesn't do as it should.
+/// A running child process that answers one call over and over, and the parent's end of its pipe. Contender and limit
+/// are driven by the same code, so that this side's cost is the same for both. Everything throws std::runtime_error
+/// when the child doesn't do as it should.
 class Peer
 {
 public:
-    /// Makes the pipe, but no process yet.
-    Peer(Contender contender, Section &section);
-    ~Peer();
+    virtual ~Peer();
     Peer(const Peer &) = delete;
     Peer &operator=(const Peer &) = delete;
 
-    /// Starts the process, waits for it to attach, and has one call answered. The section is the child's then, and the
-    /// library, if any, is loaded.
-    void Start();
+    /// Starts the process, waits for it to attach, and has one call answered. The library, if any, is loaded then.
+    virtual void Start() = 0;
 
     /// One call, from the request to its answer.
-    void Call();
+    virtual void Call() = 0;
+
+    /// Throws when the calls didn't leave on this side what they must.
+    virtual void Check() const = 0;
+
+    /// Where the call's block lies on this side.
+    virtual unsigned char *Block() = 0;
 
     std::uint32_t ProcessId() const { return platform::ProcessId(*m_process); }
 
-private:
-    void Send(const Bytes &frames);
-    void ReceiveAnswers(std::uint32_t answers);
+protected:
+    /// Makes the pipe, but no process yet.
+    Peer();
 
-    Contender m_contender;
-    Section &m_section;
-    Bytes m_request;
+    /// Starts bare_child or the helper, with a log, and waits for it to attach. bare_child gets the call, the block's
+    /// size, and these arguments.
+    void Launch(bool helper, const bench::Call &call, std::uint32_t block_size,
+                const std::vector<WideString> &arguments = {});
+
+    void Send(const unsigned char *bytes, std::uint32_t size);
+
+    /// One read of at most `size` bytes. Returns how many came, at least one.
+    std::uint32_t Receive(unsigned char *bytes, std::uint32_t size);
+
+private:
     WideString m_pipeName;
     platform::PipeServer *m_server = nullptr;
     platform::Process *m_process = nullptr;
 };
+
+std::unique_ptr<Peer> MakePeer(Contender contender, const Call &call, std::uint32_t block_size);
 
 } // namespace kessil::bench

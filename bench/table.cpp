@@ -1,12 +1,13 @@
 #include "bench/table.h"
 
+#include <cmath>
 #include <cstdio>
 #include <utility>
 
 namespace kessil::bench {
 namespace {
 
-constexpr const char *row_format = "%-42s %9s %9s %5s  %14s %7s %8s %11s\n";
+constexpr const char *row_format = "%-70s %9s %9s %5s  %14s %7s %8s %11s\n";
 
 std::string Number(const char *format, double value)
 {
@@ -26,6 +27,22 @@ std::string OrNull(double value)
     return value > 0 ? Number("%.4f", value) : "null";
 }
 
+// All in the figure's unit. The limit and these three make the contender's median.
+struct Parts
+{
+    double library;
+    double block;
+    double rest;
+};
+
+Parts PartsOf(const Figure &figure)
+{
+    const double library = figure.Of(&Round::library).median;
+    const double in_process = figure.Of(&Round::in_process).median;
+    const double over_limit = figure.Of(&Round::contender).median - figure.Of(&Round::limit).median;
+    return {library, in_process - library, over_limit - in_process};
+}
+
 std::string Row(const std::string &name, const std::string &contender, const std::string &limit,
                 const std::string &ratio, const std::string &spread, const std::string &target,
                 const std::string &control, const std::string &in_process)
@@ -43,6 +60,22 @@ std::string TableHead()
     return Row("figure", "kessil", "limit", "ratio", "quartiles", "target", "control", "in process");
 }
 
+std::string BlocksHead()
+{
+    return "\nWhat the second generation's blocks cost, in us a call:\n";
+}
+
+std::string BlocksLine(const Figure &figure)
+{
+    const double limit = figure.Of(&Round::limit).median;
+    const Parts parts = PartsOf(figure);
+    char text[320];
+    std::snprintf(text, sizeof text, "%s: %.1f over its %.1f = %.1f block + %.1f library %s %.1f rest\n",
+                  figure.Name().c_str(), parts.block + parts.library + parts.rest, limit, parts.block, parts.library,
+                  parts.rest < 0 ? "-" : "+", std::abs(parts.rest));
+    return text;
+}
+
 std::string TableRow(const Figure &figure)
 {
     const Middle ratio = figure.Ratio(&Round::contender, &Round::limit);
@@ -56,6 +89,8 @@ std::string TableRow(const Figure &figure)
 std::string JsonRow(const Figure &figure)
 {
     const Middle ratio = figure.Ratio(&Round::contender, &Round::limit);
+    const bool costs = figure.CostsBlocks();
+    const Parts parts = PartsOf(figure);
     const std::pair<const char *, std::string> fields[] = {
         {"name", '"' + figure.Name() + '"'},
         {"unit", '"' + figure.Unit() + '"'},
@@ -68,6 +103,9 @@ std::string JsonRow(const Figure &figure)
         {"target", OrNull(figure.Target())},
         {"control", OrNull(figure.Ratio(&Round::control, &Round::limit).median)},
         {"in_process", OrNull(figure.Of(&Round::in_process).median)},
+        {"library", costs ? Number("%.4f", parts.library) : "null"},
+        {"block", costs ? Number("%.4f", parts.block) : "null"},
+        {"rest", costs ? Number("%.4f", parts.rest) : "null"},
     };
     std::string row;
     for (const auto &[name, value] : fields)

@@ -16,6 +16,12 @@ inline constexpr std::uint32_t backup_type = 7;
 /// What a read delivers, over and over.
 inline constexpr unsigned char source_byte = 0xA5;
 
+/// What the parent lays into a block before its first call, and what a write delivers.
+inline constexpr unsigned char written_byte = 0x5A;
+
+/// Disks are counted in sectors of so many bytes.
+inline constexpr std::uint32_t sector_size = 512;
+
 /// The size of the success reply, a frame without payload.
 inline constexpr std::uint32_t answer_size = 5;
 
@@ -25,17 +31,26 @@ constexpr std::uint32_t SectionSize(std::uint32_t block_size)
     return std::max<std::uint32_t>(block_size + 64, 4096);
 }
 
+inline constexpr std::size_t page_size = 4096;
+
+/// The first place in `memory` from where a block `offset` bytes on begins in the middle of a page; it is less
+/// than a page away. Copies from a page's first bytes are several times slower on some processors, and
+/// would measure that instead.
+inline unsigned char *BeforeMidPage(unsigned char *memory, std::size_t offset = 0)
+{
+    const std::uintptr_t block = reinterpret_cast<std::uintptr_t>(memory) + offset;
+    return memory + ((page_size / 2 - block) & (page_size - 1));
+}
+
 /// The block that reads copy from: `size` bytes of source_byte, for the rest of the process's life; null when there is
-/// no memory. It begins in the middle of a page: copies from a page's first bytes are several times slower on some
-/// processors, and would measure that instead.
+/// no memory. It begins in the middle of a page.
 inline const unsigned char *MakeSource(std::size_t size)
 {
-    constexpr std::size_t page = 4096;
-    auto *const memory = static_cast<unsigned char *>(std::malloc(size + 2 * page));
+    auto *const memory = static_cast<unsigned char *>(std::malloc(size + 2 * page_size));
     if (memory == nullptr)
         return nullptr;
-    std::memset(memory, source_byte, size + 2 * page);
-    return memory + ((page / 2 - reinterpret_cast<std::uintptr_t>(memory)) & (page - 1));
+    std::memset(memory, source_byte, size + 2 * page_size);
+    return BeforeMidPage(memory);
 }
 
 } // namespace kessil::bench
