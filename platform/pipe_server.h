@@ -37,7 +37,8 @@ PipeServer *CreatePipeServer(const WideString &name);
 /// Waits for the client and checks that it is the process `client_process_id`.
 PipeStatus AcceptPipeClient(PipeServer &server, std::uint32_t client_process_id, Deadline deadline);
 
-/// Reads at least 1 and at most `size` bytes. `count` receives how many.
+/// Reads at least 1 and at most `size` bytes. `count` receives how many. Once the deadline has passed, bytes that are
+/// there are left there.
 PipeStatus ReadServedPipe(PipeServer &server, void *buffer, std::uint32_t size, std::uint32_t &count,
                           Deadline deadline);
 

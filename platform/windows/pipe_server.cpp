@@ -168,6 +168,9 @@ PipeStatus ReadServedPipe(PipeServer &server, void *buffer, std::uint32_t size, 
     while (status == PipeStatus::Done && moved == 0) {
         if (TakeInterrupt(server))
             return PipeStatus::Interrupted;
+        // Bytes that are there already need no waiting, and a client may send them without end.
+        if (HasPassed(deadline))
+            return PipeStatus::TimedOut;
         Operation operation(server);
         const bool started = ReadFile(server.pipe.Get(), buffer, size, nullptr, operation.Native()) != 0;
         status = operation.Finish(started, deadline, moved);

@@ -171,7 +171,9 @@ PipeStatus ReadServedPipe(PipeServer &server, void *buffer, std::uint32_t size, 
     if (const auto fate = TakeFate(fake_pipe_server.read_fates))
         return *fate;
     test::FakePipeClient::State &client = server.client->Shared();
-    if (!Await(lock, deadline, [&] { return server.interrupted || client.left || !client.to_server.empty(); }))
+    const bool passed = deadline <= std::chrono::steady_clock::now();
+    const auto over = [&] { return server.interrupted || (!passed && (client.left || !client.to_server.empty())); };
+    if (!Await(lock, deadline, over))
         return PipeStatus::TimedOut;
     if (server.interrupted)
         return PipeStatus::Interrupted;

@@ -170,8 +170,12 @@ TEST(PipeServer, StopsReadingAtTheDeadline)
 TEST(PipeServer, StopsAtOnceWhenTheDeadlineHasPassed)
 {
     Connected connected;
-    EXPECT_EQ(ReadOne(connected.pipe, std::chrono::steady_clock::now() - std::chrono::seconds(1)),
-              PipeStatus::TimedOut);
+    const Deadline passed = std::chrono::steady_clock::now() - std::chrono::seconds(1);
+    EXPECT_EQ(ReadOne(connected.pipe, passed), PipeStatus::TimedOut);
+
+    connected.client.Write("there");
+    EXPECT_EQ(ReadOne(connected.pipe, passed), PipeStatus::TimedOut);
+    EXPECT_EQ(connected.pipe.Read(5), "there");
 }
 
 TEST(PipeServer, StopsWritingAtTheDeadline)
