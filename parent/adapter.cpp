@@ -212,7 +212,8 @@ Answer Adapter::OpenBackupFile(BackupSession session, std::string_view path, Bac
 {
     SectionCommand command(*m_state, 9, "OpenBackupFile");
     command.In().U32(Sent(session)).Str(path);
-    std::uint32_t index = 0;
+    std::uint32_t index = Sent(BackupFile::None);
+    number = 0;
     command.Ask().U32(index).U32(number).Str(command.Error());
     file = static_cast<BackupFile>(index);
     return command.End(number != 0 && file != BackupFile::None);
@@ -238,10 +239,11 @@ Answer Adapter::ReadFileACL(BackupFile file, std::span<std::byte> data, std::int
 Answer Adapter::ReadFile(int command_number, const char *name, BackupFile file, std::span<std::byte> data,
                          std::int32_t &number, std::uint64_t *count)
 {
-    const std::size_t size = std::min(data.size(), largest_data);
-    SectionCommand command(*m_state, command_number, name, static_cast<std::uint32_t>(size) + room_for_results);
-    command.Require(size == data.size(), "the data takes more than a section can hold");
-    command.In().U32(Sent(file)).Room(static_cast<std::uint32_t>(size));
+    const bool fits = data.size() <= largest_data;
+    const auto size = static_cast<std::uint32_t>(fits ? data.size() : 0);
+    SectionCommand command(*m_state, command_number, name, size + room_for_results);
+    command.Require(fits, "the data takes more than a section can hold");
+    command.In().U32(Sent(file)).Room(size);
     std::span<const std::byte> came;
     std::uint32_t result = 0;
     OutList &out = command.Ask().Buffer(came).U32(result);

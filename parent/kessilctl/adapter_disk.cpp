@@ -140,8 +140,10 @@ void Verify(AdapterJob &job)
 void ReadDisk(AdapterJob &job)
 {
     const path target = ToPath(job.command.file);
+    const path partial = WithSuffix(target, ".partial");
     RefuseExisting(target);
-    PartialFile file(WithSuffix(target, ".partial"));
+    RefuseExisting(partial);
+    PartialFile file(partial);
     file.Begin();
     Sha256 digest;
     DiskAccess access(job);

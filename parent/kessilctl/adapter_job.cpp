@@ -41,7 +41,9 @@ void AdapterJob::Check(const parent::Answer &answer)
 
 void AdapterJob::TakeLine(std::uint8_t level, std::string_view text)
 {
-    result.log.push_back({level, std::string(text)});
+    // A long task may log for hours.
+    if (command.json)
+        result.log.push_back({level, std::string(text)});
     if (progress)
         progress->MakeRoom();
     screen.err << "adapter, level " << +level << ": " << Printable(text) << '\n';

@@ -17,7 +17,7 @@ A listing has one line an item: its number, its value, for folders a second numb
 the adapter's affair. Its log goes to the standard error.
 
 A disk is opened with the adapter's flag set for read-disk, and not set for write-disk. What is read stands under the
-file's name and .partial until it is whole. `kessilctl --help` has the exit codes.)";
+file's name and .partial until it is whole; no file may have that name. `kessilctl --help` has the exit codes.)";
 
 /// The most that can be told in bytes.
 constexpr std::uint64_t most_sectors = std::uint64_t{1} << 54;

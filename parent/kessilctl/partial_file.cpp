@@ -12,6 +12,7 @@ void PartialFile::Begin()
     m_file.open(m_path, std::ios::binary | std::ios::trunc);
     if (!m_file)
         FailWithErrno("cannot write", m_path);
+    m_begun = true;
 }
 
 void PartialFile::Write(std::span<const std::byte> bytes)
@@ -32,11 +33,15 @@ std::error_code PartialFile::MoveTo(const std::filesystem::path &place)
 {
     std::error_code failure;
     std::filesystem::rename(m_path, place, failure);
+    m_begun = bool(failure);
     return failure;
 }
 
 void PartialFile::Drop()
 {
+    if (!m_begun)
+        return;
+    m_begun = false;
     m_file.close();
     m_file.clear();
     std::error_code ignored;

@@ -34,6 +34,7 @@ public:
 private:
     std::filesystem::path m_path;
     std::ofstream m_file;
+    bool m_begun = false; ///< whether what stands under the name is this object's
 };
 
 /// Throws Failure(LocalFailed): `what`, such as "cannot write", the path, and the reason.

@@ -39,6 +39,7 @@ struct LogLine
 struct AdapterReport
 {
     std::optional<std::vector<parent::AdapterItem>> items; ///< none: the task is no listing
+    /// Kept for JSON alone.
     std::vector<LogLine> log;
     std::string digest;           ///< of the sectors that were moved; empty: not all of them were
     std::optional<bool> verified; ///< whether they were read back the same; none: they weren't

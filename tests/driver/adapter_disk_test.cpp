@@ -165,6 +165,14 @@ TEST_F(AdapterDiskTest, KeepsAFileThatIsThere)
     EXPECT_FALSE(exists(partial));
 }
 
+TEST_F(AdapterDiskTest, KeepsAPartialFileThatIsNotItsOwn)
+{
+    WriteFile(partial, "mine");
+    ExpectError(Read({"--sectors", "1", "--to", file.string()}), 2, "file.partial exists\n");
+    EXPECT_EQ(ReadFile(partial), "mine");
+    EXPECT_FALSE(exists(file));
+}
+
 TEST_F(AdapterDiskTest, SaysWhatItCanNotWrite)
 {
     ExpectError(Read({"--sectors", "1", "--to", (base / "nowhere" / "file").string()}), 7, "file.partial: ");

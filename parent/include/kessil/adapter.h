@@ -148,7 +148,8 @@ constexpr std::size_t sector_size = 512;
 /// at a time. The Helper must outlive it, and needn't be started yet.
 ///
 /// Calls marked "by section" pass their arguments as Helper::Call does: they use up an argument list that was begun and
-/// the results of the call before.
+/// the results of the call before. Where such a call has no handle or number to tell a no, one with an empty text is
+/// taken for a yes.
 ///
 /// Values that come back through references mean something only when the answer is true, unless said otherwise.
 class Adapter
