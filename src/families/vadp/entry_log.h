@@ -9,6 +9,7 @@ enum class EntryLog
     None
 };
 
+/// Tells the log, at the level debug, that the handler of that name runs, unless `entry` is None.
 void LogEntry(const char *handler, EntryLog entry);
 
 } // namespace kessil
