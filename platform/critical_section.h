@@ -4,8 +4,8 @@
 
 namespace kessil::platform {
 
-/// A lock of this process that spins before it waits. Where the platform could not set it up, Enter and Leave do
-/// nothing, so that the work goes on unlocked. Has the names of a standard lockable, for std::lock_guard.
+/// A lock between the threads of this process; it spins before it waits. If the system couldn't set it up, lock and
+/// unlock do nothing and the work continues unlocked. Named as a standard lockable, for std::lock_guard.
 class CriticalSection
 {
 public:

@@ -8,7 +8,7 @@
 namespace kessil {
 namespace {
 
-// What isn't found is told with both codes 0, unlike a failure of marshalling.
+// Both codes are 0 for what isn't found; a failure of marshalling has -1.
 void ReplyNotFound(CIPCCommunication &channel, const WideString &text)
 {
     WideString dropped;

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "callers/loaded_libraries.h"
-#include "callers/signature_table.h"
 #include "channel/records.h"
+#include "marshal/signature_row.h"
 
 #include <span>
 
@@ -11,24 +11,24 @@ namespace kessil {
 /// The name in the log of both callers.
 inline constexpr const char *library_caller_component = "LibraryCaller";
 
-/// Serves 'L' and 'F' requests: keeps the libraries that the parent loads, and leads a call to the export and to the
-/// handler of its signature. Every outcome goes to the parent as a reply, here or from the handler.
+/// Serves 'L' and 'F' requests: owns the libraries that the parent loads, and runs the handler of a call's signature on
+/// the export that the call names. Every outcome is sent to the parent as a reply, from here or from the handler.
 class CLibraryCaller
 {
 public:
     /// `rows` must outlive the object.
     CLibraryCaller(std::span<const SignatureRow> rows, AfterLoadHook after_load);
 
-    /// Loads a library under its name. A library of exactly that name is released first, and stays gone when the load
-    /// fails. Replies 'S', or 'E' with return code 0, the system's code and text.
+    /// Loads a library under its name. A library of exactly that name is released first, also when the load then fails.
+    /// Replies 'S', or 'E' with return code 0, the system's code and text.
     void LoadLibraryW(const WideString &name, CIPCCommunication &channel);
 
     /// Runs the handler of the request's signature on the export that it names. Library, export and signature are
     /// looked up in that order, and the first that is missing is reported.
     void CallFunction(const IPCStruct_FunctionCall &request, CIPCCommunication &channel);
 
-    /// Runs the handler of the last call again, without looking anything up. False when that call found no handler or a
-    /// library was loaded or released since. A library that unloads itself in a call is not allowed for.
+    /// Runs the handler of the last call again, without a lookup. False when that call found no handler or a library
+    /// was loaded or released since. A library that unloads itself during a call is not detected.
     bool RepeatCall(CIPCCommunication &channel);
 
     /// Releases the libraries; see LoadedLibraries::ReleaseAll.

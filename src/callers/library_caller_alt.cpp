@@ -12,7 +12,7 @@ namespace {
 constexpr std::int32_t loaded = 1;
 constexpr std::int32_t refused = -1;
 
-// The log hears of an answer that the parent doesn't.
+// An answer that can't be written is logged.
 void Answer(CIPCCommunication &channel, std::int32_t value, const char *write_failure)
 {
     if (!WriteInt32ToPipe(channel, value))
@@ -30,7 +30,7 @@ void CLibraryCallerAlt::LoadLibraryW(const WideString &name, CIPCCommunication &
     platform::ModuleHandle const module = m_libraries.Replace(name);
     if (module == nullptr) {
         const WideString reason = platform::LoadErrorText(platform::LastError());
-        // Of each unit its low byte.
+        // The log gets the low byte of each unit.
         KESSIL_LOG(log_error, library_caller_component,
                    "Load library failure:  " << std::string(reason.begin(), reason.end()));
         Answer(channel, refused, "Failed to write failure result after loading library alt");

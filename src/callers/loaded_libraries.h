@@ -12,8 +12,8 @@ class CIPCCommunication;
 /// Runs after every successful load, with the name as the parent sent it.
 using AfterLoadHook = void (*)(CIPCCommunication &channel, const WideString &name, platform::ModuleHandle module);
 
-/// The libraries that a caller holds, each under exactly the name that the parent gave. Names are ordered by their
-/// 16-bit units, and a prefix comes first. What is still held at the end is released.
+/// The libraries that a caller owns, each under exactly the name that the parent gave. Names are ordered by their
+/// 16-bit units, and a prefix comes first. The destructor releases what is left.
 class LoadedLibraries
 {
 public:
@@ -22,18 +22,18 @@ public:
     LoadedLibraries(const LoadedLibraries &) = delete;
     LoadedLibraries &operator=(const LoadedLibraries &) = delete;
 
-    /// Releases the library of that name, if there is one, and loads it anew. Null on failure, with the reason as the
-    /// thread's last error. The caller reports the outcome and then enters the module.
+    /// Releases the library of that name, if there is one, and loads it again. Null on failure, with the reason as the
+    /// thread's last error. The user of this class reports the outcome and then enters the module.
     platform::ModuleHandle Replace(const WideString &name);
 
-    /// Holds a module that Replace gave, from now on.
+    /// Takes ownership of a module that Replace returned.
     void Enter(const WideString &name, platform::ModuleHandle module) { m_modules.emplace(name, module); }
 
     /// The library of that name, for an empty name the first; null when there is none.
     platform::ModuleHandle Find(const WideString &name) const;
 
-    /// Releases all, in the order of their names. A library leaves the table before its own code runs, so that a fault
-    /// in it leaves the rest to a further call. May be called after a fault.
+    /// Releases all, in the order of their names. A library leaves the table before its own code runs, so after a fault
+    /// in that code another call releases the rest. May be called after a fault.
     void ReleaseAll();
 
 private:

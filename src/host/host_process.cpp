@@ -3,6 +3,7 @@
 #include "callers/library_caller.h"
 #include "callers/library_caller_alt.h"
 #include "channel/ipc_communication.h"
+#include "host/logon.h"
 #include "host/report.h"
 #include "host/request_loop.h"
 #include "logging/log_manager.h"
@@ -12,15 +13,12 @@
 #include <cstdio>
 
 namespace kessil {
-
-std::uint32_t os_major_version = 0;
-
 namespace {
 
 constexpr int exception_exit_code = 0;
 constexpr std::uint32_t release_milliseconds = 2000;
 
-// Nobody hears of a log file that can't be opened: the work goes on without one.
+// A log file that can't be opened is not reported: the process works without one.
 void StartLog(const CHostOptions &options)
 {
     GetLogManager()->Config().level = options.log_level;
@@ -30,8 +28,8 @@ void StartLog(const CHostOptions &options)
                "Ready for logging:  log_file==" << options.out_file << ", log_level==" << options.log_level);
 }
 
-// Runs code of hosted libraries; false when an exception or a fault ended it. A fault leaves what the library held as
-// it was, maybe a lock that the release of the libraries will wait for, and so the end gets a limit.
+// Runs code of hosted libraries; false when an exception or a fault ended it. A fault leaves the library's locks held.
+// Releasing the libraries may wait for one of them, so the end of the process gets a time limit.
 template <class Body>
 bool Guarded(Body body)
 {
@@ -40,12 +38,12 @@ bool Guarded(Body body)
             return true;
         platform::EndWithin(release_milliseconds, exception_exit_code);
     } catch (...) {
-        // Nobody is told: the closing pipe tells the parent.
+        // No log line and no reply: the parent sees the pipe close.
     }
     return false;
 }
 
-// What must be released in order stands outside of the guard; frames inside of it may vanish in a fault.
+// What must be released in order is owned outside the guard: a fault drops the frames inside it without unwinding.
 int ServeParent(CIPCCommunication &channel, const HostTables &tables, WideString &error)
 {
     CLibraryCaller caller(tables.signatures, tables.after_load);

@@ -1,17 +1,13 @@
 #pragma once
 
-#include "callers/command_table.h"
 #include "callers/loaded_libraries.h"
-#include "callers/signature_table.h"
 #include "host/host_options.h"
+#include "marshal/command_row.h"
+#include "marshal/signature_row.h"
 
-#include <cstdint>
 #include <span>
 
 namespace kessil {
-
-/// The operating system's major version; 0 until start-up has read it, or when the system doesn't tell.
-extern std::uint32_t os_major_version;
 
 /// What the process works with: the signatures and the commands that it serves, and what follows a load.
 struct HostTables

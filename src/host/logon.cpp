@@ -2,11 +2,13 @@
 
 #include "callers/library_caller.h"
 #include "channel/format_system_error.h"
-#include "host/host_process.h"
 #include "logging/log_manager.h"
 #include "platform/last_error.h"
 
 namespace kessil {
+
+std::uint32_t os_major_version = 0;
+
 namespace {
 
 // The first major version that has the network logon.
@@ -30,7 +32,7 @@ void CloseToken(platform::ProcessToken hToken, std::int32_t level)
 bool Logon(const WideString &user, const WideString &domain, const WideString &password, const WideString &system_name,
            std::uint32_t logon_flag, WideString &error)
 {
-    // Never closed: it must last as long as the impersonation, and that is for good.
+    // Never closed: the impersonation needs it until the process ends.
     platform::UserToken const token = platform::LogOnUser(user, domain, password, KindOf(logon_flag));
     if (token == nullptr)
         return Refused(platform::LastError(), u"LogonUser", error);

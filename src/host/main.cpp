@@ -1,4 +1,6 @@
+#include "families/signature_table.h"
 #include "families/vadp/binding.h"
+#include "families/vadp/command_table.h"
 #include "host/host_process.h"
 #include "platform/entry_point.h"
 

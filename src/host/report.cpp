@@ -4,7 +4,7 @@
 
 namespace kessil {
 
-// Narrow output, because the log's lines are narrow: a stream that carried them may refuse wide text.
+// Narrow, like the log's lines: a stream that has carried narrow output refuses wide output.
 void PrintError(const WideString &text)
 {
     std::printf("ERROR: '%s'\n", platform::ToUtf8(text).c_str());

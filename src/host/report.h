@@ -10,7 +10,7 @@ inline constexpr const char *host_component = "kessil";
 /// Prints "ERROR: '<text>'" and a line end on standard output, as UTF-8.
 void PrintError(const WideString &text);
 
-/// Prints "ERROR: Invalid request type - '<type>'" and a line end on standard output, with the byte as it came.
+/// Prints "ERROR: Invalid request type - '<type>'" and a line end on standard output, the byte unchanged.
 void PrintInvalidType(char type);
 
 } // namespace kessil

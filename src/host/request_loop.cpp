@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::uint32_t orderly_stop = 1;
 
-// No more than this is kept of a call; a longer one is never seen as repeated.
+// A call with a longer payload is not kept, and so never recognised as a repeated one.
 constexpr std::uint32_t longest_repeated_payload = 4096;
 
 } // namespace
@@ -103,7 +103,7 @@ std::optional<int> RequestLoop::ServeLoadLibrary(const unsigned char *data, std:
     return std::nullopt;
 }
 
-// The whole payload is the name, a unit for each byte; a zero byte ends it early.
+// The payload is the name, one unit for each byte; it ends at a zero byte.
 std::optional<int> RequestLoop::ServeLoadLibraryAlt(const unsigned char *data, std::uint32_t size)
 {
     const WideString name(data, std::find(data, data + size, 0));
@@ -115,7 +115,7 @@ std::optional<int> RequestLoop::ServeLoadLibraryAlt(const unsigned char *data, s
 
 std::optional<int> RequestLoop::ServeFunctionCall(const unsigned char *data, std::uint32_t size)
 {
-    // A parent that moves a file makes the same call over and over, with other data in the section.
+    // A parent that transfers a file repeats one call, with other data in the section each time.
     if (IsLastCall(data, size) && m_caller.RepeatCall(m_channel))
         return std::nullopt;
     if (!m_call.Parse(data, size, m_error))
@@ -159,7 +159,7 @@ std::optional<int> RequestLoop::ServeErrorText(const unsigned char *data, std::u
     return std::nullopt;
 }
 
-// The parent hears of a failure in the words of `m_error`; where it can't, the process ends.
+// A failure is answered with the text of `m_error`. An answer that can't be sent ends the process.
 std::optional<int> RequestLoop::Answer(bool success)
 {
     const bool sent =

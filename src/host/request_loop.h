@@ -1,7 +1,7 @@
 #pragma once
 
-#include "callers/command_table.h"
 #include "channel/records.h"
+#include "marshal/command_row.h"
 #include "platform/text.h"
 
 #include <cstdint>
@@ -15,8 +15,8 @@ class CIPCCommunication;
 class CLibraryCaller;
 class CLibraryCallerAlt;
 
-/// Reads one request after the other, has its work done, and sees that an answer goes out. A failed operation is
-/// answered and the loop goes on; a malformed request, an unknown one or a broken channel ends the process.
+/// Reads one request after the other and serves it; exactly one answer is sent. A failed operation is answered and the
+/// loop continues; a malformed request, an unknown one or a broken channel ends the process.
 class RequestLoop
 {
 public:
@@ -31,7 +31,7 @@ public:
     int Run();
 
 private:
-    // One request; a value is the exit code.
+    // Each serves one request. A value ends the loop and is the exit code.
     std::optional<int> Round();
     std::optional<int> Dispatch(char type, const unsigned char *data, std::uint32_t size);
     std::optional<int> ServeLogon(const unsigned char *data, std::uint32_t size);
@@ -51,7 +51,7 @@ private:
     CLibraryCallerAlt &m_callerAlt;
     std::span<const CommandRow> m_commands;
     WideString &m_error;
-    IPCStruct_FunctionCall m_call;            // kept so that a steady stream of calls allocates nothing
+    IPCStruct_FunctionCall m_call;            // kept, so that repeated calls allocate nothing
     std::vector<unsigned char> m_lastPayload; // what m_call was parsed from; empty when that is too long to keep
 };
 

@@ -1,6 +1,6 @@
-#include "callers/signature_table.h"
 #include "channel/ipc_communication.h"
 #include "families/adapter_exports.h"
+#include "families/signature_table.h"
 #include "families/vadp/adapter_log.h"
 #include "families/vadp/binding.h"
 #include "families/vadp/handles.h"

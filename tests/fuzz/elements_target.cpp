@@ -1,4 +1,4 @@
-#include "marshal/composites.h"
+#include "families/ese/composites.h"
 #include "marshal/elements.h"
 
 #include "fuzz/fuzz_support.h"

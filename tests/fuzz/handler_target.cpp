@@ -1,5 +1,5 @@
-#include "callers/signature_table.h"
 #include "channel/ipc_communication.h"
+#include "families/signature_table.h"
 #include "fuzz/fuzz_support.h"
 #include "fuzz/fuzzed_rows.h"
 #include "fuzz/recorders.h"

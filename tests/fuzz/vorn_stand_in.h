@@ -1,7 +1,7 @@
 #pragma once
 
-#include "callers/signature_table.h"
 #include "fakes/fake_module.h"
+#include "marshal/signature_row.h"
 
 #include <cstdint>
 #include <span>

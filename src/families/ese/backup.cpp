@@ -1,7 +1,7 @@
 #include "families/ese/ese.h"
 
+#include "families/ese/composites.h"
 #include "families/ese/ese_values.h"
-#include "marshal/composites.h"
 #include "marshal/handler_call.h"
 
 #include <cstdint>

@@ -1,8 +1,9 @@
 #pragma once
 
-#include "families/vadp/include/kessil/adapter_interface.h"
 #include "platform/module.h"
 #include "platform/text.h"
+
+#include <kessil/adapter_interface.h>
 
 #include <cstdint>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "families/vadp/include/kessil/adapter_interface.h"
+#include <kessil/adapter_interface.h>
 
 #include <cstdint>
 #include <string>

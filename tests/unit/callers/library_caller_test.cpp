@@ -409,5 +409,20 @@ TEST_F(CallerTest, ReleaseThatIsAbandonedGoesOnBehindTheLibraryThatFaulted)
     EXPECT_EQ(fake_module.loaded, 0u);
 }
 
+TEST_F(CallerTest, ServesTheRowsThatItIsGivenAndNoOthers)
+{
+    constexpr std::array two_rows = {SignatureRow{"SIG_MINE", FirstHandler, nullptr},
+                                     SignatureRow{"SIG_YOURS", SecondHandler, nullptr}};
+    caller.emplace(two_rows, NoHook);
+    fake_module.Add(u"a", {{"one", Export(11)}});
+    Load(u"a");
+    Call(u"a", "one", "SIG_YOURS");
+    Call(u"a", "one", "SIG_MINE");
+    EXPECT_THAT(seen, ElementsAre("second 11", "first 11"));
+    Forget();
+    Call(u"a", "one", "SIGNATURE_GetBackupType");
+    EXPECT_EQ(fake_pipe.written, FailureFrame(u"Invalid signature"));
+}
+
 } // namespace
 } // namespace kessil::test

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "callers/signature_table.h"
 #include "families/adapter_exports.h"
 #include "families/adapter_row.h"
+#include "families/signature_table.h"
 #include "families/vadp/adapter_log.h"
 #include "families/vadp/binding.h"
 #include "families/vadp/handles.h"

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "callers/signature_table.h"
 #include "families/exports.h"
 #include "families/row.h"
+#include "families/signature_table.h"
 #include "unit/channel_fixture.h"
 #include "unit/families/stand_in.h"
 

@@ -2,6 +2,7 @@
 
 #include "fakes/fake_guard.h"
 #include "fakes/fake_system_version.h"
+#include "host/logon.h"
 #include "marshal/replies.h"
 #include "unit/channel_fixture.h"
 

@@ -1,7 +1,6 @@
 #include "host/logon.h"
 
 #include "fakes/fake_logon.h"
-#include "host/host_process.h"
 #include "unit/channel_fixture.h"
 
 namespace kessil::test {

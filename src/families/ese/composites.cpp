@@ -1,4 +1,4 @@
-#include "marshal/composites.h"
+#include "families/ese/composites.h"
 
 #include "channel/big_endian.h"
 
@@ -13,7 +13,7 @@ namespace {
 // Bytes behind a block: with them even a list of an odd number of bytes, none of them zero, ends in two zero units.
 constexpr std::uint32_t end_of_any_list = 5;
 
-// Where the running pointer stands, told from the end: a wide string may step back over its padding.
+// The position, counted from the end, since a wide string without room steps back over its padding.
 class Cursor
 {
 public:
@@ -59,7 +59,7 @@ std::uint32_t SizeOfAll(Members &...members)
     return (members.GetBufferSize() + ...);
 }
 
-// The run ends as a read through that pointer would end it.
+// A record without a name ends the run, as reading through the null pointer would.
 const char16_t *Required(const char16_t *text)
 {
     if (text == nullptr)

@@ -1,4 +1,4 @@
-#include "callers/command_table.h"
+#include "families/vadp/command_table.h"
 
 #include "support/signatures.h"
 
@@ -189,18 +189,6 @@ TEST(CommandTable, OddNamesStay)
     EXPECT_EQ(Function(53), "GetVMConfig");
     EXPECT_EQ(Function(61), "SetVMConfig");
     EXPECT_EQ(Function(127), "GetLibraryVersion");
-}
-
-TEST(CommandTable, LookUpsAskTheTableThatTheyAreGiven)
-{
-    constexpr std::array table = {CommandRow{200, "SIG", "one"}, CommandRow{7, "GIS", "two"}};
-    std::string name;
-    EXPECT_TRUE(FunctionNameOf(table, 7, name));
-    EXPECT_EQ(name, "two");
-    EXPECT_TRUE(SignatureNameOf(table, 200, name));
-    EXPECT_EQ(name, "SIG");
-    EXPECT_FALSE(FunctionNameOf(table, 3, name));
-    EXPECT_FALSE(FunctionNameOf({}, 7, name));
 }
 
 } // namespace

@@ -1,6 +1,5 @@
-#include "callers/command_table.h"
+#include "families/vadp/command_table.h"
 
-#include <algorithm>
 #include <array>
 
 namespace kessil {
@@ -73,31 +72,11 @@ constexpr auto rows = std::to_array<CommandRow>({
     {127, "SIGNATURE_VADPGetLibraryVersion", "GetLibraryVersion"},
 });
 
-bool NameOf(std::span<const CommandRow> table, std::uint32_t command, const char *CommandRow::*column,
-            std::string &name)
-{
-    const auto row = std::ranges::find(table, command, &CommandRow::command);
-    if (row == table.end())
-        return false;
-    name = (*row).*column;
-    return true;
-}
-
 } // namespace
 
 std::span<const CommandRow> CommandTable()
 {
     return rows;
-}
-
-bool FunctionNameOf(std::span<const CommandRow> table, std::uint32_t command, std::string &name)
-{
-    return NameOf(table, command, &CommandRow::function, name);
-}
-
-bool SignatureNameOf(std::span<const CommandRow> table, std::uint32_t command, std::string &name)
-{
-    return NameOf(table, command, &CommandRow::signature, name);
 }
 
 } // namespace kessil

@@ -1,4 +1,4 @@
-#include "callers/signature_table.h"
+#include "families/signature_table.h"
 
 #include "families/cwb/cwb.h"
 #include "families/domino/domino.h"
@@ -314,23 +314,6 @@ TEST(SignatureTable, GenerationsShareTheHandlersOf144Rows)
 {
     EXPECT_EQ(std::ranges::count_if(SignatureTable(), [](const SignatureRow &row) { return row.first == row.second; }),
               144);
-}
-
-TEST(HandlerSearch, FindsTheHandlerOfExactlyThatSignatureInTheColumn)
-{
-    constexpr Handler one = Process_GetBackupType;
-    constexpr Handler two = Process_GetLibApiVersion;
-    const std::vector<SignatureRow> table = {{"A", one, two}, {"B", one, nullptr}, {"C", nullptr, two}};
-    EXPECT_EQ(FindHandler(table, "A", &SignatureRow::first), one);
-    EXPECT_EQ(FindHandler(table, "A", &SignatureRow::second), two);
-    EXPECT_EQ(FindHandler(table, "B", &SignatureRow::first), one);
-    EXPECT_EQ(FindHandler(table, "B", &SignatureRow::second), nullptr);
-    EXPECT_EQ(FindHandler(table, "C", &SignatureRow::first), nullptr);
-    EXPECT_EQ(FindHandler(table, "C", &SignatureRow::second), two);
-    EXPECT_EQ(FindHandler(table, "a", &SignatureRow::first), nullptr);
-    EXPECT_EQ(FindHandler(table, "AB", &SignatureRow::first), nullptr);
-    EXPECT_EQ(FindHandler(table, "", &SignatureRow::first), nullptr);
-    EXPECT_EQ(FindHandler({}, "A", &SignatureRow::first), nullptr);
 }
 
 TEST(SignatureTable, OddSpellingsStay)

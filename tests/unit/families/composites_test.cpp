@@ -1,4 +1,4 @@
-#include "marshal/composites.h"
+#include "families/ese/composites.h"
 
 #include "support/guarded_page.h"
 #include "support/heap_probe.h"

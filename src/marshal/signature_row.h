@@ -8,16 +8,13 @@
 namespace kessil {
 
 /// One signature and the handlers that it selects: the first for an 'F' request, the second for an 'f' request. Null
-/// where that generation doesn't know the signature.
+/// where that generation doesn't have the signature.
 struct SignatureRow
 {
     std::string_view signature;
     Handler first;
     Handler second;
 };
-
-/// Every signature that parents may send. The strings are a contract with them, odd spellings included.
-std::span<const SignatureRow> SignatureTable();
 
 /// The handler of that signature, compared exactly, in one column of `rows`; null when there is none.
 Handler FindHandler(std::span<const SignatureRow> rows, std::string_view signature, Handler SignatureRow::*generation);

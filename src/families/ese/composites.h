@@ -1,8 +1,8 @@
 #pragma once
 
 #include "channel/byte_buffer.h"
+#include "families/ese/ese_records.h"
 #include "marshal/elements.h"
-#include "marshal/ese_records.h"
 
 #include <cstdint>
 #include <vector>
@@ -18,8 +18,8 @@
 //   CElementArray<W, T>                 count, 4 bytes, most significant first, not aligned; as many W
 //
 // Every composite holds its data in memory of its own, and a copy of it has its own again. Fill copies what a library
-// handed out and keeps no pointer into it. Without memory Fill raises std::bad_alloc, and ReadFromBuffer of an icon or
-// a list returns 0.
+// handed out and keeps no pointer into it. If memory can't be allocated, Fill throws std::bad_alloc and ReadFromBuffer
+// of an icon or a list returns 0.
 
 namespace kessil {
 

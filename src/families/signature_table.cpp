@@ -1,4 +1,4 @@
-#include "callers/signature_table.h"
+#include "families/signature_table.h"
 
 #include "families/cwb/cwb.h"
 #include "families/domino/domino.h"
@@ -7,13 +7,11 @@
 #include "families/vadp/vadp.h"
 #include "families/vorn/vorn.h"
 
-#include <algorithm>
 #include <array>
 
 namespace kessil {
 namespace {
 
-// A row without any handler is a signature that is spoken for and answered as unknown.
 constexpr auto rows = std::to_array<SignatureRow>({
     // ESE backup library
     {"SIG_HR_ESE_BACKUP_PREPARE", Process_HrESEBackupPrepare, Process_HrESEBackupPrepare},
@@ -240,13 +238,6 @@ constexpr auto rows = std::to_array<SignatureRow>({
 std::span<const SignatureRow> SignatureTable()
 {
     return rows;
-}
-
-// An index would have to be built at each start, for calls that mostly repeat the one before.
-Handler FindHandler(std::span<const SignatureRow> table, std::string_view signature, Handler SignatureRow::*generation)
-{
-    const auto row = std::ranges::find(table, signature, &SignatureRow::signature);
-    return row == table.end() ? nullptr : (*row).*generation;
 }
 
 } // namespace kessil
