@@ -1,0 +1,57 @@
+# write_link_graph(FILE): what the targets of the product are made of, as CMake variables: graph_targets, and for each
+# target T graph_kind_T, graph_sources_T (full paths, listed headers too) and graph_links_T (what it links itself).
+function(write_link_graph file)
+    set(text "")
+    collect_targets(${PROJECT_SOURCE_DIR} targets)
+    foreach(target ${targets})
+        get_target_property(kind ${target} TYPE)
+        get_target_property(directory ${target} SOURCE_DIR)
+        get_target_property(listed ${target} SOURCES)
+        list(FILTER listed EXCLUDE REGEX "[$]<|-NOTFOUND")
+        set(sources "")
+        foreach(source ${listed})
+            cmake_path(ABSOLUTE_PATH source BASE_DIRECTORY ${directory} NORMALIZE)
+            list(APPEND sources ${source})
+        endforeach()
+        collect_links(${target} links)
+        string(APPEND text
+            "set(graph_kind_${target} ${kind})\n"
+            "set(graph_sources_${target} [[${sources}]])\n"
+            "set(graph_links_${target} [[${links}]])\n")
+    endforeach()
+    file(WRITE ${file} "set(graph_targets [[${targets}]])\n${text}")
+endfunction()
+
+# The targets of a directory and of those below it, but for what only serves to try the product out.
+function(collect_targets directory result)
+    get_property(targets DIRECTORY ${directory} PROPERTY BUILDSYSTEM_TARGETS)
+    get_property(subdirectories DIRECTORY ${directory} PROPERTY SUBDIRECTORIES)
+    foreach(subdirectory ${subdirectories})
+        if(subdirectory MATCHES "^${PROJECT_SOURCE_DIR}/" AND
+                NOT subdirectory MATCHES "^${PROJECT_SOURCE_DIR}/(tests|bench|samples)$")
+            collect_targets(${subdirectory} more)
+            list(APPEND targets ${more})
+        endif()
+    endforeach()
+    set(${result} ${targets} PARENT_SCOPE)
+endfunction()
+
+# The targets that one links by itself, aliases resolved.
+function(collect_links target result)
+    set(links "")
+    foreach(property LINK_LIBRARIES INTERFACE_LINK_LIBRARIES)
+        get_target_property(libraries ${target} ${property})
+        list(TRANSFORM libraries REPLACE "^[$]<(BUILD_INTERFACE|LINK_ONLY):(.*)>$" "\\2")
+        foreach(library ${libraries})
+            if(TARGET ${library})
+                get_target_property(aliased ${library} ALIASED_TARGET)
+                if(aliased)
+                    set(library ${aliased})
+                endif()
+                list(APPEND links ${library})
+            endif()
+        endforeach()
+    endforeach()
+    list(REMOVE_DUPLICATES links)
+    set(${result} ${links} PARENT_SCOPE)
+endfunction()
