@@ -6,9 +6,9 @@
 
 namespace kessil::platform {
 
-/// 8-bit text in the code page that the calling thread takes for "ANSI" on Windows, in UTF-8 on Linux, as wide text. A
-/// byte that means nothing there becomes what the system puts in its place; on Linux it becomes a lone surrogate as in
-/// FromUtf8. Empty when the system refuses.
+/// Converts 8-bit text to wide text: from the calling thread's ANSI code page on Windows, from UTF-8 on Linux. A byte
+/// that is invalid there becomes the system's replacement on Windows, and a lone surrogate as in FromUtf8 on Linux.
+/// Empty on failure.
 WideString FromThreadCodePage(std::string_view text);
 
 } // namespace kessil::platform

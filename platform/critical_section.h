@@ -4,8 +4,8 @@
 
 namespace kessil::platform {
 
-/// A lock between the threads of this process; it spins before it waits. If the system couldn't set it up, lock and
-/// unlock do nothing and the work continues unlocked. Named as a standard lockable, for std::lock_guard.
+/// A lock within this process that spins before it waits. Where the platform could not initialise it, lock and unlock
+/// do nothing, and the work goes on unlocked. Its members have the names that std::lock_guard expects.
 class CriticalSection
 {
 public:

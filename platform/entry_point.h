@@ -6,9 +6,9 @@
 
 namespace kessil::platform {
 
-/// What a program of this project supplies: the work of the process, given its command line with the program's own
-/// name first. The result is the exit code. The platform's `main` or `wmain` calls it; a program links the library
-/// `kessil_entry_point` to get that.
+/// The work of a process, which each program defines. `arguments` is the command line with the program's own name
+/// first; the result is the exit code. The platform's `main` or `wmain` calls it, which a program gets by linking the
+/// library `kessil_entry_point`.
 int Main(const std::vector<WideString> &arguments);
 
 } // namespace kessil::platform

@@ -6,14 +6,14 @@
 
 namespace kessil::platform {
 
-/// What stands between two directories of a search path: `;` on Windows, `:` on Linux.
+/// Separates the directories of a search path: `;` on Windows, `:` on Linux.
 extern const char16_t search_path_separator;
 
-/// The value of an environment variable of this process; nothing when it isn't set. The last error is then ENOENT on
-/// Linux, and on Windows whatever it was before.
+/// The value of an environment variable of this process; none when it isn't set. The last error is then ENOENT on
+/// Linux, and unchanged on Windows.
 std::optional<WideString> ReadEnvironment(const WideString &name);
 
-/// Takes "NAME=value" into this process's environment. False when the system refuses.
+/// Sets a variable of this process's environment, given as "NAME=value". False on failure.
 bool PutEnvironment(const WideString &assignment);
 
 } // namespace kessil::platform

@@ -12,8 +12,8 @@ std::uint32_t LastError();
 
 void SetLastError(std::uint32_t code);
 
-/// The system's text for an error code, with the line end that the system puts behind it, if any. For a code that the
-/// system doesn't know it is empty on Windows and "Unknown error N" on Linux.
+/// The system's text for an error code, with the line end that the system appends, if any. For an unknown code it is
+/// empty on Windows and "Unknown error N" on Linux.
 WideString ErrorText(std::uint32_t code);
 
 } // namespace kessil::platform

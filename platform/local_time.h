@@ -2,7 +2,7 @@
 
 namespace kessil::platform {
 
-/// A moment in local time, as a calendar shows it. Months and days count from 1.
+/// A point in local time as calendar fields. Months and days count from 1.
 struct LocalTime
 {
     int year;
@@ -14,7 +14,7 @@ struct LocalTime
     int millisecond;
 };
 
-/// Now, in local time.
+/// The current local time.
 LocalTime Now();
 
 } // namespace kessil::platform

@@ -5,19 +5,19 @@
 
 namespace kessil::platform {
 
-// What a measurement asks of the system: where processes run and how much memory they hold.
+// What a measurement needs from the system: on which cores processes run and how much memory they use.
 
 /// The processor cores that this process may use, by the system's numbers.
 std::vector<std::uint32_t> UsableCores();
 
-/// Keeps this program on one core, and the processes that it starts from now on. On Linux that holds for the calling
-/// thread and for what it starts; on Windows for the whole process.
+/// Binds this program to one core, together with the processes that it starts from now on. On Linux this applies to the
+/// calling thread and what it starts; on Windows to the whole process.
 bool PlaceSelf(std::uint32_t core);
 
-/// Keeps another process of one thread on one core.
+/// Binds another process, of a single thread, to one core.
 bool PlaceProcess(std::uint32_t process_id, std::uint32_t core);
 
-/// The bytes of memory that belong to a process alone. False when the system doesn't tell.
+/// The number of bytes of memory that are private to a process. False when the system doesn't report it.
 bool ReadPrivateMemory(std::uint32_t process_id, std::uint64_t &bytes);
 
 } // namespace kessil::platform

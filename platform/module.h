@@ -6,7 +6,7 @@
 
 namespace kessil::platform {
 
-/// A loaded library; null when none.
+/// A loaded library; null means none.
 using ModuleHandle = void *;
 
 /// Loads a library by name or path. On Windows its own directory is searched for what it needs. On Linux a name with
@@ -14,13 +14,13 @@ using ModuleHandle = void *;
 /// Null on failure.
 ModuleHandle LoadModule(const WideString &name);
 
-/// The system's text for the failed load that `code` came from; to be asked for right after LoadModule failed.
+/// The system's text for the failed load that `code` came from. Valid only right after LoadModule failed.
 WideString LoadErrorText(std::uint32_t code);
 
-/// The address of an export of this very library, not of one that it needs; null when there is none.
+/// The address of an export of this library itself, not of one that it needs; null when there is none.
 void *FindExport(ModuleHandle module, const char *name);
 
-/// Gives back one load. The library's own end-of-life code may run here. Keeps the last error.
+/// Releases one load. The library's own termination code may run here. Keeps the last error.
 void FreeModule(ModuleHandle module);
 
 } // namespace kessil::platform

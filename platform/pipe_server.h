@@ -20,36 +20,36 @@ enum class PipeStatus
     TimedOut,    ///< the deadline passed first
     Closed,      ///< the other end is gone
     Interrupted, ///< InterruptPipeServer was called
-    WrongClient, ///< a process other than the expected one connected; it was turned away, and the pipe listens on
-    Failed       ///< anything else; the last error tells
+    WrongClient, ///< a process other than the expected one connected; it was disconnected, and the pipe still listens
+    Failed       ///< anything else; the last error has the reason
 };
 
 using Deadline = std::chrono::steady_clock::time_point;
 
-/// A fresh pipe name that can't be guessed: 128 random bits. On Linux it lies in a directory that only this user can
-/// enter (made here, removed with the server).
+/// A new pipe name that can't be guessed: 128 random bits. On Linux it lies in a directory that only this user can
+/// enter (created here, removed with the server).
 WideString RandomPipeName();
 
-/// Creates the pipe for exactly one client, with access for this user alone. Fails, with null, when the name is in
-/// use already.
+/// Creates the pipe for exactly one client, with access for this user only. Null on failure, also when the name is in
+/// use.
 PipeServer *CreatePipeServer(const WideString &name);
 
 /// Waits for the client and checks that it is the process `client_process_id`.
 PipeStatus AcceptPipeClient(PipeServer &server, std::uint32_t client_process_id, Deadline deadline);
 
-/// Reads at least 1 and at most `size` bytes. `count` receives how many. Once the deadline has passed, bytes that are
-/// there are left there.
+/// Reads at least 1 and at most `size` bytes. `count` receives how many. Once the deadline has passed it reads nothing,
+/// even if bytes are available.
 PipeStatus ReadServedPipe(PipeServer &server, void *buffer, std::uint32_t size, std::uint32_t &count,
                           Deadline deadline);
 
 /// Writes all of `size` bytes.
 PipeStatus WriteServedPipe(PipeServer &server, const void *data, std::uint32_t size, Deadline deadline);
 
-/// Makes the operation under way, or else the next one, end with Interrupted. The pipe is good for nothing but
-/// DestroyPipeServer then. May be called from any thread, and on Linux from a signal handler.
+/// Makes the operation under way, or else the next one, end with Interrupted. After that, only DestroyPipeServer may be
+/// called. May be called from any thread, and on Linux from a signal handler.
 void InterruptPipeServer(PipeServer &server);
 
-/// Closes the pipe and takes its name out of the system. Null is fine. Keeps the last error.
+/// Closes the pipe and removes its name from the system. Accepts null. Keeps the last error.
 void DestroyPipeServer(PipeServer *server);
 
 } // namespace kessil::platform

@@ -7,7 +7,7 @@
 
 namespace kessil::platform {
 
-/// The UTF-8 bytes of a secret line as they come in one by one. Wiped at the end.
+/// The UTF-8 bytes of a secret line, received one by one. Wiped on destruction.
 class SecretBytes
 {
 public:
@@ -16,10 +16,10 @@ public:
     SecretBytes(const SecretBytes &) = delete;
     SecretBytes &operator=(const SecretBytes &) = delete;
 
-    /// Where the next byte is to be put.
+    /// Where to store the next byte.
     char *Next() { return &m_bytes[m_size]; }
 
-    /// Takes the byte that was put at Next. True as long as the line goes on.
+    /// Accepts the byte stored at Next. True while the line continues.
     bool Take()
     {
         m_begun = true;
@@ -30,7 +30,7 @@ public:
         return true;
     }
 
-    /// What the line came to, without its line end, as wide text.
+    /// Converts the line, without its line end, to wide text.
     SecretStatus Into(WideString &line)
     {
         if (!m_begun)
@@ -46,7 +46,7 @@ public:
     }
 
 private:
-    // One for a carriage return, and one to tell that there were too many.
+    // One for a carriage return, and one to detect that the line is too long.
     static constexpr std::size_t longest = longest_secret + 2;
 
     std::array<char, longest + 1> m_bytes{};

@@ -4,7 +4,7 @@
 
 namespace kessil::platform {
 
-/// The operating system's major version. False, with `major` untouched, when the system doesn't tell.
+/// The operating system's major version. False, with `major` unchanged, when the system doesn't report it.
 bool ReadSystemVersion(std::uint32_t &major);
 
 } // namespace kessil::platform

@@ -8,19 +8,19 @@ enum class StandardStream
     Error
 };
 
-/// Whether a person looks at the stream.
+/// Whether the stream is a terminal.
 bool IsTerminal(StandardStream stream);
 
-/// How many characters fit in a line; 0 when it isn't a terminal, or doesn't tell.
+/// The number of characters that fit on a line; 0 when the stream isn't a terminal or its width is unknown.
 unsigned TerminalColumns(StandardStream stream);
 
-/// Makes the process's console take what is written as UTF-8. Does nothing where that is so anyway.
+/// Makes the process's console interpret output as UTF-8. Does nothing on Linux.
 void UseUtf8Console();
 
-/// Has what else ends the programs of a console come as SIGTERM, as Ctrl-C comes as SIGINT: Ctrl-Break, the closing of
-/// its window, a logoff and a shutdown. After those three the system ends the process within a few seconds, and this
-/// sees to it that it isn't sooner. Where nobody handles SIGTERM, the process ends with `exit_code` then. Does nothing
-/// where such events are signals anyway.
+/// Delivers the other events that end console programs as SIGTERM, as Ctrl-C is delivered as SIGINT: Ctrl-Break,
+/// closing the window, a logoff and a shutdown. After the last three the system ends the process within a few seconds;
+/// this function makes sure that it doesn't end it sooner. If SIGTERM has no handler, the process ends with
+/// `exit_code`. Does nothing on Linux, where these events are signals anyway.
 void TakeConsoleEventsAsSignals(int exit_code);
 
 } // namespace kessil::platform

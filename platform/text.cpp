@@ -64,7 +64,7 @@ std::size_t DecodeUtf8(std::string_view text, char32_t &code)
 std::string ToUtf8(std::u16string_view text)
 {
     std::string out;
-    // As much as there can be: what grows leaves a copy behind, and the text may be a secret.
+    // The largest possible size: growing would leave a copy of the text behind, and the text may be a secret.
     out.reserve(3 * text.size());
     for (std::size_t i = 0; i < text.size(); ++i) {
         const char16_t unit = text[i];

@@ -4,7 +4,7 @@
 
 namespace kessil::platform {
 
-/// The operating system's number of the calling thread.
+/// The operating system's id of the calling thread.
 std::uint32_t CurrentThreadId();
 
 } // namespace kessil::platform

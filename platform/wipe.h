@@ -4,7 +4,7 @@
 
 namespace kessil::platform {
 
-/// Overwrites memory that held a secret with zeros, also where the compiler sees that nobody reads it afterwards.
+/// Overwrites memory that held a secret with zeros, even where the compiler could prove that it isn't read again.
 inline void Wipe(void *memory, std::size_t size)
 {
     auto *const bytes = static_cast<volatile unsigned char *>(memory);

@@ -13,7 +13,7 @@ pthread_mutex_t *Mutex(unsigned char *storage)
 
 } // namespace
 
-// The spin phase of an adaptive mutex has a length of the C library's own.
+// The C library decides how long an adaptive mutex spins.
 CriticalSection::CriticalSection(std::uint32_t /*spin_count*/)
 {
     static_assert(sizeof(pthread_mutex_t) <= sizeof m_storage && alignof(pthread_mutex_t) <= 8);

@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::array fault_signals = {SIGSEGV, SIGBUS, SIGFPE, SIGILL};
 
-// A stack overflow leaves no room for the handler on the stack that ran over.
+// After a stack overflow the thread's own stack has no room for the handler.
 alignas(16) std::array<unsigned char, 65536> g_faultStack;
 
 sigjmp_buf g_return;
@@ -29,7 +29,8 @@ void OnFault(int signal, siginfo_t *info, void * /*context*/)
         g_inGuard = 0;
         siglongjmp(g_return, 1);
     }
-    // Not the guard's: the default action takes it, on the second fault of the same instruction or when raised.
+    // Not for the guard: the default action applies, when the instruction faults again or when the signal is raised
+    // here.
     struct sigaction defaultAction = {};
     defaultAction.sa_handler = SIG_DFL;
     sigaction(signal, &defaultAction, nullptr);
@@ -42,9 +43,9 @@ void OnTimeUp(int /*signal*/)
     _exit(g_endCode);
 }
 
-// A library that brings an unwinder of its own hands its exceptions on to the frames of this program, and these to
-// this program's unwinder, which works only once it has been used.
-void WakeUnwinder()
+// The exceptions of a library with an unwinder of its own pass into this program's frames, and from there into this
+// program's unwinder, which works only after a first use.
+void InitialiseUnwinder()
 {
     _Unwind_Backtrace([](_Unwind_Context *, void *) { return _URC_END_OF_STACK; }, nullptr);
 }
@@ -53,7 +54,7 @@ void WakeUnwinder()
 
 bool PrepareGuard()
 {
-    WakeUnwinder();
+    InitialiseUnwinder();
     stack_t stack = {};
     stack.ss_sp = g_faultStack.data();
     stack.ss_size = g_faultStack.size();

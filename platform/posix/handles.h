@@ -7,7 +7,7 @@
 
 namespace kessil::platform::posix {
 
-/// Keeps errno as it was over a scope; every closer needs that.
+/// Restores errno at the end of a scope; every function that closes something needs this.
 class KeepErrno
 {
 public:
@@ -20,9 +20,9 @@ private:
     int m_kept;
 };
 
-/// Moves a descriptor out of the range of the standard streams. Where one of those is closed, the next descriptor
-/// would take its place, and a hosted library's output would run into it. Returns -1 when `descriptor` is -1 or
-/// can't be moved.
+/// Moves a descriptor out of the range of the standard streams. If a standard stream is closed, the next descriptor
+/// would take its number, and a hosted library's output would go there. Returns -1 when `descriptor` is -1 or can't be
+/// moved.
 inline int AboveStandardStreams(int descriptor)
 {
     if (descriptor < 0 || descriptor > STDERR_FILENO)
@@ -33,7 +33,7 @@ inline int AboveStandardStreams(int descriptor)
     return moved;
 }
 
-/// A descriptor as the opaque handle of the platform headers, and back.
+/// Converts between a descriptor and the opaque handle of the platform headers.
 inline void *ToHandle(int descriptor)
 {
     return reinterpret_cast<void *>(static_cast<std::intptr_t>(descriptor));

@@ -34,7 +34,7 @@ Capabilities CurrentCapabilities()
     return capabilities;
 }
 
-// Whether the two may do the same. It makes no difference whether the group stands among the supplementary ones too.
+// Whether both have the same rights. It makes no difference whether the group is also one of the supplementary groups.
 bool Equal(const Identity &left, const Identity &right)
 {
     const auto groups = [](const Identity &identity) {
@@ -45,14 +45,15 @@ bool Equal(const Identity &left, const Identity &right)
     return left.user == right.user && left.group == right.group && groups(left) == groups(right);
 }
 
-// How the process started; read before anything can have changed it.
+// The identity that the process started with, read before anything can change it.
 const Identity g_start = CurrentIdentity();
 const Capabilities g_start_capabilities = CurrentCapabilities();
 
 thread_local bool t_acts_as_another = false;
 
-// The C library's functions would change every thread of the process; the system's own change the calling one. From
-// here to the last of these functions nothing allocates: an exception would leave the thread between two identities.
+// The C library's functions would change every thread of the process; the system calls change only the calling one.
+// From here to the last of these functions nothing allocates: an exception would leave the thread between two
+// identities.
 bool SetUser(uid_t user)
 {
     return syscall(SYS_setresuid, unchanged, user, unchanged) == 0;
@@ -66,26 +67,26 @@ bool SetGroups(const std::vector<gid_t> &groups)
     return syscall(SYS_setgroups, groups.size(), groups.data()) == 0;
 }
 
-// The user last, who may then have no right to change the groups any more.
+// Changes the user last, because the new user may have no right to change the groups.
 bool Become(const Identity &identity)
 {
     return SetGroups(identity.groups) && SetGroup(identity.group) && SetUser(identity.user);
 }
 
-// From another identity back to the process's own: first the rights to change the rest.
+// Changes from another identity back to the process's own, beginning with the rights to change the rest.
 bool BecomeProcess()
 {
     return SetCapabilities(g_start_capabilities) && SetUser(g_start.user) && SetGroups(g_start.groups) &&
            SetGroup(g_start.group) && SetCapabilities(g_start_capabilities);
 }
 
-void Require(bool is_itself_again)
+void Require(bool changed)
 {
-    if (!is_itself_again)
+    if (!changed)
         std::abort();
 }
 
-// A user who isn't root loses no capabilities by the change alone.
+// For a user other than root, the change alone drops no capabilities.
 bool DropCapabilities()
 {
     Capabilities capabilities;
@@ -96,7 +97,7 @@ bool DropCapabilities()
     return SetCapabilities(capabilities);
 }
 
-// From the process's own identity to another, or, where that fails, to the process's own.
+// Changes from the process's own identity to another or, if that fails, back to the process's own.
 bool BecomeAnother(const Identity &identity)
 {
     const bool changed_groups = SetGroups(identity.groups);
@@ -107,8 +108,8 @@ bool BecomeAnother(const Identity &identity)
     return false;
 }
 
-// The system forgets at every change of identity that this process is to end with its parent. Reminds it at the end of
-// the scope, and sees to it itself where the parent ended in between.
+// Every change of identity clears the signal that ends this process with its parent. Sets the signal again at the end
+// of the scope, and raises it if the parent has ended in between.
 class EndsWithParent
 {
 public:
@@ -144,7 +145,7 @@ bool SetCapabilities(const Capabilities &capabilities)
 
 bool ActAs(const Identity &identity)
 {
-    // To the system these numbers mean no change.
+    // For the system calls these numbers mean no change.
     if (identity.user == unchanged || identity.group == unchanged) {
         errno = EINVAL;
         return false;

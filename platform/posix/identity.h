@@ -6,7 +6,7 @@
 
 namespace kessil::platform::posix {
 
-/// Whom a thread acts as.
+/// The user and groups that a thread acts as.
 struct Identity
 {
     uid_t user = 0;
@@ -23,13 +23,15 @@ struct Capabilities
 bool ReadCapabilities(Capabilities &capabilities);
 bool SetCapabilities(const Capabilities &capabilities);
 
-/// Lets the calling thread, and no other, act as `identity`, with the process's own rights to become so. It has no
-/// effective capabilities then, unless `identity` is the process's own. False, with the reason in errno, leaves it as
-/// it was. A way back that fails ends the process: it would go on with the rights of somebody else.
+/// Makes the calling thread, and no other, act as `identity`, using the process's own rights for the change. The thread
+/// then has no effective capabilities, unless `identity` is the process's own. On failure returns false, with the
+/// reason in errno, and the thread stays as it was. If it can't be restored, the process is ended, because it would go
+/// on with another user's rights.
 bool ActAs(const Identity &identity);
 
-/// Lets the calling thread act as the process did when it started, for a scope; then as before, capabilities included,
-/// or the process ends. Does nothing on a thread that acts as nobody else. Keeps errno on the way out.
+/// Makes the calling thread act as the process did when it started, for a scope. The end of the scope restores what was
+/// before, capabilities included, or ends the process. Does nothing on a thread that acts as nobody else. Keeps errno
+/// on destruction.
 class ActAsProcess
 {
 public:

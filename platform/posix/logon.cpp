@@ -21,16 +21,16 @@ namespace {
 
 using posix::Identity;
 
-// A logged-on user; without an identity it is whoever the thread acts as already.
+// A logged-on user; without an identity, the user that the thread acts as already.
 struct User
 {
     std::optional<Identity> identity;
 };
 
-// All of them, since none ever logs off.
+// All of them, because no user ever logs off.
 std::list<User> g_users;
 
-// Domain users carry their domain in front of their name, as the directory services spell it.
+// A domain user's account name begins with the domain, as directory services write it.
 std::string AccountName(const WideString &user, const WideString &domain)
 {
     return domain.empty() || domain == u"." ? ToUtf8(user) : ToUtf8(domain + u"\\" + user);
@@ -81,7 +81,7 @@ constexpr std::uint64_t Bit(unsigned capability)
     return std::uint64_t{1} << capability;
 }
 
-// What each privilege lets its holder do on Windows: read any file; write any file, its owner, mode and times; see and
+// What each privilege allows its holder on Windows: read any file; write any file, its owner, mode and times; see and
 // change what the system audits.
 constexpr std::array privileges = {
     Privilege{u"SeBackupPrivilege", Bit(CAP_DAC_READ_SEARCH)},
@@ -101,7 +101,7 @@ UserToken LogOnUser(const WideString &user, const WideString &domain, const Wide
 {
     if (kind == LogonKind::CredentialsOnly)
         return &g_users.emplace_back();
-    // What checks passwords and finds accounts may need the rights that the process has.
+    // Checking passwords and finding accounts may need the rights of the process.
     const posix::ActAsProcess as_process;
     std::string account = AccountName(user, domain);
     if (!posix::Authenticate(account, password))
@@ -121,7 +121,7 @@ ProcessHandle CurrentProcess()
     return posix::ToHandle(getpid());
 }
 
-// Capabilities belong to threads and need nothing opened; the token only tells that there is one.
+// Capabilities belong to threads, so nothing has to be opened; the token only has to be non-null.
 ProcessToken OpenToken(ProcessHandle process)
 {
     return process;

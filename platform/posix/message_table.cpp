@@ -14,7 +14,7 @@ MessageTable OpenMessageTable(const WideString &file)
     const nl_catd catalogue = catopen(ToUtf8(file).c_str(), NL_CAT_LOCALE);
     if (catalogue != reinterpret_cast<nl_catd>(-1))
         return catalogue;
-    // A file that is there but no catalogue is refused without a code.
+    // For a file that exists but isn't a catalogue, catopen leaves no code.
     if (errno == 0)
         errno = EINVAL;
     return nullptr;

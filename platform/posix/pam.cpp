@@ -13,8 +13,8 @@ namespace {
 
 constexpr const char *service = "kessil";
 
-// PAM's functions, which are loaded when they are first needed: most runs know no logon, and the libraries behind them
-// would take a quarter of their start.
+// PAM's functions, loaded on first use: most runs have no logon, and the libraries behind these functions would take a
+// quarter of the start-up time.
 struct Pam
 {
     Pam() : library(dlopen("libpam.so.0", RTLD_NOW | RTLD_LOCAL))
@@ -26,7 +26,7 @@ struct Pam
         Find(end, "pam_end");
     }
 
-    bool IsThere() const { return start && authenticate && account_management && get_item && end; }
+    bool IsComplete() const { return start && authenticate && account_management && get_item && end; }
 
     // A preloaded library comes first, as it would for a program that is linked with PAM.
     template <class Function>
@@ -46,7 +46,7 @@ struct Pam
     decltype(pam_end) *end = nullptr;
 };
 
-// A password as PAM takes it, wiped at the end of its life.
+// A password in the form that PAM expects. Wiped on destruction.
 class Secret
 {
 public:
@@ -61,7 +61,7 @@ private:
     std::string m_text;
 };
 
-void GiveUp(pam_response *answers, int count)
+void FreeAnswers(pam_response *answers, int count)
 {
     for (int i = 0; i < count; ++i) {
         if (answers[i].resp != nullptr)
@@ -71,7 +71,7 @@ void GiveUp(pam_response *answers, int count)
     std::free(answers);
 }
 
-// What PAM gets to hear: the password where it asks for something that isn't shown. PAM wipes and frees the answers.
+// Answers PAM's prompts: the password for each prompt without echo. PAM wipes and frees the answers.
 int Converse(int count, const pam_message **messages, pam_response **responses, void *secret)
 {
     if (count <= 0 || count > PAM_MAX_NUM_MSG)
@@ -84,15 +84,15 @@ int Converse(int count, const pam_message **messages, pam_response **responses, 
         const int style = messages[i]->msg_style;
         if (style == PAM_PROMPT_ECHO_OFF)
             answers[i].resp = strdup(static_cast<const Secret *>(secret)->Text());
-        // Nobody is there who could answer anything else.
+        // There is nobody to answer any other prompt.
         if (style == PAM_PROMPT_ECHO_ON || (style == PAM_PROMPT_ECHO_OFF && answers[i].resp == nullptr)) {
-            GiveUp(answers, count);
+            FreeAnswers(answers, count);
             return PAM_CONV_ERR;
         }
     }
-    // A module that only tells something may want no answers at all.
+    // A module that only shows a message may expect no answers at all.
     if (responses == nullptr)
-        GiveUp(answers, count);
+        FreeAnswers(answers, count);
     else
         *responses = answers;
     return PAM_SUCCESS;
@@ -120,7 +120,7 @@ int ErrnoOf(int pam_result)
     }
 }
 
-// Whom the service let in, which needn't be whom it was asked about.
+// The account that the service authenticated, which may differ from the one that it was given.
 int ReadAccount(const Pam &pam, const pam_handle_t *handle, std::string &account)
 {
     const void *name = nullptr;
@@ -135,7 +135,7 @@ int ReadAccount(const Pam &pam, const pam_handle_t *handle, std::string &account
 bool Authenticate(std::string &account, const WideString &password)
 {
     static const Pam pam;
-    if (!pam.IsThere()) {
+    if (!pam.IsComplete()) {
         errno = ENOSYS;
         return false;
     }

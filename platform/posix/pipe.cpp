@@ -18,7 +18,7 @@ namespace {
 using posix::KeepErrno;
 using posix::ToDescriptor;
 
-// False when the path is longer than an address can hold: a shortened one would name another socket.
+// Fails when the path is longer than an address can hold: a truncated one would name another socket.
 bool FillAddress(sockaddr_un &address, const std::string &path)
 {
     address.sun_family = AF_UNIX;
@@ -30,14 +30,14 @@ bool FillAddress(sockaddr_un &address, const std::string &path)
     return true;
 }
 
-// A fresh socket for each try: one whose connection was refused isn't sure to connect later.
+// Uses a new socket for each attempt: one whose connection was refused may not be able to connect later.
 int TryConnect(const sockaddr_un &address)
 {
     const int descriptor = posix::AboveStandardStreams(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     if (descriptor < 0)
         return -1;
     const bool connected = connect(descriptor, reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0;
-    // It must not block while it connects, so that the wait stays bounded, but does from here on.
+    // Connects without blocking, so that the wait stays bounded, but blocks from here on.
     if (connected && fcntl(descriptor, F_SETFL, fcntl(descriptor, F_GETFL) & ~O_NONBLOCK) == 0)
         return descriptor;
     const KeepErrno keep;

@@ -68,8 +68,8 @@ std::string RandomHex()
     return text;
 }
 
-// Sets how long a blocking call may take; `limited` tells whether it has a limit, and is kept from call to call.
-// Without a deadline that costs no system call, which waiting in poll would. False when the deadline has passed.
+// Limits how long a blocking call may take; `limited` is whether a limit is set, and is kept from call to call. Without
+// a deadline this costs no system call, unlike waiting in poll. False when the deadline has passed.
 bool SetTimeLimit(int descriptor, int option, Deadline deadline, bool &limited)
 {
     const bool wanted = deadline != Deadline::max();
@@ -88,7 +88,7 @@ bool SetTimeLimit(int descriptor, int option, Deadline deadline, bool &limited)
     return true;
 }
 
-// How a socket call that failed with errno ended; Done means that it is to be made again.
+// The status for a socket call that failed with errno; Done means that the call must be repeated.
 PipeStatus FailureStatus(const PipeServer &server)
 {
     if (server.interrupted)
@@ -143,7 +143,7 @@ PipeServer *CreatePipeServer(const WideString &name)
     if (listener < 0)
         return nullptr;
     server->listener = listener;
-    // The mode set on the socket itself is the mode that its name is born with.
+    // The socket's mode becomes the mode of the file that bind creates.
     const bool bound = fchmod(listener, 0600) == 0 &&
                        bind(listener, reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0;
     if (bound)

@@ -19,7 +19,7 @@
 #include <thread>
 #include <unistd.h>
 
-// Some versions of this header forget to say that its functions are C.
+// Some versions of this header don't declare its functions as C.
 extern "C" {
 #include <sys/pidfd.h>
 }
@@ -36,7 +36,7 @@ struct Process
 
 namespace {
 
-// Everything the child needs, laid out before the fork: between fork and exec nothing may be allocated.
+// Everything the child needs, prepared before the fork: between fork and exec nothing may be allocated.
 struct Launch
 {
     std::string program;
@@ -68,8 +68,8 @@ void ResetSignals()
     sigprocmask(SIG_SETMASK, &none, nullptr);
 }
 
-// A terminal interrupts the processes of the group in its foreground. One in the background that uses the terminal is
-// stopped, for which nobody waits here, unless it ignores the signal: then the use fails.
+// A terminal interrupts the processes of the group in its foreground. A background process that uses the terminal is
+// stopped, which nothing here expects, unless it ignores the signal: then the use fails.
 void LeaveForeground()
 {
     setpgid(0, 0);
@@ -81,12 +81,12 @@ void LeaveForeground()
     }
 }
 
-// Runs in the child, on the memory of the parent: only system calls.
+// Runs in the child, in the parent's memory: only system calls are allowed.
 [[noreturn]] void RunChild(const Launch &launch)
 {
     ResetSignals();
     LeaveForeground();
-    // The parent may have died before the death signal was asked for.
+    // The parent may have died before the death signal was requested.
     const bool bound = prctl(PR_SET_PDEATHSIG, SIGKILL) == 0 && getppid() == launch.parent;
     if (bound && (launch.directory.empty() || chdir(launch.directory.c_str()) == 0)) {
         OpenStandardStreams();
@@ -94,11 +94,11 @@ void LeaveForeground()
             execv(launch.program.c_str(), launch.arguments.data());
     }
     const int code = errno;
-    [[maybe_unused]] const ssize_t told = write(launch.report[1], &code, sizeof code);
+    [[maybe_unused]] const ssize_t reported = write(launch.report[1], &code, sizeof code);
     _exit(127);
 }
 
-// Starts the child; 0, or the reason why not.
+// Starts the child. Returns 0, or the error code.
 int Spawn(Launch &launch, pid_t &id)
 {
     if (pipe2(launch.report, O_CLOEXEC) != 0)
@@ -122,7 +122,7 @@ int Spawn(Launch &launch, pid_t &id)
 }
 
 // The thread that starts all children. The system kills a child when the thread that started it ends, not when the
-// process does; so children are started by a thread that lives as long as the process.
+// process does, so this thread lives as long as the process.
 class Launcher
 {
 public:
@@ -154,7 +154,7 @@ private:
 
     [[noreturn]] void Run()
     {
-        // A signal of the parent's must find no handler to run while the child shares its memory.
+        // No handler of the parent may run in the child, which shares the parent's memory.
         sigset_t all;
         sigfillset(&all);
         pthread_sigmask(SIG_SETMASK, &all, nullptr);

@@ -21,7 +21,7 @@ extern "C" void NoteSignal(int)
     g_asked_to_end = 1;
 }
 
-// While it lives, the signals that ask the process to end are held back, and arrive only within Wait.
+// While it exists, the signals that ask the process to end are blocked, and are delivered only inside Wait.
 class EndingSignals
 {
 public:
@@ -51,7 +51,7 @@ public:
     EndingSignals(const EndingSignals &) = delete;
     EndingSignals &operator=(const EndingSignals &) = delete;
 
-    // Waits until there is something to read; false when a signal came first.
+    // Waits until there is something to read; false when a signal arrived first.
     bool Wait(int descriptor) const
     {
         pollfd readable{descriptor, POLLIN, 0};
@@ -69,7 +69,7 @@ private:
     std::array<struct sigaction, signals.size()> m_before{};
 };
 
-// While it lives, the terminal doesn't show what is typed, and can't be used to stop the process in this state.
+// While it exists, the terminal doesn't echo what is typed, and can't be used to suspend the process.
 class HiddenTyping
 {
 public:
@@ -126,7 +126,7 @@ private:
     int m_descriptor = posix::AboveStandardStreams(open("/dev/tty", O_RDWR | O_NOCTTY | O_CLOEXEC));
 };
 
-// Puts one byte where it is wanted; false at the end of the input.
+// Reads one byte; false at the end of the input or on failure.
 bool ReadByte(int descriptor, char *byte)
 {
     ssize_t count = 0;

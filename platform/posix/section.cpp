@@ -25,15 +25,15 @@ std::string ObjectName(const WideString &name)
     return "/" + object;
 }
 
-// True when the object is this size, has its memory and the access that it is to have. The mode is set afterwards
-// because the process's mask would cut into it at creation.
-bool Furnish(int descriptor, std::uint32_t size, bool admit_users)
+// Sets the object's access rights and reserves its memory. The mode is set after creation because the process's umask
+// would reduce it there.
+bool PrepareObject(int descriptor, std::uint32_t size, bool admit_users)
 {
     if (fchmod(descriptor, S_IRUSR | S_IWUSR) != 0)
         return false;
     if (admit_users) {
         const group *const users = getgrnam("users");
-        // Without that group the section stays its owner's alone.
+        // Without that group only the owner has access.
         if (users != nullptr && fchown(descriptor, static_cast<uid_t>(-1), users->gr_gid) == 0 &&
             fchmod(descriptor, S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP) != 0)
             return false;
@@ -46,7 +46,7 @@ bool Furnish(int descriptor, std::uint32_t size, bool admit_users)
     return result == 0;
 }
 
-// A mapping can't be empty; what lies behind a size of 0 is nobody's to use.
+// A mapping can't be empty; nobody uses the byte that is mapped for a size of 0.
 std::size_t MappedLength(std::uint32_t size)
 {
     return std::max<std::size_t>(size, 1);
@@ -68,7 +68,7 @@ SectionHandle CreateSection(const WideString &name, std::uint32_t size, bool adm
         posix::AboveStandardStreams(shm_open(object.c_str(), O_CREAT | O_EXCL | O_RDWR | O_CLOEXEC, S_IRUSR | S_IWUSR));
     if (descriptor < 0)
         return nullptr;
-    if (Furnish(descriptor, size, admit_users))
+    if (PrepareObject(descriptor, size, admit_users))
         return posix::ToHandle(descriptor);
     const KeepErrno keep;
     shm_unlink(object.c_str());

@@ -2,9 +2,9 @@
 
 namespace kessil::platform {
 
-/// Where EndWithin was called: runs the program's own exit functions and ends the process with `exit_code`. A plain
-/// return from `wmain` would first end the thread that keeps the time and then run the libraries' end-of-life code,
-/// which may wait forever. Returns, with nothing done, where EndWithin wasn't called.
+/// If EndWithin was called: runs the program's own exit functions and ends the process with `exit_code`. A plain return
+/// from `wmain` would first end the watchdog thread and then run the libraries' termination code, which may wait
+/// forever. If EndWithin wasn't called, returns without doing anything.
 void EndBounded(int exit_code);
 
 } // namespace kessil::platform

@@ -3,7 +3,7 @@
 #include "platform/windows/ending.h"
 #include "platform/windows/native.h"
 
-// Keeps the start-up code from replacing arguments such as `*` by the names of files.
+// Keeps the start-up code from expanding arguments such as `*` to file names.
 extern "C" {
 extern int _dowildcard;
 int _dowildcard = 0;

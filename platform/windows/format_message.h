@@ -7,8 +7,8 @@
 
 namespace kessil::platform {
 
-/// The text of a message, out of the system's own table, or of that of `module` with FORMAT_MESSAGE_FROM_HMODULE among
-/// the `source_flags`. Inserts stay as they are, and the platform chooses the language. None on failure.
+/// The text of a message, from the system's table, or from the table of `module` when `source_flags` contains
+/// FORMAT_MESSAGE_FROM_HMODULE. Inserts are not expanded, and the system chooses the language. None on failure.
 inline std::optional<WideString> FormatMessageText(DWORD source_flags, HMODULE module, DWORD number)
 {
     struct LocalDeleter
@@ -17,7 +17,7 @@ inline std::optional<WideString> FormatMessageText(DWORD source_flags, HMODULE m
     };
     constexpr DWORD flags = FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_IGNORE_INSERTS;
     wchar_t *buffer = nullptr;
-    // With the first flag the system takes the place for a text as the place for a pointer to one.
+    // FORMAT_MESSAGE_ALLOCATE_BUFFER makes the buffer argument the address of a pointer to the text.
     const DWORD length =
         FormatMessageW(flags | source_flags, module, number, 0, reinterpret_cast<wchar_t *>(&buffer), 0, nullptr);
     const std::unique_ptr<wchar_t, LocalDeleter> text(buffer);

@@ -12,15 +12,15 @@ namespace kessil::platform {
 
 namespace {
 
-/// What the filter and the frames that it calls may use of a stack that has overflowed.
+/// The stack space that the filter and the functions that it calls may use after a stack overflow.
 constexpr ULONG overflow_stack_size = 64 * 1024;
 constexpr SIZE_T watchdog_stack_size = 64 * 1024;
 
-/// Ends the process a while after it was told to, or when the main thread is gone: the watchdog's own thread would
-/// otherwise keep a process alive in which nothing happens any more.
+/// Ends the process a given time after EndWithin was called, or when the main thread has ended: otherwise the
+/// watchdog's own thread would keep an idle process alive.
 struct Watchdog
 {
-    HANDLE told;
+    HANDLE requested;
     HANDLE awake;
     HANDLE main_thread;
     DWORD milliseconds;
@@ -37,10 +37,10 @@ Watchdog g_watchdog;
     std::abort();
 }
 
-// Takes no lock and no memory: the fault may have left either in any state.
+// Takes no lock and allocates nothing: the fault may have left both in any state.
 DWORD WINAPI Watch(void *)
 {
-    const HANDLE events[] = {g_watchdog.told, g_watchdog.main_thread};
+    const HANDLE events[] = {g_watchdog.requested, g_watchdog.main_thread};
     if (WaitForMultipleObjects(2, events, FALSE, INFINITE) != WAIT_OBJECT_0) {
         DWORD exit_code = EXIT_FAILURE;
         GetExitCodeThread(g_watchdog.main_thread, &exit_code);
@@ -60,9 +60,9 @@ bool OpenMainThread()
 
 bool StartWatchdog()
 {
-    g_watchdog.told = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    g_watchdog.requested = CreateEventW(nullptr, FALSE, FALSE, nullptr);
     g_watchdog.awake = CreateEventW(nullptr, FALSE, FALSE, nullptr);
-    if (!g_watchdog.told || !g_watchdog.awake || !OpenMainThread())
+    if (!g_watchdog.requested || !g_watchdog.awake || !OpenMainThread())
         return false;
     const HANDLE thread =
         CreateThread(nullptr, watchdog_stack_size, Watch, nullptr, STACK_SIZE_PARAM_IS_A_RESERVATION, nullptr);
@@ -71,13 +71,13 @@ bool StartWatchdog()
     return thread != nullptr;
 }
 
-/// Makes a stack overflow something that GuardedRun can take, where the system goes along.
+/// Lets GuardedRun handle a stack overflow, where the system supports that.
 void ReserveOverflowStack()
 {
     ULONG size = overflow_stack_size;
     SetThreadStackGuarantee(&size);
-    // Puts a guard page in unless there is one: Wine commits the main thread's stack as a whole, and without a guard
-    // page above it the reserve counts for nothing.
+    // Adds a guard page if there is none: Wine commits the main thread's whole stack, and without a guard page above it
+    // the reserve has no effect.
     _resetstkoflw();
 }
 
@@ -105,9 +105,9 @@ void EndWithin(std::uint32_t milliseconds, int exit_code)
     g_watchdog.milliseconds = milliseconds;
     g_watchdog.exit_code = static_cast<UINT>(exit_code);
     g_watchdog.running = true;
-    SetEvent(g_watchdog.told);
-    // A fault in a library's start-up code holds the lock that a thread needs in order to start: where the watchdog
-    // didn't wake, nobody else keeps the time.
+    SetEvent(g_watchdog.requested);
+    // A fault in a library's start-up code leaves a lock held that a thread needs in order to start. If the watchdog
+    // doesn't respond, this thread keeps the time.
     if (WaitForSingleObject(g_watchdog.awake, milliseconds) != WAIT_OBJECT_0)
         EndNow(g_watchdog.exit_code);
 }

@@ -8,7 +8,7 @@
 
 namespace kessil::platform {
 
-/// Owns a handle of the system; null and all ones both stand for none. Keeps the last error when it closes.
+/// Owns a system handle; null and all ones both mean none. Keeps the last error when it closes the handle.
 class Handle
 {
 public:
@@ -33,8 +33,8 @@ private:
     HANDLE m_handle = nullptr;
 };
 
-/// How long a wait that ends at `deadline` may take: rounded up, never negative and never INFINITE, so that a caller
-/// whose deadline lies far off has to wait again.
+/// The time that a wait until `deadline` may take: rounded up, never negative and never INFINITE, so a caller whose
+/// deadline is far away has to wait again.
 inline DWORD MillisecondsUntil(Deadline deadline)
 {
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now()).count();

@@ -48,7 +48,7 @@ bool ReadPrivateMemory(std::uint32_t process_id, std::uint64_t &bytes)
         !GetProcessMemoryInfo(process.Get(), reinterpret_cast<PROCESS_MEMORY_COUNTERS *>(&counters), sizeof counters))
         return false;
     bytes = counters.PrivateUsage;
-    // Wine leaves it out for other processes.
+    // Wine reports 0 for other processes.
     return bytes != 0;
 }
 

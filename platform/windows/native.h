@@ -9,20 +9,20 @@
 #define NOMINMAX
 #endif
 #include <windows.h>
-// A second name of FreeLibrary, written as a macro.
+// <windows.h> defines this name as a macro for FreeLibrary.
 #undef FreeModule
 
 namespace kessil::platform {
 
 static_assert(sizeof(wchar_t) == sizeof(char16_t));
 
-/// The text as the system's calls take it, for as long as `text` lives unchanged.
+/// The text in the form that system calls expect, valid while `text` exists unchanged.
 inline const wchar_t *Wide(const WideString &text)
 {
     return reinterpret_cast<const wchar_t *>(text.c_str());
 }
 
-/// Puts the last error back on the way out of a scope.
+/// Restores the last error at the end of a scope.
 class LastErrorKeeper
 {
 public:

@@ -6,13 +6,13 @@
 
 namespace kessil::platform {
 
-/// A descriptor that admits the user of this process and nobody else.
+/// A security descriptor that admits only the user of this process.
 class OwnUserOnly
 {
 public:
     OwnUserOnly() { m_built = ReadUser() && BuildList(); }
 
-    /// Null when a step failed; the last error tells. Lives as long as this object.
+    /// Null when a step failed, with the reason in the last error. Valid as long as this object.
     SECURITY_ATTRIBUTES *Get() { return m_built ? &m_attributes : nullptr; }
 
 private:

@@ -51,7 +51,7 @@ PipeStatus WaitForOperation(PipeServer &server, Deadline deadline)
         case WAIT_OBJECT_0:
             return PipeStatus::Done;
         case WAIT_OBJECT_0 + 1:
-            // The event may be left over from an interrupt that an operation took before it waited.
+            // The event may be left over from an interrupt that an operation consumed before it waited.
             if (TakeInterrupt(server))
                 return PipeStatus::Interrupted;
             break;
@@ -65,7 +65,7 @@ PipeStatus WaitForOperation(PipeServer &server, Deadline deadline)
     }
 }
 
-/// One operation on the pipe from its start to its end. It doesn't outlive this object: the system writes into it.
+/// One operation on the pipe from start to end. The system writes into this object, so the operation never outlives it.
 class Operation
 {
 public:
@@ -75,7 +75,7 @@ public:
 
     OVERLAPPED *Native() { return &m_overlapped; }
 
-    /// Ends the operation that the system's call `started`, by its completion or by cancelling it.
+    /// Waits for the operation to complete, or cancels it. `started` is the result of the system call that began it.
     PipeStatus Finish(bool started, Deadline deadline, DWORD &count)
     {
         PipeStatus status = PipeStatus::Done;
@@ -91,7 +91,7 @@ public:
             return completed ? PipeStatus::Done : FailureStatus();
         if (!completed)
             return status;
-        // It completed before the cancelling took hold. An interrupt is then for the next operation.
+        // It completed before it could be cancelled. An interrupt then applies to the next operation.
         if (status == PipeStatus::Interrupted)
             m_server.interrupted = true;
         return PipeStatus::Done;
@@ -108,7 +108,7 @@ PipeStatus Connect(PipeServer &server, Deadline deadline)
     DWORD none = 0;
     const bool started = ConnectNamedPipe(server.pipe.Get(), operation.Native()) != 0;
     const DWORD code = started ? ERROR_SUCCESS : GetLastError();
-    // The client is there already, or was: then what it wrote is there still.
+    // The client is connected already, or was: what it wrote can still be read.
     if (code == ERROR_PIPE_CONNECTED || code == ERROR_NO_DATA)
         return PipeStatus::Done;
     return operation.Finish(started, deadline, none);
@@ -164,11 +164,11 @@ PipeStatus ReadServedPipe(PipeServer &server, void *buffer, std::uint32_t size, 
     DWORD moved = 0;
     PipeStatus status = PipeStatus::Done;
     count = 0;
-    // A write of nothing at the other end completes a read with nothing.
+    // A write of zero bytes at the other end completes a read with zero bytes.
     while (status == PipeStatus::Done && moved == 0) {
         if (TakeInterrupt(server))
             return PipeStatus::Interrupted;
-        // Bytes that are there already need no waiting, and a client may send them without end.
+        // Available bytes are read without a wait, so a client that keeps sending would never meet the deadline.
         if (HasPassed(deadline))
             return PipeStatus::TimedOut;
         Operation operation(server);

@@ -16,14 +16,14 @@ struct Process
 
 namespace {
 
-/// What a kill by the system gives on the other platform, too: 128 plus the number of the signal.
+/// The exit code of a killed process, the same as on Linux: 128 plus the number of the signal.
 constexpr UINT killed_exit_code = 128 + 9;
 
 constexpr DWORD creation_flags =
     CREATE_NO_WINDOW | CREATE_NEW_PROCESS_GROUP | CREATE_SUSPENDED | EXTENDED_STARTUPINFO_PRESENT;
 
-/// Writes one argument so that a program's start-up code reads it back as it was: quoted, with a backslash before a
-/// quote, and backslashes doubled where they stand before one.
+/// Appends one argument, quoted so that the program's start-up code reads it back unchanged: with a backslash before
+/// each quote, and with the backslashes before a quote doubled.
 void AppendQuoted(WideString &line, const WideString &argument)
 {
     line += u'"';
@@ -56,7 +56,7 @@ bool HoldsZero(const WideString &text)
     return text.find(u'\0') != WideString::npos;
 }
 
-/// An inheritable copy of one of this process's standard streams, or of the null device where it has none.
+/// An inheritable copy of one of this process's standard streams, or of the null device if it has none.
 Handle InheritableStream(DWORD stream)
 {
     const HANDLE own = GetStdHandle(stream);
@@ -69,7 +69,7 @@ Handle InheritableStream(DWORD stream)
                               OPEN_EXISTING, 0, nullptr));
 }
 
-/// The three streams that a child inherits, and the list that keeps it from inheriting anything else.
+/// The three streams that a child inherits, and the list that prevents it from inheriting anything else.
 class Inheritance
 {
 public:
@@ -118,8 +118,8 @@ private:
     bool m_ready = false;
 };
 
-/// While it lives, processes that start inherit that the system opens no dialog about their errors. The mode belongs
-/// to the whole process, so there is one such object at a time.
+/// While it exists, child processes inherit an error mode in which the system opens no error dialogs. The mode belongs
+/// to the whole process, so only one such object exists at a time.
 class NoErrorDialogs
 {
 public:
@@ -151,7 +151,7 @@ Handle CreateBoundJob()
     return {};
 }
 
-/// What one start needs, so that it can be tried twice.
+/// What one start needs, so that it can be attempted twice.
 struct Launch
 {
     const WideString &program;
@@ -200,7 +200,8 @@ Process *StartProcess(const WideString &program, const std::vector<WideString> &
     if (!job || !launch.inheritance.Ready())
         return nullptr;
     std::unique_ptr<Process> process = StartInJob(launch, job, 0);
-    // Before Windows 8 a process is in one job at most: a child of a process that is in one has to leave that first.
+    // Before Windows 8 a process is in at most one job: the child of a process in a job has to break away from that job
+    // first.
     if (!process && GetLastError() == ERROR_ACCESS_DENIED)
         process = StartInJob(launch, job, CREATE_BREAKAWAY_FROM_JOB);
     return process.release();

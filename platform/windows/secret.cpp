@@ -20,7 +20,7 @@ void Show(HANDLE console, const WideString &text)
     WriteConsoleW(console, text.data(), static_cast<DWORD>(text.size()), &count, nullptr);
 }
 
-// While it lives, the console hands over each unit that is typed, Ctrl-C included, and shows none.
+// While it exists, the console delivers each typed unit, Ctrl-C included, and echoes none.
 class HiddenTyping
 {
 public:
@@ -41,7 +41,7 @@ public:
     bool Works() const { return m_hidden; }
 
 private:
-    // What still ends the process, such as Ctrl-Break, does so after this.
+    // Runs before anything that still ends the process, such as Ctrl-Break.
     static BOOL WINAPI Restore(DWORD)
     {
         SetConsoleMode(s_input, s_before);
@@ -61,7 +61,7 @@ bool IsLowSurrogate(char16_t unit)
     return unit >= 0xDC00 && unit <= 0xDFFF;
 }
 
-// A line as it is typed, in memory that never moves.
+// The line being typed, in memory that is never reallocated.
 class TypedLine
 {
 public:
@@ -71,7 +71,7 @@ public:
         m_line.reserve(longest_secret);
     }
 
-    // True as long as the line goes on.
+    // Returns true while the line continues.
     bool Take(char16_t unit)
     {
         constexpr char16_t control_c = 3;

@@ -8,7 +8,7 @@ namespace kessil::platform {
 
 namespace {
 
-/// The SID of a group of the local machine; null on failure. The caller gives it back with FreeSid.
+/// The SID of a local group; null on failure. The caller releases it with FreeSid.
 PSID GroupSid(DWORD group)
 {
     SID_IDENTIFIER_AUTHORITY authority = {SECURITY_NT_AUTHORITY};
@@ -21,8 +21,8 @@ PSID GroupSid(DWORD group)
     return nullptr;
 }
 
-/// The attributes of a section that Administrators may open, and whoever `extra_sid` names unless it is null. When any
-/// step of the build fails, `failed` stays set and the base without a descriptor.
+/// The attributes of a section that Administrators may open, and also the holder of `extra_sid` unless it is null. If
+/// any step fails, `failed` stays set and the base has no descriptor.
 struct CSecurityAttributes : SECURITY_ATTRIBUTES
 {
     explicit CSecurityAttributes(PSID extra_sid);
@@ -69,7 +69,7 @@ bool CSecurityAttributes::Build(PSID extra_sid)
 
 bool CSecurityAttributes::BuildList(PSID extra_sid)
 {
-    // The last member of an entry is the first of the SID that it holds.
+    // The last member of an entry is the first DWORD of its SID.
     constexpr DWORD entry_size = sizeof(ACCESS_ALLOWED_ACE) - sizeof(DWORD);
     DWORD size = sizeof(ACL) + entry_size + GetLengthSid(admin_sid);
     if (extra_sid)

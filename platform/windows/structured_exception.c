@@ -8,20 +8,20 @@
 
 static DWORD abandoned_with;
 
-/* The codes with which the compiler's run-time library throws and unwinds: 0x20, 0x21 or 0x22 before "GCC". */
+/* The codes that the compiler's run-time library throws and unwinds with: 0x20, 0x21 or 0x22 before "GCC". */
 static int IsOwnThrow(DWORD code)
 {
     return code == 0x20474343 || code == 0x21474343 || code == 0x22474343;
 }
 
-/* A thread's name, a line for a debugger: raised for whoever watches, and meaningless otherwise. */
-static int IsNote(const EXCEPTION_RECORD *record)
+/* Notifications to a debugger, such as a thread's name or a line of output; they have no other effect. */
+static int IsDebuggerNotification(const EXCEPTION_RECORD *record)
 {
     const DWORD informational = 1;
     return record->ExceptionCode >> 30 == informational && !(record->ExceptionFlags & EXCEPTION_NONCONTINUABLE);
 }
 
-/* Named in assembler text only, so the compiler doesn't see its use. */
+/* Referenced only in assembler text, so the compiler doesn't see the reference. */
 __attribute__((used)) long KessilStructuredFilter(EXCEPTION_POINTERS *exception, void *frame);
 
 long KessilStructuredFilter(EXCEPTION_POINTERS *exception, void *frame)
@@ -30,14 +30,14 @@ long KessilStructuredFilter(EXCEPTION_POINTERS *exception, void *frame)
     (void)frame;
     if (IsOwnThrow(record->ExceptionCode))
         return EXCEPTION_CONTINUE_SEARCH;
-    if (IsNote(record))
+    if (IsDebuggerNotification(record))
         return EXCEPTION_CONTINUE_EXECUTION;
     abandoned_with = record->ExceptionCode;
     return EXCEPTION_EXECUTE_HANDLER;
 }
 
-/* The assembler labels of the two macros stand once in a file: no copy of this function may arise. An abandoned call
-   goes on at the second macro, with nothing but memory to go by. */
+/* The two macros define assembler labels, which must be unique in a file: the compiler must not copy this function. An
+   abandoned call continues at the second macro, where no register is valid, only memory. */
 __attribute__((noinline, noclone)) int KessilRunStructured(void (*body)(void *), void *argument)
 {
     volatile int returned = 0;

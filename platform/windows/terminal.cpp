@@ -20,13 +20,13 @@ void EndWithThatCode(int /*signal*/)
     std::_Exit(g_exit_code);
 }
 
-// Runs on a thread of the system's.
+// Called on a thread that the system creates.
 BOOL WINAPI OnConsoleEvent(DWORD event)
 {
     if (event == CTRL_C_EVENT)
         return FALSE;
     std::raise(SIGTERM);
-    // With the return from any other event the system ends the process.
+    // On return from any other event the system ends the process.
     if (event != CTRL_BREAK_EVENT)
         Sleep(INFINITE);
     return TRUE;
@@ -56,7 +56,7 @@ void UseUtf8Console()
 void TakeConsoleEventsAsSignals(int exit_code)
 {
     g_exit_code = exit_code;
-    // Of itself the run-time library would end the process with a code that means something else.
+    // By default the run-time library ends the process with an exit code that means something else.
     if (const auto before = std::signal(SIGTERM, EndWithThatCode); before != SIG_DFL)
         std::signal(SIGTERM, before);
     SetConsoleCtrlHandler(OnConsoleEvent, TRUE);
