@@ -4,7 +4,7 @@
 
 namespace kessil {
 
-/// An unsigned number as `sizeof(T)` bytes, most significant first.
+/// Stores an unsigned number as `sizeof(T)` bytes, most significant first.
 template <class T>
 void StoreBigEndian(unsigned char *bytes, T value)
 {
@@ -15,7 +15,7 @@ void StoreBigEndian(unsigned char *bytes, T value)
     }
 }
 
-/// The number that StoreBigEndian stored.
+/// Loads the number that StoreBigEndian stored.
 template <class T>
 T LoadBigEndian(const unsigned char *bytes)
 {

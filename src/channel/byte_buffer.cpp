@@ -18,7 +18,7 @@ std::optional<std::uint32_t> RoundUp(std::uint32_t size, std::uint32_t granulari
     return size + missing;
 }
 
-// Some C libraries answer a request for no bytes with null, which would look like a failure.
+// Some C libraries return null for a request of zero bytes, which would look like a failure.
 std::size_t BlockSize(std::uint32_t capacity)
 {
     return capacity == 0 ? 1 : capacity;

@@ -4,7 +4,7 @@
 
 namespace kessil {
 
-/// A growable block of bytes from the C allocator, which grows in whole steps and never shrinks.
+/// A block of bytes from the C allocator that grows in whole steps and never shrinks.
 class CByteBuffer
 {
 public:
@@ -14,11 +14,11 @@ public:
     CByteBuffer(const CByteBuffer &) = delete;
     CByteBuffer &operator=(const CByteBuffer &) = delete;
 
-    /// Makes the buffer `size` bytes long; a block that has to grow loses its content. Returns 0, or 1 when there is
-    /// no memory or the rounded size passes 32 bits; the buffer is then empty.
+    /// Makes the buffer `size` bytes long; a block that has to grow loses its content. Returns 0, or 1 when there is no
+    /// memory or the rounded size exceeds 32 bits; the buffer is then empty.
     [[nodiscard]] int SetSize(std::uint32_t size);
 
-    /// The same with the content kept. On 1 the buffer is as it was.
+    /// The same, but keeps the content. When it returns 1, the buffer is unchanged.
     [[nodiscard]] int Resize(std::uint32_t size);
 
     /// The first byte. While the size is 0 this is a spare byte, so that it can always be read and written.

@@ -128,7 +128,7 @@ bool CIPCCommunication::GetNextRequestCond(const char *unframed_types, char &typ
             KESSIL_LOG(log_error, channel_component, "Back (error) from ReadDataFromPipe() mini");
             return false;
         }
-        // A stream that ends here leaves a zero byte, and that is always a member.
+        // A stream that ends here leaves a zero byte, which strchr always finds.
         if (std::strchr(unframed_types, first) != nullptr) {
             type = static_cast<char>(first);
             data = nullptr;

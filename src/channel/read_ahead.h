@@ -7,19 +7,19 @@
 
 namespace kessil {
 
-/// Reads from a pipe ahead of what is asked for, so that a frame that arrives whole costs one system call however
-/// many pieces it is taken in. Every reader of one pipe shares one of these.
+/// Reads from a pipe ahead of what is requested, so that a frame that arrives whole costs one system call, however many
+/// pieces it is read in. All readers of a pipe share one of these.
 class ReadAhead
 {
 public:
-    /// As platform::ReadPipe: blocks until at least one byte is there, and delivers at most `size` of them. While
-    /// nothing is held, a request at least as large as the buffer is read straight into its place.
+    /// Like platform::ReadPipe: blocks until at least one byte is available, and delivers at most `size` of them. While
+    /// the buffer is empty, a read at least as large as the buffer goes directly to its destination.
     bool Read(platform::PipeHandle pipe, unsigned char *buffer, std::uint32_t size, std::uint32_t &count);
 
-    /// Overwrites everything here that was delivered already.
+    /// Overwrites everything in the buffer that was delivered already.
     void WipeDelivered();
 
-    /// Forgets what was read and not asked for yet.
+    /// Discards what was read but not requested yet.
     void Clear() { m_begin = m_end = 0; }
 
 private:

@@ -9,8 +9,7 @@
 namespace kessil {
 namespace {
 
-// Takes the fields of a payload one after the other. A field that is missing takes nothing; the caller
-// stops there.
+// Reads the fields of a payload one after the other. A missing field consumes nothing, and the caller stops there.
 class PayloadReader
 {
 public:
@@ -62,7 +61,7 @@ std::uint32_t DeserialiseWideString(WideString &target, const unsigned char *byt
     const auto unit = [bytes](std::uint32_t i) {
         return static_cast<char16_t>(bytes[2 * i] | (bytes[2 * i + 1] << 8));
     };
-    // In units, so that the count can't run over; an odd last byte is no unit.
+    // In units, so that the count can't overflow; an odd last byte is no unit.
     const std::uint32_t units = count / 2;
     std::uint32_t length = 0;
     while (length < units && unit(length) != 0)

@@ -18,21 +18,22 @@ class CIPCCommunication;
 /// The text of every record that can't be parsed.
 inline constexpr const char16_t *serialise_data_failure = u"Failed to serialise data";
 
-/// Reads a wide string from at most `count` bytes. Returns the bytes taken, terminator included, or 0 when there is no
-/// terminator; `target` then holds what was read. Units cross from the wire's byte order to the host's.
+/// Reads a wide string from at most `count` bytes. Returns the number of bytes read, terminator included, or 0 when
+/// there is no terminator; `target` then holds what was read. Units are converted from the wire's byte order to the
+/// host's.
 std::uint32_t DeserialiseWideString(WideString &target, const unsigned char *bytes, std::uint32_t count);
 
 /// The same for an 8-bit string.
 std::uint32_t DeserialiseString(std::string &target, const unsigned char *bytes, std::uint32_t count);
 
-/// Payload of 'A': whom to log on. Its password is wiped at the end of its life.
+/// Payload of 'A': the user to log on. Its password is wiped on destruction.
 struct IPCStruct_Auth
 {
     WideString user;
     WideString domain;
     WideString password;
-    WideString system_name;       ///< where privileges are looked up; empty for this system
-    std::uint32_t logon_flag = 0; ///< 0 for a logon whose credentials serve for outgoing connections alone
+    WideString system_name;       ///< the system on which privileges are looked up; empty for this system
+    std::uint32_t logon_flag = 0; ///< 0 for a logon whose credentials are used for outgoing connections only
 
     IPCStruct_Auth() = default;
     ~IPCStruct_Auth();
@@ -52,7 +53,7 @@ struct IPCStruct_FunctionCall
     bool Parse(const unsigned char *payload, std::uint32_t size, WideString &error);
 };
 
-/// What an 'f' request asks for. Only its command byte travels on the pipe.
+/// What an 'f' request asks for. Only its command byte is on the pipe.
 struct IPCStruct_FunctionCallAlt
 {
     WideString library; ///< stays empty
@@ -61,7 +62,7 @@ struct IPCStruct_FunctionCallAlt
     bool has_command = false;
     std::uint32_t command = 0;
 
-    /// Reads the command byte. False when one was read already, the read fails or the stream ends here.
+    /// Reads the command byte. False when one has been read already, the read fails or the stream ends here.
     bool ReadCommand(CIPCCommunication &channel, WideString &error);
 };
 
@@ -87,11 +88,11 @@ struct IPCStruct_Error
     bool Send(CIPCCommunication &channel, WideString &error) const;
 };
 
-/// Payload of 'R', in both directions: a section of that name takes the place of the old one.
+/// Payload of 'R', in both directions: a section of that name replaces the old one.
 struct IPCStruct_Resize
 {
     WideString name;
-    std::uint64_t size = 0; ///< u64 on the wire, of which this side uses the low 32 bits
+    std::uint64_t size = 0; ///< u64 on the wire; this side uses the low 32 bits
 
     bool Parse(const unsigned char *payload, std::uint32_t size_of_payload, WideString &error);
 

@@ -19,7 +19,7 @@ struct FreeBlock
 };
 using Block = std::unique_ptr<unsigned char, FreeBlock>;
 
-// The content of a view that is about to go, held outside of it because two sections are never mapped at once.
+// A copy of a view's content, because two sections are never mapped at once.
 Block CopyOf(const unsigned char *view, std::uint32_t size)
 {
     if (view == nullptr)
@@ -38,7 +38,8 @@ bool CIPCCommunication::TakeParentsSection(const unsigned char *payload, std::ui
     IPCStruct_Resize section;
     const bool taken = section.Parse(payload, size, error) &&
                        ReAttachSharedMemory(section.name, static_cast<std::uint32_t>(section.size), error);
-    // The outcome of the answer changes nothing: the parent that doesn't get it is gone, and the next read tells.
+    // The result of sending the answer doesn't matter: if the parent doesn't get it, it is gone, and the next read
+    // reports that.
     WideString ignored;
     if (taken)
         static_cast<void>(SendSuccess(ignored));
@@ -121,8 +122,8 @@ bool CIPCCommunication::CreateSharedMemory(const WideString &name, std::uint32_t
     return true;
 }
 
-// An empty name has no last unit, and is treated as none. Sections of one run alternate between two names, because the
-// parent still holds the old one open when the new name comes into use.
+// An empty name has no last unit, and is treated as if there were no section. Sections of one run alternate between two
+// names, because the parent still has the old one open when the new name comes into use.
 WideString CIPCCommunication::NextSectionName() const
 {
     WideString name = m_sharedName;

@@ -10,9 +10,9 @@
 #include <sstream>
 #include <string>
 
-// The log is one line for each record:
+// The log has one line for each record:
 //   T<thread, 8 hex digits> <local time, YYYY-MM-DDThh:mm:ss.mmm> <component>:<line> <level>: <text>
-// Nothing here reports failure: a log that can't be written never stops the work.
+// Nothing here reports a failure: a log that can't be written never stops the work.
 
 namespace kessil {
 
@@ -27,7 +27,7 @@ const char *LevelName(std::int32_t level);
 /// Where and by which thread a record was made.
 struct LogRecordInfo
 {
-    std::string file;     ///< the component's name, which takes the place of a source file's
+    std::string file;     ///< the component's name, in place of a source file's
     std::int32_t line;    ///< line in the source
     std::string function; ///< the function's full signature
     std::string date;     ///< build date of the source, as __DATE__ gives it
@@ -46,7 +46,7 @@ struct LogConfig
     std::int32_t level = log_none;
 };
 
-/// Where records go.
+/// A destination of records.
 class ILogSink
 {
 public:
@@ -55,14 +55,14 @@ public:
     ILogSink(const ILogSink &) = delete;
     ILogSink &operator=(const ILogSink &) = delete;
 
-    /// Writes the text as it stands. False when the sink could not take it.
+    /// Writes the text unchanged. False when the sink could not write it.
     virtual bool WriteRaw(const std::string &text) = 0;
 
     /// Writes one record. A sink that doesn't format writes an empty line, under its own lock.
     virtual bool WriteRecord(std::int32_t level, std::ostringstream &stream, const LogRecordInfo &info);
 
 protected:
-    /// Writes a line end and returns true whatever came of it.
+    /// Writes a line end and returns true, even if that failed.
     bool WriteEol();
 
 private:
@@ -83,16 +83,16 @@ public:
     bool WriteRaw(const std::string &text) override;
 };
 
-/// Owns the configuration and the sinks. Its lock keeps lines of several threads apart.
+/// Owns the configuration and the sinks. Its lock keeps the lines of several threads apart.
 class LogManager
 {
 public:
     LogManager();
 
-    /// True when a record of that level would go nowhere.
+    /// True when a record of that level would not be logged.
     bool IsDisabled(std::int32_t level) const { return !m_config || level > m_config->level; }
 
-    /// Hands the record to every sink, if its level passes.
+    /// Passes the record to every sink, if its level passes.
     void Log(std::int32_t level, std::ostringstream &stream, const LogRecordInfo &info);
 
     void AddSink(std::shared_ptr<ILogSink> sink);
@@ -105,8 +105,8 @@ private:
     platform::CriticalSection m_lock;
 };
 
-/// The process's one manager, with a ConsoleLogSink, built by the first call. That comes from the entry point, before
-/// any other thread can exist.
+/// The process's only manager, with a ConsoleLogSink. The first call creates it; that call comes from the entry point,
+/// before any other thread can exist.
 std::shared_ptr<LogManager> GetLogManager();
 
 } // namespace kessil
@@ -118,8 +118,8 @@ std::shared_ptr<LogManager> GetLogManager();
 #define KESSIL_FUNCTION __PRETTY_FUNCTION__
 #endif
 
-// Logs `message`, a chain of stream insertions, as a record of `component`. Builds nothing when the level is off; a
-// function could not promise that for its arguments, nor tell the line and the build time of its caller.
+// Logs `message`, a chain of stream insertions, as a record of `component`. Builds nothing when the level is off: a
+// function would evaluate its arguments all the same, and would not know its caller's line and build time.
 #define KESSIL_LOG(level, component, message)                                                                          \
     do {                                                                                                               \
         if (!::kessil::GetLogManager()->IsDisabled(level)) {                                                           \
@@ -131,7 +131,7 @@ std::shared_ptr<LogManager> GetLogManager();
                                                             __TIME__,        ::kessil::platform::CurrentThreadId()};   \
                 ::kessil::GetLogManager()->Log((level), kessilLogStream, kessilLogInfo);                               \
             } catch (const std::bad_alloc &) {                                                                         \
-                static_cast<void>(0); /* a record that finds no memory is lost, and the work goes on */                \
+                static_cast<void>(0); /* without memory the record is lost, and the work goes on */                    \
             }                                                                                                          \
         }                                                                                                              \
     } while (false)
