@@ -1,15 +1,15 @@
 // The limit that the helper is measured against: a child process that does the work of one kind of call and nothing
-// else. It knows the size of its request in advance, takes it with one read, never looks into it, and answers with one
-// write. Its block lies in the same kind of section, opened at start-up.
+// else. It knows the size of its request in advance, reads it with one read, never parses it, and answers with one
+// write. Its block is in the same kind of section, opened at start-up.
 //
 //   bare_child PIPE FUNCTION BLOCK_SIZE SECTION REQUEST_SIZE [LIBRARY]
 //   bare_child PIPE FUNCTION BLOCK_SIZE
 //
-// FUNCTION says which call; it is looked up, and its results are laid out, before the first request. A LIBRARY is
-// loaded at start-up and not used.
+// FUNCTION selects the call. The call is looked up, and its results are laid out, before the first request. A LIBRARY
+// is loaded at start-up and not used.
 //
-// Without a section it is a bare stream: as many bytes as the call takes by command come through the pipe into one
-// buffer, as many as it answers go back from another, and nothing else is done with them.
+// Without a section it is a bare stream: it receives as many bytes as the call's command takes into one buffer, sends
+// as many as the command answers from another, and does nothing else with them.
 #include "bench/call.h"
 #include "bench/placed_bytes.h"
 #include "bench/work.h"
@@ -75,7 +75,7 @@ void Serve(PipeHandle pipe, const Job &job, std::uint32_t request_size)
     }
 }
 
-// As few reads as the pipe gives.
+// Uses as few reads as the pipe allows.
 bool ReadWhole(PipeHandle pipe, unsigned char *buffer, std::uint32_t size)
 {
     std::uint32_t count = 0;

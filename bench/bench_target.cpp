@@ -1,6 +1,6 @@
-// The library that is hosted while it is measured. Its calls do as little as such a library can: a read copies the
-// block once, or tells where it is, and a write takes it as it is. It needs no library but the C library: the load of
-// others is not the helper's affair.
+// The library that is hosted while the helper is measured. Its functions do as little as such a library can: a read
+// copies the block once, or returns a pointer to it, and a write copies nothing. It needs no library but the C library,
+// because the time to load others is not the helper's.
 #include "bench/work.h"
 
 #include <cstdint>
@@ -21,7 +21,7 @@ constexpr std::uint32_t largest = 4 << 20;
 
 const unsigned char *Source()
 {
-    // Not made by the initialiser: what guards that comes from another library.
+    // Not created by the initialiser: the guard of a static initialiser comes from another library.
     static const unsigned char *source = nullptr;
     if (source == nullptr)
         source = kessil::bench::MakeSource(largest);
@@ -81,7 +81,7 @@ EXPORT bool ReadSectors(void * /*disk*/, std::uint64_t /*start*/, std::uint64_t 
            ReadBlock(data, static_cast<std::uint32_t>(count) * sector_size, &delivered) == 0;
 }
 
-// Nothing of the answer would show that the data didn't come.
+// Nothing in the answer would show that the data didn't arrive.
 EXPORT bool WriteSectors(void * /*disk*/, std::uint64_t /*start*/, std::uint64_t count, const void *data,
                          void ** /*error*/)
 {

@@ -41,7 +41,7 @@ void CallForPointer(void *function, unsigned char *block, std::uint32_t size)
     std::memcpy(block, pointer, size);
 }
 
-// No byte of it is 0: the results show that they replaced it.
+// No byte of it is 0, so that the results show that they replaced it.
 constexpr std::uint32_t first_sector = 0x01020304;
 
 void CallOnSectors(void *function, unsigned char *block, std::uint32_t size)
@@ -51,7 +51,7 @@ void CallOnSectors(void *function, unsigned char *block, std::uint32_t size)
                                                                               block, &error);
 }
 
-// The handler's block, filled with zeros, is what the library reads into or what the pipe has filled.
+// The handler's block, filled with zeros, is the one that the library reads into, or that was filled from the pipe.
 void CallByCommand(void *function, unsigned char * /*block*/, std::uint32_t size)
 {
     std::vector<unsigned char> data(size);
@@ -93,8 +93,8 @@ constexpr std::array calls = {
          {{{4, 2}}},
          {{success}},
          CallForPointer},
-    // The out-list begins with the buffer, which so lies 8 bytes before the place that the data were read to. With
-    // spare bytes the text stands behind the data, and not in them.
+    // The out-list begins with the buffer, which is therefore 8 bytes before the place that the data was read to. With
+    // spare bytes the text comes after the data, and not inside it.
     Call{"ReadSectors",
          "SIGNATURE_VADPReadSectors",
          Work::Read,
@@ -126,7 +126,7 @@ const Call &CallOf(std::string_view function)
     const auto found =
         std::find_if(calls.begin(), calls.end(), [&](const Call &call) { return call.function == function; });
     if (found == calls.end())
-        throw std::out_of_range("no such call is measured");
+        throw std::out_of_range("this call is not measured");
     return *found;
 }
 
@@ -177,7 +177,7 @@ std::uint32_t ReplySize(const Call &call, std::uint32_t block_size)
     return reply_head + (call.work == Work::Read ? block_size : 0);
 }
 
-// A read takes an empty block with it.
+// A read sends an empty block.
 void StoreRequestHead(unsigned char *place, const Call &call, std::uint32_t block_size)
 {
     place[0] = 'f';

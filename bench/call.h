@@ -10,70 +10,70 @@ namespace kessil::bench {
 /// What one call does with the block.
 enum class Work
 {
-    Answer, ///< there is none
-    Read,   ///< it goes from the library to the parent
-    Write   ///< it goes from the parent to the library
+    Answer, ///< there is no block
+    Read,   ///< the library passes it to the parent
+    Write   ///< the parent passes it to the library
 };
 
-/// One number in a list of elements: so many bytes, big-endian, unaligned.
+/// One number in a list of elements: `bytes` wide, big-endian, unaligned.
 struct Value
 {
     std::uint32_t bytes = 0;
     std::uint32_t number = 0;
 };
 
-/// The number that stands for the block's length.
+/// A placeholder for the block's length.
 inline constexpr std::uint32_t the_length = 0xFFFFFFFF;
 
-/// The number that stands for how many sectors the block has.
+/// A placeholder for the number of sectors in the block.
 inline constexpr std::uint32_t the_sectors = 0xFFFFFFFE;
 
-/// Up to three of them, one behind the other.
+/// Up to three of them, one after the other.
 using Values = std::array<Value, 3>;
 
-/// One function that is measured.
+/// A function that is measured.
 struct Call
 {
     const char *function;
     const char *signature;
     Work work;
-    Values front;   ///< what stands before the block in the in-list
-    Values back;    ///< what stands behind it there
-    Values results; ///< the out-list: from its start, or after a read what stands behind the block
+    Values front;   ///< the in-list before the block
+    Values back;    ///< the in-list after the block
+    Values results; ///< the out-list: all of it, or for a read what follows the block
 
-    /// Calls `function`, an export of bench_target, directly, and does what a handler does beside with the block.
+    /// Calls `function`, an export of bench_target, directly, and does with the block what else a handler does.
     void (*direct)(void *function, unsigned char *block, std::uint32_t size);
 
-    Values begin = {};       ///< with a read, what the out-list begins with where that isn't the front again
-    std::uint32_t spare = 0; ///< by how much the buffer is longer than the block
+    Values begin = {};       ///< for a read, the start of the out-list where it isn't the front again
+    std::uint32_t spare = 0; ///< the number of bytes by which the buffer is longer than the block
 
-    /// The number of the call in the second generation, or 0; and `direct` as its handler does it, with blocks that
-    /// are made for the call.
+    /// The call's command in the second generation, or 0; and `direct` as the handler of that command does it, with
+    /// blocks that are created for the call.
     unsigned char command = 0;
     void (*direct_by_command)(void *function, unsigned char *block, std::uint32_t size) = nullptr;
 };
 
-/// The call of that function. Throws std::out_of_range when it isn't measured.
+/// The call of that function. Throws std::out_of_range when the function isn't measured.
 const Call &CallOf(std::string_view function);
 
-/// Where the block's data begin in the section: behind the front and the length, aligned to 8.
+/// The offset of the block's data in the section: behind the front and the length, aligned to 8.
 std::uint32_t BlockOffset(const Call &call);
 
-/// The buffer's length, which stands before it in the in-list.
+/// The buffer's length, which precedes it in the in-list.
 std::uint32_t BufferSize(const Call &call, std::uint32_t block_size);
 
-/// Where the results begin.
+/// The offset of the results.
 std::uint32_t ResultsOffset(const Call &call, std::uint32_t block_size);
 
-/// How many bytes they take.
+/// The number of bytes that they take.
 std::uint32_t SizeOf(const Values &values);
 
 /// Stores them at `place`, which has room for SizeOf(values).
 void Store(unsigned char *place, const Values &values, std::uint32_t block_size);
 
-// A call by command: both sides know the sizes of its request and its reply in advance. A block stands last.
+// A call by command: both sides know the sizes of its request and its reply in advance. A block comes last.
 
-/// What stands before the block in the request and in the reply.
+/// The number of bytes before the block in the request and in the reply.
 inline constexpr std::uint32_t request_head = 22;
 inline constexpr std::uint32_t reply_head = 8;
 

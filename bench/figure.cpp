@@ -30,7 +30,8 @@ double Microseconds(Clock::duration time)
     return std::chrono::duration<double, std::micro>(time).count();
 }
 
-// Has everyone's turn in another order in each round, so that a drift of the machine falls on all alike.
+// Gives the sides their turns in a different order in each round, so that a drift of the machine affects all of them
+// alike.
 template <class Turn>
 void TakeTurns(std::size_t number, const Turn &turn)
 {
@@ -50,7 +51,7 @@ public:
     virtual void Call() = 0;
 };
 
-// A function of the library in this process, with `direct` one of the ways of the call.
+// A function of the library in this process; `direct` is one of the two ways to make the call.
 class InProcess final : public Side
 {
 public:
@@ -93,7 +94,7 @@ private:
 class PeerSide final : public Side
 {
 public:
-    // Starts the process, keeps it on that core, and checks what it does.
+    // Starts the process, binds it to that core, and checks what it does.
     PeerSide(Contender contender, const bench::Call &call, std::uint32_t block_size, std::uint32_t core)
         : m_peer(MakePeer(contender, call, block_size))
     {
@@ -152,7 +153,7 @@ public:
     }
 
 private:
-    // The memory that a process happens to get makes it a little faster or slower for its whole life.
+    // The memory that a process happens to get makes it a little faster or slower for as long as it runs.
     static constexpr std::size_t rounds_per_process = 10;
 
     bool ByCommand() const { return m_kind.contender == Contender::KessilByCommand; }
@@ -160,7 +161,7 @@ private:
     Round Measure(std::size_t number) override
     {
         if (number % rounds_per_process == 0)
-            TakeSeats();
+            StartSides();
         Round round;
         TakeTurns(number, [&](std::size_t part) { round.*parts[part] = Turn(*m_sides[part]); });
         round.in_process = Turn(*m_inProcess);
@@ -169,7 +170,7 @@ private:
         return round;
     }
 
-    void TakeSeats()
+    void StartSides()
     {
         Release();
         auto contender = std::make_unique<PeerSide>(m_kind.contender, m_call, m_kind.block_size, m_core);
@@ -218,7 +219,7 @@ public:
     std::size_t WantedRounds() const override { return m_pace.rounds; }
 
 private:
-    // The quickest of a turn counts: starts are long enough to be held up by whatever else runs.
+    // The quickest of a turn counts: starts take long enough to be delayed by whatever else runs.
     Round Measure(std::size_t number) override
     {
         Round round;
@@ -256,7 +257,7 @@ public:
 
     std::size_t WantedRounds() const override { return 3; }
 
-    // Wine doesn't tell it.
+    // Wine doesn't report it.
     static bool CanBeMeasured() { return PrivateMemory(Contender::Bare) > 0; }
 
 private:
@@ -307,17 +308,17 @@ const Round &Figure::MeasureRound()
     return m_rounds.emplace_back(Measure(m_rounds.size()));
 }
 
-Middle Figure::Of(double Round::*value) const
+Quartiles Figure::Of(double Round::*value) const
 {
-    return MiddleOf([value](const Round &round) { return round.*value; });
+    return QuartilesOf([value](const Round &round) { return round.*value; });
 }
 
-Middle Figure::Ratio(double Round::*value, double Round::*to) const
+Quartiles Figure::Ratio(double Round::*value, double Round::*to) const
 {
-    return MiddleOf([value, to](const Round &round) { return round.*value / round.*to; });
+    return QuartilesOf([value, to](const Round &round) { return round.*value / round.*to; });
 }
 
-Middle Figure::MiddleOf(const std::function<double(const Round &)> &value) const
+Quartiles Figure::QuartilesOf(const std::function<double(const Round &)> &value) const
 {
     std::vector<double> values;
     for (const Round &round : m_rounds)

@@ -4,42 +4,42 @@
 //
 //   --quick   two short rounds of each figure: shows that everything can be measured, and nothing about speed
 //   --json    one JSON object instead of the table
-//   --benchmark_filter=REGEX   only the figures in whose name it matches
+//   --benchmark_filter=REGEX   only the figures whose name the expression matches
 //
-// On Linux Google Benchmark runs the figures, one round an iteration, and takes its other flags, too. On a machine with
-// other work `chrt -f 5 kessil_bench` keeps that out of the figures; under Wine the same, with no wineserver running
-// yet.
+// On Linux Google Benchmark runs the figures, one round per iteration, and accepts its other flags as well. On a
+// machine with other work, `chrt -f 5 kessil_bench` keeps that work out of the figures; the same under Wine, as long as
+// no wineserver is running yet.
 //
 // How to read the table:
-//   kessil      the helper with a hosted library: microseconds a call, from the request to the answer, or a start, from
-//               the start of the process to its first answer; or KiB
-//   limit       the bare child, which takes the same frames with one read and one write and knows all sizes in advance;
-//               or, where the figure says so, a stream: the bare child that takes and gives as many bytes as the call
-//               does in the second generation, with one write and as few reads as the pipe gives; or a copy of as many
-//               bytes in the measuring process
-//   ratio       the median of kessil / limit over all rounds, with its quartiles: the figure that counts. Times say
-//               little: the scheduler and the processor's clock decide about them
-//   target      what the ratio is to stay within
-//   control     a second limit / the limit. It is 1.00 when the machine was quiet enough to measure
-//   in process  microseconds for the same library call without any process between, with the blocks that the
-//               helper makes: of what the library only points to, and for every call of the second generation
+//   kessil      the helper with a hosted library: microseconds for a call, from the request to the answer; or for a
+//               start, from the start of the process to its first answer; or KiB
+//   limit       the bare child, which reads the same frames with one read, answers with one write, and knows all sizes
+//               in advance; or, where the figure says so, a stream: the bare child that receives and sends as many
+//               bytes as the call does in the second generation, with one write and as few reads as the pipe allows;
+//               or a copy of as many bytes in the measuring process
+//   ratio       the median of kessil / limit over all rounds, with its quartiles: the figure that counts. Times mean
+//               little, because the scheduler and the processor's clock decide them
+//   target      the largest ratio allowed
+//   control     a second limit / the limit. It is 1.00 when the machine was idle enough to measure
+//   in process  microseconds for the same library call without another process, with the blocks that the helper
+//               creates: for data that the library only points to, and for every call of the second generation
 //
-// Under the table stands what these blocks cost in the second generation. A call is taken apart into the
-// stream of the same bytes, the library's call and the helper's blocks, both as measured in this process,
-// and what is left over. The first three are medians; the rest is what they lack to the call's median, and is below
-// zero when they cost less in the helper than here.
+// Below the table is what these blocks cost in the second generation. A call is broken down into the stream of the same
+// bytes, the library's call and the helper's blocks, both as measured in this process, and the rest. The first three
+// are medians; the rest is the call's median less these three, and is negative when they cost less in the helper than
+// here.
 //
-// A round is one turn of 200 calls, or 50 where a block goes through the pipe, or the quickest of 5 starts, for each
-// side, in an order that rotates; every few rounds the processes are started anew. "One core" keeps both sides on the
-// same core, "two cores" gives each its own. Starts take place on one. Wine's server, through which every call goes
-// there, runs where it likes.
+// A round is one turn for each side, in an order that rotates: 200 calls, or 50 where a block passes through the pipe,
+// or the quickest of 5 starts. Every few rounds the processes are started anew. "One core" keeps both sides on the same
+// core, "two cores" gives each its own. Starts run on one core. Wine's server, which every call passes through there,
+// runs on any core.
 //
-// A start-up of the helper is: start the process, attach, load the library, take a section in, answer one
-// GetBackupType, all with its log open. The bare child does the same: start, attach, load the library, open and map the
-// section, answer one frame. In a row of its own it loads no library, which leaves the loader's time to the helper
-// alone.
+// A start-up of the helper is: start the process, attach, load the library, attach a section, answer one GetBackupType,
+// all with its log open. The bare child does the same: start, attach, load the library, open and map the section,
+// answer one frame. In a row of its own it loads no library, so that the loader's time counts for the helper only.
 //
-// The exit code is 0 when every figure was measured, whatever it shows, and 1 otherwise.
+// The exit code is 0 when every figure was measured, whatever the result, and 1 otherwise.
+
 #include "bench/run.h"
 #include "bench/table.h"
 #include "platform/entry_point.h"
@@ -52,12 +52,12 @@
 namespace kessil::bench {
 namespace {
 
-bool TakeFlag(std::vector<std::string> &arguments, const char *flag)
+bool RemoveFlag(std::vector<std::string> &arguments, const char *flag)
 {
     return std::erase(arguments, flag) > 0;
 }
 
-// What stands under the table, of the figures that were measured.
+// What follows the table, for the figures that were measured.
 std::string BlocksOf(const std::vector<std::unique_ptr<Figure>> &figures)
 {
     std::string lines;
@@ -70,8 +70,8 @@ std::string BlocksOf(const std::vector<std::unique_ptr<Figure>> &figures)
 
 void Run(std::vector<std::string> arguments)
 {
-    const bool quick = TakeFlag(arguments, "--quick");
-    const bool json = TakeFlag(arguments, "--json");
+    const bool quick = RemoveFlag(arguments, "--quick");
+    const bool json = RemoveFlag(arguments, "--json");
     const std::vector<std::uint32_t> cores = platform::UsableCores();
     if (cores.empty() || !platform::PlaceSelf(cores[0]))
         throw std::runtime_error("this process can't be placed on a core");

@@ -25,7 +25,7 @@ WideString Program(const char *name)
     return platform::FromUtf8(std::string(KESSIL_BENCH_PROGRAMS "/") + name + suffix);
 }
 
-// The helpers' common log, which goes with this process. Each of them writes to it when its pipe is closed.
+// The log that the helpers share, deleted when this process ends. Each helper writes to it when its pipe is closed.
 const WideString &LogFile()
 {
     struct File
@@ -100,14 +100,14 @@ void Peer::Launch(bool helper, const bench::Call &call, std::uint32_t block_size
 void Peer::Send(const unsigned char *bytes, std::uint32_t size)
 {
     const PipeStatus sent = platform::WriteServedPipe(*m_server, bytes, size, platform::Deadline::max());
-    Require(sent == PipeStatus::Done, "a child process took no request");
+    Require(sent == PipeStatus::Done, "a child process did not read a request");
 }
 
 std::uint32_t Peer::Receive(unsigned char *bytes, std::uint32_t size)
 {
     std::uint32_t count = 0;
     const PipeStatus received = platform::ReadServedPipe(*m_server, bytes, size, count, platform::Deadline::max());
-    Require(received == PipeStatus::Done, "a child process gave no answer");
+    Require(received == PipeStatus::Done, "a child process sent no answer");
     return count;
 }
 

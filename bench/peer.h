@@ -11,20 +11,20 @@
 
 namespace kessil::bench {
 
-/// Who answers the calls.
+/// The process that answers the calls.
 enum class Contender
 {
     Kessil,          ///< the helper, which hosts bench_target
     KessilByCommand, ///< the same in the second generation: commands, with everything on the pipe
     Bare,            ///< bare_child
     BareWithLibrary, ///< bare_child that loads bench_target first
-    BareStream       ///< bare_child that takes and gives what a command does
+    BareStream       ///< bare_child that receives and sends what a command does
 };
 
-/// The library that is hosted.
+/// The path of the hosted library.
 WideString LibraryPath();
 
-/// For a section or a file that nobody else has.
+/// A name for a section or a file that nobody else uses.
 WideString FreshName();
 
 WideString Decimal(std::uint32_t number);
@@ -35,8 +35,8 @@ using Bytes = std::vector<unsigned char>;
 void Require(bool condition, const char *failure);
 
 /// A running child process that answers one call over and over, and the parent's end of its pipe. Contender and limit
-/// are driven by the same code, so that this side's cost is the same for both. Everything throws std::runtime_error
-/// when the child doesn't do as it should.
+/// are driven by the same code, so that this side's cost is the same for both. All members throw std::runtime_error
+/// when the child doesn't do what it should.
 class Peer
 {
 public:
@@ -44,32 +44,32 @@ public:
     Peer(const Peer &) = delete;
     Peer &operator=(const Peer &) = delete;
 
-    /// Starts the process, waits for it to attach, and has one call answered. The library, if any, is loaded then.
+    /// Starts the process, waits for it to attach, and makes one call. The library, if any, is loaded by then.
     virtual void Start() = 0;
 
     /// One call, from the request to its answer.
     virtual void Call() = 0;
 
-    /// Throws when the calls didn't leave on this side what they must.
+    /// Throws when the calls didn't leave the expected result on this side.
     virtual void Check() const = 0;
 
-    /// Where the call's block lies on this side.
+    /// The call's block on this side.
     virtual unsigned char *Block() = 0;
 
     std::uint32_t ProcessId() const { return platform::ProcessId(*m_process); }
 
 protected:
-    /// Makes the pipe, but no process yet.
+    /// Creates the pipe, but no process yet.
     Peer();
 
-    /// Starts bare_child or the helper, with a log, and waits for it to attach. bare_child gets the call, the block's
-    /// size, and these arguments.
+    /// Starts bare_child or the helper, with a log, and waits for it to attach. bare_child is passed the call, the
+    /// block's size, and these arguments.
     void Launch(bool helper, const bench::Call &call, std::uint32_t block_size,
                 const std::vector<WideString> &arguments = {});
 
     void Send(const unsigned char *bytes, std::uint32_t size);
 
-    /// One read of at most `size` bytes. Returns how many came, at least one.
+    /// One read of at most `size` bytes. Returns the number of bytes read, at least one.
     std::uint32_t Receive(unsigned char *bytes, std::uint32_t size);
 
 private:

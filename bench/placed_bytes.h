@@ -7,11 +7,11 @@
 
 namespace kessil::bench {
 
-/// Bytes that stay where they are: so many of a head, and behind it a block that begins in the middle of a page.
+/// Bytes at a fixed address: a head of `head` bytes, followed by a block that begins in the middle of a page.
 class PlacedBytes
 {
 public:
-    /// `size` is that of both. All bytes are `written_byte`.
+    /// `size` is the size of both together. All bytes are `written_byte`.
     PlacedBytes(std::uint32_t head, std::uint32_t size)
         : m_memory(size + page_size, written_byte), m_data(BeforeMidPage(m_memory.data(), head)), m_size(size)
     {}

@@ -7,7 +7,7 @@
 namespace kessil::bench {
 namespace {
 
-// The table is printed by whoever runs the figures.
+// The caller of RunFigures prints the table.
 class SilentReporter final : public benchmark::BenchmarkReporter
 {
 public:

@@ -70,7 +70,7 @@ Section::~Section()
     platform::CloseSection(m_handle);
 }
 
-void Section::LayInList()
+void Section::WriteInList()
 {
     if (m_call.work == Work::Answer)
         return;
@@ -86,7 +86,7 @@ void Section::CheckOutList() const
     const bool delivered = m_call.work != Work::Read || std::all_of(block, block + m_blockSize, [](unsigned char byte) {
                                return byte == source_byte;
                            });
-    Require(delivered, "a call delivered other bytes");
+    Require(delivered, "a call delivered the wrong bytes");
     CheckValues(m_call.begin, 0, BufferSize(m_call, m_blockSize));
     CheckValues(m_call.results, ResultsOffset(m_call, m_blockSize), m_blockSize);
 }
@@ -95,7 +95,7 @@ void Section::CheckValues(const Values &values, std::uint32_t offset, std::uint3
 {
     Bytes expected(SizeOf(values));
     Store(expected.data(), values, block_size);
-    Require(std::equal(expected.begin(), expected.end(), m_view + offset), "a call gave other results");
+    Require(std::equal(expected.begin(), expected.end(), m_view + offset), "a call returned the wrong results");
 }
 
 void Section::RemoveName()
@@ -129,7 +129,7 @@ void SectionPeer::StartBare()
 void SectionPeer::StartHelper()
 {
     Launch(true, m_call, m_blockSize);
-    m_section.LayInList();
+    m_section.WriteInList();
     Bytes opening = Frame('L', std::u16string_view(LibraryPath()));
     const Bytes section = Frame('R', std::u16string_view(m_section.Name()), std::uint64_t{SectionSize(m_blockSize)});
     opening.insert(opening.end(), section.begin(), section.end());
@@ -140,7 +140,7 @@ void SectionPeer::StartHelper()
 
 void SectionPeer::Call()
 {
-    m_section.LayInList();
+    m_section.WriteInList();
     Send(m_request.data(), static_cast<std::uint32_t>(m_request.size()));
     ReceiveSuccess(1);
 }
@@ -152,7 +152,7 @@ void SectionPeer::ReceiveSuccess(int answers)
     while (answers-- > 0) {
         const std::uint32_t count = Receive(answer, answer_size);
         Require(count == answer_size && std::memcmp(answer, success, count) == 0,
-                "a child process gave another answer than success");
+                "a child process answered with something other than success");
     }
 }
 

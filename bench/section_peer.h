@@ -5,7 +5,7 @@
 
 namespace kessil::bench {
 
-/// A parent's section with the lists of one call.
+/// A parent's section that holds the lists of one call.
 class Section
 {
 public:
@@ -18,13 +18,13 @@ public:
     const WideString &Name() const { return m_name; }
     unsigned char *Block() { return m_view + BlockOffset(m_call); }
 
-    /// Lays the in-list out, without the block's bytes.
-    void LayInList();
+    /// Writes the in-list, without the block's bytes.
+    void WriteInList();
 
     /// Throws std::runtime_error when the section doesn't hold what the call must have left there.
     void CheckOutList() const;
 
-    /// Takes the name out of the system, once the child has opened the section.
+    /// Removes the name from the system, once the child has opened the section.
     void RemoveName();
 
 private:
@@ -37,7 +37,7 @@ private:
     unsigned char *m_view = nullptr;
 };
 
-/// Calls with frames, and with the block in a section: one write and one read a call.
+/// Calls with frames, and with the block in a section: one write and one read for each call.
 class SectionPeer final : public Peer
 {
 public:

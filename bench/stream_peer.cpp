@@ -27,7 +27,7 @@ void StreamPeer::Start()
     Call();
 }
 
-// The name is taken byte by byte, a unit each.
+// The name is converted byte by byte, one unit each.
 void StreamPeer::LoadLibrary()
 {
     const std::string name = platform::ToUtf8(LibraryPath());
@@ -42,14 +42,14 @@ void StreamPeer::LoadLibrary()
     Require(count == sizeof answer && std::memcmp(answer, success, count) == 0, "the helper didn't load the library");
 }
 
-// The head is looked at as it comes: the reply to a call that failed is shorter.
+// The head is checked as it arrives: the reply to a failed call is shorter.
 void StreamPeer::Call()
 {
     Send(m_request.Data(), m_request.Size());
     for (std::uint32_t count = 0; count < m_reply.Size();) {
         count += Receive(m_reply.Data() + count, m_reply.Size() - count);
         Require(std::memcmp(m_reply.Data(), m_expectedHead.data(), std::min(count, reply_head)) == 0,
-                "a child process gave another reply than success");
+                "a child process replied with something other than success");
     }
 }
 
@@ -58,7 +58,7 @@ void StreamPeer::Check() const
     const unsigned char *const block = m_reply.Data() + reply_head;
     const unsigned char *const end = m_reply.Data() + m_reply.Size();
     Require(std::all_of(block, end, [](unsigned char byte) { return byte == source_byte; }),
-            "a call delivered other bytes");
+            "a call delivered the wrong bytes");
 }
 
 unsigned char *StreamPeer::Block()

@@ -5,7 +5,7 @@
 
 namespace kessil::bench {
 
-/// Calls by command: the whole request with one write, its whole reply with as few reads as the pipe gives.
+/// Calls by command: the whole request with one write, the whole reply with as few reads as the pipe allows.
 class StreamPeer final : public Peer
 {
 public:

@@ -16,7 +16,7 @@ std::string Number(const char *format, double value)
     return text;
 }
 
-// Zero stands for what isn't there.
+// Zero means that there is no value.
 std::string OrDash(const char *format, double value)
 {
     return value > 0 ? Number(format, value) : "-";
@@ -27,7 +27,7 @@ std::string OrNull(double value)
     return value > 0 ? Number("%.4f", value) : "null";
 }
 
-// All in the figure's unit. The limit and these three make the contender's median.
+// All in the figure's unit. The limit plus these three is the contender's median.
 struct Parts
 {
     double library;
@@ -62,7 +62,7 @@ std::string TableHead()
 
 std::string BlocksHead()
 {
-    return "\nWhat the second generation's blocks cost, in us a call:\n";
+    return "\nWhat the second generation's blocks cost, in us per call:\n";
 }
 
 std::string BlocksLine(const Figure &figure)
@@ -78,7 +78,7 @@ std::string BlocksLine(const Figure &figure)
 
 std::string TableRow(const Figure &figure)
 {
-    const Middle ratio = figure.Ratio(&Round::contender, &Round::limit);
+    const Quartiles ratio = figure.Ratio(&Round::contender, &Round::limit);
     return Row(figure.Name() + " (" + figure.Unit() + ")", Number("%.1f", figure.Of(&Round::contender).median),
                Number("%.1f", figure.Of(&Round::limit).median), Number("%.2f", ratio.median),
                Number("%.2f", ratio.low) + " to " + Number("%.2f", ratio.high), OrDash("%.2f", figure.Target()),
@@ -88,7 +88,7 @@ std::string TableRow(const Figure &figure)
 
 std::string JsonRow(const Figure &figure)
 {
-    const Middle ratio = figure.Ratio(&Round::contender, &Round::limit);
+    const Quartiles ratio = figure.Ratio(&Round::contender, &Round::limit);
     const bool costs = figure.CostsBlocks();
     const Parts parts = PartsOf(figure);
     const std::pair<const char *, std::string> fields[] = {

@@ -6,20 +6,20 @@
 #include <cstdlib>
 #include <cstring>
 
-// What the measured processes agree on beside the calls themselves.
+// What the measured processes agree on besides the calls themselves.
 
 namespace kessil::bench {
 
-/// What GetBackupType answers.
+/// The answer of GetBackupType.
 inline constexpr std::uint32_t backup_type = 7;
 
-/// What a read delivers, over and over.
+/// The byte that a read delivers, over and over.
 inline constexpr unsigned char source_byte = 0xA5;
 
-/// What the parent lays into a block before its first call, and what a write delivers.
+/// The byte that the parent fills a block with before its first call, and that a write delivers.
 inline constexpr unsigned char written_byte = 0x5A;
 
-/// Disks are counted in sectors of so many bytes.
+/// The size of a disk's sector in bytes.
 inline constexpr std::uint32_t sector_size = 512;
 
 /// The size of the success reply, a frame without payload.
@@ -33,9 +33,9 @@ constexpr std::uint32_t SectionSize(std::uint32_t block_size)
 
 inline constexpr std::size_t page_size = 4096;
 
-/// The first place in `memory` from where a block `offset` bytes on begins in the middle of a page; it is less
-/// than a page away. Copies from a page's first bytes are several times slower on some processors, and
-/// would measure that instead.
+/// The first address in `memory` from which a block `offset` bytes on begins in the middle of a page; it is less than a
+/// page away. Copies from a page's first bytes are several times slower on some processors, and would be measured
+/// instead.
 inline unsigned char *BeforeMidPage(unsigned char *memory, std::size_t offset = 0)
 {
     const std::uintptr_t block = reinterpret_cast<std::uintptr_t>(memory) + offset;
