@@ -6,12 +6,12 @@
 
 namespace kessil::test {
 
-/// The calls that all fakes of this program received, in one order: each the function's name and its arguments with a
-/// blank between them. Text is UTF-8, handles are left out where there is but one.
+/// The calls of all fakes of this program, in order. Each is the function's name and its arguments, separated by
+/// blanks. Text is UTF-8; a handle is left out where only one exists.
 struct CallLog
 {
     std::vector<std::string> calls;
-    bool recording = true; ///< off where a test must see no allocation but its own
+    bool recording = true; ///< off where the log's own allocations would disturb a test
 
     void Add(std::string call)
     {

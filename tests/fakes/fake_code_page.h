@@ -6,11 +6,11 @@
 
 namespace kessil::test {
 
-/// In the place of platform/code_page.h: a code page whose texts are UTF-8 on both platforms.
-/// `fake_code_page = FakeCodePage()` begins anew.
+/// Replaces platform/code_page.h: a code page whose texts are UTF-8 on both platforms. `fake_code_page =
+/// FakeCodePage()` resets it.
 struct FakeCodePage
 {
-    std::optional<WideString> answer; ///< what every text is converted to; none: what it stands for in UTF-8
+    std::optional<WideString> answer; ///< the result of every conversion; none: the text is converted from UTF-8
 };
 
 extern FakeCodePage fake_code_page;

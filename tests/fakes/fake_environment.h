@@ -7,12 +7,12 @@
 
 namespace kessil::test {
 
-/// In the place of platform/environment.h: variables of a process that has no others. Separates directories as the
-/// platform does. `fake_environment = FakeEnvironment()` begins anew.
+/// Replaces platform/environment.h: a process with no environment variables but these. Directories are separated as the
+/// platform does it. `fake_environment = FakeEnvironment()` resets it.
 struct FakeEnvironment
 {
     std::map<WideString, WideString> variables;
-    std::uint32_t unset_code = 0; ///< what asking for a variable that isn't set leaves behind; 0: what was there
+    std::uint32_t unset_code = 0; ///< the last error after reading a variable that isn't set; 0: unchanged
     std::uint32_t put_code = 0;   ///< when not 0, PutEnvironment fails with it
 };
 

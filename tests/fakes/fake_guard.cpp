@@ -16,7 +16,7 @@ namespace {
 
 std::jmp_buf guard_place;
 
-// Counts a guarded run for as long as it lives, or until a fault skips its end.
+// Counts a guarded run while it exists; a fault skips the destructor.
 class Running
 {
 public:

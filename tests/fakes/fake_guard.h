@@ -6,8 +6,8 @@
 
 namespace kessil::test {
 
-/// In the place of platform/guard.h: no signal, no watchdog; what EndWithin asked for is only noted.
-/// `fake_guard = FakeGuard()` begins anew.
+/// Replaces platform/guard.h: no signal, no watchdog; EndWithin only records its arguments. `fake_guard = FakeGuard()`
+/// resets it.
 struct FakeGuard
 {
     /// How a process that doesn't end by itself would be ended.
@@ -17,7 +17,7 @@ struct FakeGuard
         int exit_code;
     };
 
-    bool can_prepare = true;      ///< what PrepareGuard says
+    bool can_prepare = true;      ///< what PrepareGuard returns
     std::size_t running = 0;      ///< guarded runs under way
     std::size_t faults = 0;       ///< guarded runs that a fault ended
     std::optional<Ending> ending; ///< since the first EndWithin
@@ -25,7 +25,7 @@ struct FakeGuard
 
 extern FakeGuard fake_guard;
 
-/// Plays a hardware fault inside GuardedRun: no frame up to the guard is unwound. Aborts outside of it.
+/// Simulates a hardware fault inside GuardedRun: no frame up to the guard is unwound. Aborts outside of it.
 [[noreturn]] void RaiseFakeFault();
 
 } // namespace kessil::test

@@ -4,7 +4,7 @@
 
 namespace kessil::test {
 
-/// In the place of platform/local_time.h: what Now says.
+/// Replaces platform/local_time.h: what Now returns.
 extern platform::LocalTime fake_now;
 
 } // namespace kessil::test

@@ -6,18 +6,18 @@
 
 namespace kessil::test {
 
-/// In the place of platform/measurement.h: a machine of four cores, and the processes on it that the test tells of.
-/// `fake_measurement = FakeMeasurement()` begins anew.
+/// Replaces platform/measurement.h: a machine of four cores, with the processes that the test defines.
+/// `fake_measurement = FakeMeasurement()` resets it.
 struct FakeMeasurement
 {
     struct Process
     {
-        std::uint64_t private_bytes = 0;    ///< 0: the system doesn't tell
-        std::vector<std::uint32_t> cores{}; ///< that it was placed on
+        std::uint64_t private_bytes = 0;    ///< 0: the system doesn't report it
+        std::vector<std::uint32_t> cores{}; ///< the cores that it was bound to
     };
 
-    std::vector<std::uint32_t> cores = {0, 1, 2, 3}; ///< that this process may use
-    std::map<std::uint32_t, Process> processes;      ///< by their numbers; this one need not be among them
+    std::vector<std::uint32_t> cores = {0, 1, 2, 3}; ///< the cores that this process may use
+    std::map<std::uint32_t, Process> processes;      ///< by id; this process need not be among them
 };
 
 extern FakeMeasurement fake_measurement;

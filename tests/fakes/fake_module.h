@@ -10,23 +10,23 @@
 
 namespace kessil::test {
 
-/// In the place of platform/module.h: libraries are tables of exports. Each load gives a handle of its own. Misuse,
-/// such as freeing a module twice, aborts. `fake_module = FakeModule()` begins anew.
+/// Replaces platform/module.h: libraries are tables of exports. Each load has a handle of its own. Misuse, such as
+/// freeing a module twice, aborts. `fake_module = FakeModule()` resets it.
 class FakeModule
 {
 public:
     using Exports = std::map<std::string, void *>;
 
-    /// A library that can be loaded under that name from now on.
+    /// Adds a library that can be loaded under that name from now on.
     void Add(const WideString &name, Exports exports) { m_libraries[name] = std::move(exports); }
 
-    /// No library of that name can be loaded any more; loads made before stay.
+    /// Removes it, so that it can't be loaded any more; existing loads stay.
     void Remove(const WideString &name) { m_libraries.erase(name); }
 
-    std::uint32_t load_code = 126; ///< what a load that fails leaves behind
+    std::uint32_t load_code = 126; ///< the last error after a load that failed
     WideString load_text = u"no such library\r\n";
-    std::function<void(const WideString &name)> on_free; ///< the library's own end-of-life code
-    std::size_t loaded = 0;                              ///< loads not given back yet
+    std::function<void(const WideString &name)> on_free; ///< the library's own termination code
+    std::size_t loaded = 0;                              ///< loads not released yet
 
     // What platform/module.h calls.
     void *Load(const WideString &name);
@@ -46,7 +46,7 @@ private:
     std::vector<Loaded> m_loads;
 };
 
-/// The handle that the n-th successful load gave, from 0 on.
+/// The handle of the n-th successful load, from 0 on.
 inline void *FakeModuleHandle(std::size_t n)
 {
     return reinterpret_cast<void *>(std::uintptr_t{0x3000} + n);

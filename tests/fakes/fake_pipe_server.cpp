@@ -32,7 +32,7 @@ using Lock = std::unique_lock<std::mutex>;
 std::mutex mutex;
 std::condition_variable changed;
 
-// Waits until `ready` says so; false when the deadline comes first.
+// Waits until `ready` returns true; false when the deadline passes first.
 template <typename Ready>
 bool Await(Lock &lock, Deadline deadline, Ready ready)
 {

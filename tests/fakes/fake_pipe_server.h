@@ -12,19 +12,19 @@
 
 namespace kessil::test {
 
-/// The client's end of a fake pipe. May be played by any thread, and by several.
+/// The client's end of a fake pipe. May be used by any thread, and by several.
 class FakePipeClient
 {
 public:
     explicit FakePipeClient(std::uint32_t process_id) : m_process_id(process_id) {}
 
-    /// Bytes that the server can read from now on.
+    /// Sends bytes, which the server can read from now on.
     void Send(std::string_view bytes);
 
-    /// Bytes sent when the server has written, one such answer for each write, in turn.
+    /// Sends these bytes when the server has written; one answer for each write, in order.
     void Answer(std::string_view bytes);
 
-    /// Takes `size` bytes that the server has written. Waits for them; fewer come when the server is gone.
+    /// Receives `size` bytes that the server has written. Waits for them; returns fewer when the server is gone.
     std::string Receive(std::size_t size);
 
     /// Closes this end.
@@ -50,28 +50,28 @@ private:
     State m_state;
 };
 
-/// In the place of platform/pipe_server.h: pipes inside this process, and clients that the test plays. Operations wait
-/// as long as they may, and an interrupt or a client on another thread ends the wait. A wait of more than a minute
-/// aborts. `fake_pipe_server = FakePipeServer()` begins anew; no server may be in use then.
+/// Replaces platform/pipe_server.h: pipes inside this process, with clients that the test drives. Operations wait as
+/// long as they may, and an interrupt or a client on another thread ends the wait. A wait of more than a minute aborts.
+/// `fake_pipe_server = FakePipeServer()` resets it; no server may be in use then.
 struct FakePipeServer
 {
-    /// How an operation ends that is to fail.
+    /// The result of an operation that has to fail.
     struct Fate
     {
         platform::PipeStatus status;
-        std::uint32_t code; ///< left behind as the last error
+        std::uint32_t code; ///< the last error afterwards
     };
 
-    /// A client tries the pipe of that name. False when nobody serves it, or it has its client already.
+    /// Connects a client to the pipe of that name. False when nobody serves it, or when it already has its client.
     bool Connect(const WideString &name, const std::shared_ptr<FakePipeClient> &client);
 
-    bool has_names = true;           ///< false: RandomPipeName finds none
-    std::uint32_t names_code = 24;   ///< what it leaves behind then
+    bool has_names = true;           ///< false: RandomPipeName fails
+    std::uint32_t names_code = 24;   ///< its last error then
     std::uint32_t create_code = 0;   ///< when not 0, every CreatePipeServer fails with it
     std::uint32_t taken_code = 231;  ///< for a name that is in use
-    std::uint32_t invalid_code = 87; ///< for no name
+    std::uint32_t invalid_code = 87; ///< for an empty name
     std::size_t capacity = 65536;    ///< bytes that a client may leave unread before a write waits
-    std::deque<Fate> accept_fates;   ///< of the next calls, before anything else decides
+    std::deque<Fate> accept_fates;   ///< the results of the next calls, ahead of everything else
     std::deque<Fate> read_fates;
     std::deque<Fate> write_fates;
 

@@ -4,7 +4,7 @@
 
 namespace kessil::test {
 
-/// In the place of platform/program_path.h: what ProgramPath says.
+/// Replaces platform/program_path.h: what ProgramPath returns.
 extern std::filesystem::path fake_program_path;
 
 } // namespace kessil::test

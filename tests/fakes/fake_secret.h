@@ -9,14 +9,13 @@
 
 namespace kessil::test {
 
-/// In the place of platform/secret.h: what is to be read, as bytes. What a read takes is gone.
-/// `fake_secret = FakeSecret()` begins anew.
+/// Replaces platform/secret.h: the input, as bytes. A read consumes its line. `fake_secret = FakeSecret()` resets it.
 struct FakeSecret
 {
     std::optional<std::string> typed;       ///< on the terminal; none: there is no terminal
-    bool interrupted = false;               ///< somebody asks the process to end instead
-    std::map<int, std::string> descriptors; ///< what the open ones still have
-    std::vector<std::string> prompts;       ///< that were shown
+    bool interrupted = false;               ///< the process is asked to end instead
+    std::map<int, std::string> descriptors; ///< the remaining input of the open ones
+    std::vector<std::string> prompts;       ///< the prompts shown
 };
 
 extern FakeSecret fake_secret;

@@ -9,32 +9,32 @@
 
 namespace kessil::test {
 
-/// In the place of platform/section.h: sections are blocks of this process, found by name. A name that is taken is
-/// refused, and stands until RemoveSectionName. All views of a section are its one block; when the last of them is
-/// unmapped the content moves elsewhere, so that an address sanitizer sees whoever uses an old view. Misuse, such as
-/// unmapping what isn't mapped, aborts. `fake_section = FakeSection()` begins anew; no view may be in use then.
+/// Replaces platform/section.h: sections are blocks of this process, found by name. A name in use is refused, and stays
+/// in use until RemoveSectionName. All views of a section share one block; when the last of them is unmapped, the
+/// content moves elsewhere, so that an address sanitizer detects the use of an old view. Misuse, such as unmapping what
+/// isn't mapped, aborts. `fake_section = FakeSection()` resets it; no view may be in use then.
 class FakeSection
 {
 public:
-    /// A section made by another process.
+    /// Adds a section as if another process had created it.
     void Add(const WideString &name, std::uint32_t size);
     void Add(const WideString &name, const std::vector<unsigned char> &content);
 
     bool Has(const WideString &name) const { return m_names.count(name) != 0; }
 
-    /// A named section's content as it is now.
+    /// A section's current content.
     unsigned char *Bytes(const WideString &name) { return m_names.at(name)->bytes.get(); }
 
     std::uint32_t create_code = 0; ///< when not 0, every CreateSection fails with it; the others likewise
     std::uint32_t open_code = 0;
     std::uint32_t map_code = 0;
-    std::uint32_t taken_code = 183;              ///< what CreateSection fails with for a name that is taken
-    std::uint32_t missing_code = 2;              ///< what OpenSection fails with for a name that isn't there
-    std::uint32_t too_small_code = 22;           ///< what opening or mapping more than there is fails with
-    std::uint32_t empty_code = 87;               ///< what creating a section of no bytes fails with
-    std::uint32_t no_memory_code = 8;            ///< what a section of more than `largest` bytes fails with
+    std::uint32_t taken_code = 183;              ///< the error of CreateSection for a name in use
+    std::uint32_t missing_code = 2;              ///< the error of OpenSection for a name that doesn't exist
+    std::uint32_t too_small_code = 22;           ///< the error of opening or mapping more than there is
+    std::uint32_t empty_code = 87;               ///< the error of creating an empty section
+    std::uint32_t no_memory_code = 8;            ///< the error of creating a section of more than `largest` bytes
     std::uint32_t largest = 64U * 1024U * 1024U; ///< bytes
-    bool opens_taken = false;                    ///< CreateSection gives the section that is there, as Windows does
+    bool opens_taken = false;                    ///< CreateSection opens an existing section, as on Windows
     bool open_checks_size = true;                ///< opening a section that is too small fails, as on Linux
     std::size_t open_handles = 0;
     std::size_t views = 0;

@@ -4,7 +4,7 @@
 
 namespace kessil::test {
 
-/// In the place of platform/system_version.h: what the system tells of itself. `fake_system_version = {}` begins anew.
+/// Replaces platform/system_version.h: the version that the system reports. `fake_system_version = {}` resets it.
 struct FakeSystemVersion
 {
     bool tells = true;

@@ -4,14 +4,14 @@
 
 namespace kessil::test {
 
-/// In the place of platform/terminal.h: what stands behind the standard streams. `fake_terminal = FakeTerminal()`
-/// begins anew.
+/// Replaces platform/terminal.h: what the standard streams are connected to. `fake_terminal = FakeTerminal()` resets
+/// it.
 struct FakeTerminal
 {
     struct Stream
     {
         bool is_terminal = false;
-        unsigned columns = 0; ///< that a terminal tells
+        unsigned columns = 0; ///< the width that a terminal reports
     };
 
     Stream output;

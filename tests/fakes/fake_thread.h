@@ -4,7 +4,7 @@
 
 namespace kessil::test {
 
-/// In the place of platform/thread.h: every thread has this number.
+/// Replaces platform/thread.h: every thread has this id.
 extern std::uint32_t fake_thread_id;
 
 } // namespace kessil::test

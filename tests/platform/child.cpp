@@ -1,4 +1,5 @@
-// The program that the platform's tests start: its first argument names what it does, the exit code tells how it went.
+// The program that the platform's tests start: its first argument selects what it does, and the exit code reports the
+// result.
 
 #include "child.h"
 
@@ -44,7 +45,7 @@ void SendText(platform::PipeHandle pipe, const WideString &text)
     Send(pipe, text.data(), text.size() * sizeof(char16_t));
 }
 
-/// Returns when the other end has gone.
+/// Returns when the other end is gone.
 void WaitForEnd(platform::PipeHandle pipe)
 {
     unsigned char byte = 0;
@@ -96,7 +97,7 @@ int Hang(const Arguments &arguments)
     return child_failed;
 }
 
-/// Starts a child of its own, tells its number, and ends without giving it up when the pipe's other end goes.
+/// Starts a child of its own, sends that child's id, and ends without releasing it when the pipe's other end is gone.
 int StartAnother(const Arguments &arguments)
 {
     const platform::PipeHandle pipe = Connect(arguments.at(2));
@@ -108,7 +109,7 @@ int StartAnother(const Arguments &arguments)
     return 0;
 }
 
-/// Sends every byte back that comes.
+/// Sends back every byte that it receives.
 int Echo(const Arguments &arguments)
 {
     const platform::PipeHandle pipe = Connect(arguments.at(2));
@@ -119,8 +120,8 @@ int Echo(const Arguments &arguments)
     return 0;
 }
 
-/// Starts an echo, tells its number, and is interrupted with all of its group when it is sent a byte, which it then
-/// sends back.
+/// Starts an echo and sends that child's id. When it is sent a byte, it interrupts itself with all of its group and
+/// sends the byte back.
 int StartAnotherAndBeInterrupted(const Arguments &arguments)
 {
     const platform::PipeHandle pipe = Connect(arguments.at(2));
@@ -145,7 +146,7 @@ void CallAnswer(void *library)
         reinterpret_cast<std::uint32_t (*)()>(answer)();
 }
 
-/// Calls the library's answer in a guard as often as told: a fault must leave the guard usable.
+/// Calls the library's answer in a guard as many times as given: a fault must leave the guard usable.
 int CallGuarded(const Arguments &arguments)
 {
     if (!platform::PrepareGuard())
@@ -169,8 +170,8 @@ int CatchForeignThrow(const Arguments &arguments)
     }
 }
 
-/// Hangs after it was told to end, by one or more pairs of a time and an exit code; then, and not before, the time
-/// limit may end it.
+/// Calls EndWithin with one or more pairs of a time and an exit code, and hangs: the time limit may end it only after
+/// that.
 int EndHanging(const Arguments &arguments)
 {
     if (!platform::PrepareGuard())

@@ -18,7 +18,7 @@ enum ChildResult
     child_caught = 12,    ///< an exception came through the guard
     child_yes = 13,
     child_no = 14,
-    child_failed = 15 ///< anything that must not happen
+    child_failed = 15 ///< anything else
 };
 
 /// No wait of a test lasts longer than this.
@@ -27,7 +27,7 @@ inline platform::Deadline WaitLimit()
     return std::chrono::steady_clock::now() + std::chrono::seconds(60);
 }
 
-/// ChildProgram() at one of its tasks. Killed at the end of its life if it still runs.
+/// ChildProgram() with one of its tasks. Killed on destruction if it still runs.
 class Child
 {
 public:
@@ -42,7 +42,7 @@ public:
     /// Waits for the end and returns the exit code.
     std::uint32_t ExitCode();
 
-    /// Gives the process up, as its owner may at any time.
+    /// Releases the process, as its owner may at any time.
     void Release();
 
 private:
@@ -64,16 +64,16 @@ public:
     platform::PipeStatus Accept(std::uint32_t process_id);
     platform::PipeStatus Write(const std::string &bytes);
 
-    /// Reads until `size` bytes are there or the other end is gone.
+    /// Reads until `size` bytes have arrived or the other end is gone.
     std::string Read(std::size_t size);
 
     /// Reads until the other end is gone.
     std::string ReadAll() { return Read(~std::size_t{0}); }
 
-    /// Gives the pipe up, which the other end notices.
+    /// Closes the pipe, which the other end notices.
     void Close();
 
-    /// Reads one text that the child sent behind its length.
+    /// Reads one text that the child sent with its length in front.
     WideString ReadText();
 
 private:

@@ -13,7 +13,7 @@ TEST(CodePage, KeepsAscii)
     EXPECT_EQ(FromThreadCodePage("A line, 100% plain~"), u"A line, 100% plain~");
 }
 
-TEST(CodePage, HasNothingForNothing)
+TEST(CodePage, ConvertsEmptyTextToEmptyText)
 {
     EXPECT_EQ(FromThreadCodePage(""), u"");
 }
@@ -29,7 +29,7 @@ TEST(CodePage, KeepsLongText)
 }
 
 // The bytes are U+00E9 in UTF-8, and two characters in a code page whose characters are bytes.
-TEST(CodePage, TakesUtf8OnLinuxAndTheSystemsOwnOnWindows)
+TEST(CodePage, ConvertsFromUtf8OnLinuxAndTheSystemsCodePageOnWindows)
 {
     const WideString text = FromThreadCodePage("\xC3\xA9");
     if (!on_windows) {
@@ -40,7 +40,7 @@ TEST(CodePage, TakesUtf8OnLinuxAndTheSystemsOwnOnWindows)
     EXPECT_GT(text[0], 0x7F);
 }
 
-TEST(CodePage, TellsBytesApartThatMeanNothingOnLinux)
+TEST(CodePage, KeepsInvalidBytesDistinctOnLinux)
 {
     const WideString text = FromThreadCodePage("a\xFF");
     ASSERT_EQ(text.size(), 2U);

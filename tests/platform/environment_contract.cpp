@@ -17,7 +17,7 @@ TEST(Environment, HasWhatWasPutIntoIt)
     EXPECT_EQ(ReadEnvironment(u"KESSIL_TEST"), u"the second");
 }
 
-TEST(Environment, KnowsNothingOfOtherVariables)
+TEST(Environment, HasNoOtherVariables)
 {
     EXPECT_EQ(ReadEnvironment(u"KESSIL_NO_SUCH_VARIABLE"), std::nullopt);
 }

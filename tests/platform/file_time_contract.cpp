@@ -40,7 +40,7 @@ TEST(FileTime, IsKeptToAHundredNanoseconds)
     ExpectKept(path, {1, 999999900});
 }
 
-TEST(FileTime, MayLieBefore1970AndFarOff)
+TEST(FileTime, MayBeBefore1970AndFarAway)
 {
     const TemporaryDirectory directory;
     const std::filesystem::path path = MakeFile(directory);
@@ -56,7 +56,7 @@ TEST(FileTime, BelongsToDirectoriesToo)
     ExpectKept(directory.Path(), {1560946576, 0});
 }
 
-TEST(FileTime, IsNotThatOfAFileThatIsNotThere)
+TEST(FileTime, FailsForAFileThatDoesNotExist)
 {
     const TemporaryDirectory directory;
     FileTime time = {5, 6};

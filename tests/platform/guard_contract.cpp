@@ -32,7 +32,7 @@ private:
     bool &m_flag;
 };
 
-/// A library's function that answers with a number, or doesn't.
+/// A library's function that returns a number, or doesn't.
 class Answer
 {
 public:
@@ -56,7 +56,7 @@ private:
 
 } // namespace
 
-TEST(Guard, TellsThatTheCallReturned)
+TEST(Guard, ReportsThatTheCallReturned)
 {
     const Answer plain("plain");
     std::uint32_t answer = 0;
@@ -78,7 +78,7 @@ TEST(Guard, AbandonsAFault)
     EXPECT_FALSE(after);
 }
 
-TEST(Guard, ServesOnAfterAFault)
+TEST(Guard, StaysUsableAfterAFault)
 {
     const Answer null_write("null_write");
     for (int round = 0; round < 3; ++round)
@@ -130,7 +130,7 @@ TEST(EndWithin, EndsAProcessThatHangs)
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(30));
 }
 
-TEST(EndWithin, KeepsToItsFirstCall)
+TEST(EndWithin, HonoursOnlyItsFirstCall)
 {
     const auto start = std::chrono::steady_clock::now();
     EXPECT_EQ(ExitCodeOfAHangingProcess({{300, 7}, {1, 8}, {50000, 9}}), 7u);

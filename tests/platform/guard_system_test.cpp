@@ -6,7 +6,7 @@ namespace kessil::test {
 
 namespace {
 
-/// Each in a process of its own: a fault that the guard lets pass ends it.
+/// Each in a process of its own: a fault that the guard lets through ends it.
 std::uint32_t CallInGuard(const std::string &library, int times = 1)
 {
     Child child({u"call", TargetLibrary(library), platform::FromUtf8(std::to_string(times))});
@@ -68,7 +68,7 @@ TEST(EndWithinSystem, LeavesTheExitCodeToAProcessThatEndsInTime)
 }
 
 #ifdef _WIN32
-// Only there is it a thread that keeps the time.
+// Only on Windows does a thread keep the time.
 TEST(EndWithinSystem, DoesNotKeepAProcessAliveWhoseMainThreadIsGone)
 {
     EXPECT_EQ(Child({u"end_main_thread"}).ExitCode(), 9u);

@@ -29,7 +29,7 @@ void SpinUntil(const std::atomic<bool> &flag)
 
 } // namespace
 
-TEST(LastError, GivesBackWhatWasSet)
+TEST(LastError, ReturnsWhatWasSet)
 {
     SetLastError(1234);
     EXPECT_EQ(LastError(), 1234u);

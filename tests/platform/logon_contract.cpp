@@ -9,8 +9,8 @@ namespace kessil::test {
 using platform::LogonKind;
 using platform::ProcessToken;
 
-// Whom they are for finds out whether they are any good.
-TEST(Logon, TakesCredentialsForOutgoingConnectionsAsTheyAre)
+// Their receiver checks whether they are valid.
+TEST(Logon, AcceptsCredentialsForOutgoingConnectionsUnchecked)
 {
     EXPECT_NE(platform::LogOnUser(u"eve", u"nowhere", u"secret", LogonKind::CredentialsOnly), nullptr);
 }
@@ -33,7 +33,7 @@ TEST(Privilege, IsNotFoundUnderAnotherName)
     EXPECT_EQ(id, 99u);
 }
 
-TEST(Privilege, IsNotFoundOnASystemThatIsNotThere)
+TEST(Privilege, IsNotFoundOnASystemThatDoesNotExist)
 {
     std::uint64_t id = 99;
     platform::SetLastError(0);
@@ -42,8 +42,8 @@ TEST(Privilege, IsNotFoundOnASystemThatIsNotThere)
     EXPECT_EQ(id, 99u);
 }
 
-// Whoever may not have it has lost nothing.
-TEST(Privilege, CanBeTurnedOnAsFarAsItIsToBeHad)
+// A process that may not have it loses nothing.
+TEST(Privilege, CanBeEnabledAsFarAsItIsAvailable)
 {
     ProcessToken const token = platform::OpenToken(platform::CurrentProcess());
     ASSERT_NE(token, nullptr);

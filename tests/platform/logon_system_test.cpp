@@ -8,7 +8,7 @@
 
 namespace kessil::test {
 
-// Wine gives a token out that is none.
+// Wine returns an invalid token.
 TEST(LogonSystem, CredentialsForOutgoingConnectionsCanBeImpersonated)
 {
     platform::UserToken const user =

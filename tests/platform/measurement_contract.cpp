@@ -11,12 +11,12 @@ namespace kessil::test {
 
 namespace {
 
-/// No process: systems give out numbers below, and on Windows multiples of four.
+/// The id of no process: systems use lower ids, and Windows uses multiples of four.
 constexpr std::uint32_t no_process = 0x7FFFFFFD;
 
 } // namespace
 
-TEST(Measurement, KnowsTheCoresThatCanBeUsed)
+TEST(Measurement, ListsTheUsableCores)
 {
     const std::vector<std::uint32_t> cores = platform::UsableCores();
     ASSERT_FALSE(cores.empty());
@@ -24,14 +24,14 @@ TEST(Measurement, KnowsTheCoresThatCanBeUsed)
     EXPECT_EQ(std::ranges::adjacent_find(cores), cores.end());
 }
 
-TEST(Measurement, KeepsThisProgramOnOneCore)
+TEST(Measurement, BindsThisProgramToOneCore)
 {
     const std::uint32_t last = platform::UsableCores().back();
     EXPECT_TRUE(platform::PlaceSelf(last));
     EXPECT_EQ(platform::UsableCores(), std::vector{last});
 }
 
-TEST(Measurement, KeepsToTheCoresThatCanBeUsed)
+TEST(Measurement, UsesOnlyUsableCores)
 {
     constexpr std::uint32_t highest = on_windows ? 63 : 1000;
     const std::vector<std::uint32_t> before = platform::UsableCores();
@@ -40,20 +40,20 @@ TEST(Measurement, KeepsToTheCoresThatCanBeUsed)
     EXPECT_EQ(platform::UsableCores(), usable ? std::vector{highest} : before);
 }
 
-TEST(Measurement, PlacesNoProcessThatIsNotThere)
+TEST(Measurement, PlacesNoProcessThatDoesNotExist)
 {
     EXPECT_FALSE(platform::PlaceProcess(no_process, platform::UsableCores().front()));
 }
 
-TEST(Measurement, TellsHowMuchMemoryBelongsToAProcess)
+TEST(Measurement, ReportsTheMemoryOfAProcess)
 {
     std::uint64_t bytes = 0;
-    // Wine doesn't tell.
+    // Wine doesn't report it.
     EXPECT_EQ(platform::ReadPrivateMemory(OwnProcessId(), bytes), !UnderWine());
     EXPECT_EQ(bytes > 0, !UnderWine());
 }
 
-TEST(Measurement, TellsNothingOfAProcessThatIsNotThere)
+TEST(Measurement, ReportsNothingForAProcessThatDoesNotExist)
 {
     std::uint64_t bytes = 0;
     EXPECT_FALSE(platform::ReadPrivateMemory(no_process, bytes));

@@ -9,9 +9,9 @@
 
 namespace kessil::test {
 
-TEST(MeasurementSystem, SeesMemoryGrowThatIsUsed)
+TEST(MeasurementSystem, ReportsMoreMemoryWhenMoreIsUsed)
 {
-    // So much that it can't come from memory which earlier tests gave back to the allocator alone.
+    // So much that memory which earlier tests returned to the allocator can't be enough.
     constexpr std::size_t size = 64 << 20;
     std::uint64_t before = 0;
     std::uint64_t after = 0;
@@ -23,7 +23,7 @@ TEST(MeasurementSystem, SeesMemoryGrowThatIsUsed)
     EXPECT_EQ(after > before + size / 2, !UnderWine());
 }
 
-TEST(MeasurementSystem, SeesTheMemoryOfAnotherProcess)
+TEST(MeasurementSystem, ReportsTheMemoryOfAnotherProcess)
 {
     ServedPipe pipe;
     Child child({u"hang", pipe.Name()});

@@ -49,7 +49,7 @@ TEST(MessageTable, HasTextOutsideAscii)
     EXPECT_EQ(text, u"Kein Zugriff f\u00FCr \u20AC." + line_end);
 }
 
-TEST(MessageTable, LeavesTheTextForANumberThatItLacks)
+TEST(MessageTable, LeavesTheTextUnchangedForAMissingNumber)
 {
     const OpenTable table;
     for (const std::uint32_t number : {0u, 2u, 5u, 0x7FFFFFFFu, 0x80000001u, 0xFFFFFFFFu}) {
@@ -72,7 +72,7 @@ TEST(MessageTable, CanBeOpenedTwiceAndAgain)
     EXPECT_TRUE(third.Read(1, text));
 }
 
-TEST(MessageTable, OfNoSuchFileIsNotFound)
+TEST(MessageTable, IsNotFoundForAFileThatDoesNotExist)
 {
     platform::SetLastError(0);
     EXPECT_EQ(platform::OpenMessageTable(MessageFile() + u"-not"), nullptr);

@@ -28,7 +28,7 @@ TEST(Module, CallsWhatALibraryExports)
     platform::FreeModule(module);
 }
 
-TEST(Module, FindsNoExportThatIsNotThere)
+TEST(Module, FindsNoExportThatDoesNotExist)
 {
     const ModuleHandle module = platform::LoadModule(TargetLibrary("plain"));
     ASSERT_NE(module, nullptr);
@@ -62,7 +62,7 @@ TEST(Module, KeepsTwoLibrariesApart)
     platform::FreeModule(second);
 }
 
-TEST(Module, StaysUntilEveryLoadIsGivenBack)
+TEST(Module, StaysLoadedUntilEveryLoadIsReleased)
 {
     const ModuleHandle first = platform::LoadModule(TargetLibrary("plain"));
     const ModuleHandle second = platform::LoadModule(TargetLibrary("plain"));
@@ -75,7 +75,7 @@ TEST(Module, StaysUntilEveryLoadIsGivenBack)
     platform::FreeModule(second);
 }
 
-TEST(Module, TellsWhyALoadFailed)
+TEST(Module, ReportsWhyALoadFailed)
 {
     platform::SetLastError(0);
     EXPECT_EQ(platform::LoadModule(TargetLibrary("there_is_no_such_library")), nullptr);

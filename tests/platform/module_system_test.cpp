@@ -18,7 +18,7 @@ TEST(ModuleSystem, LoadsALibraryOnce)
     platform::FreeModule(second);
 }
 
-TEST(ModuleSystem, NamesTheLibraryThatIsNotThereWhereTheLoaderDoes)
+TEST(ModuleSystem, NamesTheMissingLibraryWhereTheLoaderDoes)
 {
     ASSERT_EQ(platform::LoadModule(TargetLibrary("there_is_no_such_library")), nullptr);
     const std::string text = platform::ToUtf8(platform::LoadErrorText(platform::LastError()));

@@ -2,12 +2,12 @@
 
 #include <cstdint>
 
-/// What the tests of the real platform, and their child, need of the operating system beyond the platform's own
-/// functions. One implementation per system.
+/// What the tests of the real platform, and their child, need from the operating system in addition to the platform's
+/// own functions. One implementation per system.
 namespace kessil::test {
 
-/// A handle or descriptor of this process that children would inherit if they weren't kept from it; closed at the end
-/// of its life. The child is told its number.
+/// A handle or descriptor of this process that children would inherit if nothing prevented it; closed on destruction.
+/// The child receives its number.
 class InheritableHandle
 {
 public:
@@ -22,10 +22,10 @@ private:
     std::uint64_t m_number;
 };
 
-/// Whether that number stands for an open handle or descriptor in this process.
+/// Whether that number is an open handle or descriptor in this process.
 bool IsOpen(std::uint64_t number);
 
-/// Takes this process's standard input away for as long as it lives.
+/// Removes this process's standard input while it exists.
 class NoInput
 {
 public:
@@ -38,8 +38,8 @@ private:
     std::uint64_t m_kept;
 };
 
-/// Does to this process and the rest of its group what Ctrl-C at their terminal does, except that this one ignores it
-/// from now on. False, with nothing done, when it isn't the first of its group.
+/// Does to this process and the rest of its group what Ctrl-C at their terminal does, except that this process ignores
+/// it from now on. False, without doing anything, when it isn't the first of its group.
 bool InterruptOwnGroup();
 
 #ifdef _WIN32

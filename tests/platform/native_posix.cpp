@@ -17,7 +17,7 @@ int Native(std::uint64_t number)
     return static_cast<int>(number);
 }
 
-/// Moves a standard stream aside, out of the reach of children.
+/// Moves a standard stream to a descriptor that children don't inherit.
 std::uint64_t PutAside(int stream)
 {
     const int kept = fcntl(stream, F_DUPFD_CLOEXEC, 3);
@@ -63,7 +63,7 @@ NoInput::~NoInput()
 
 bool InterruptOwnGroup()
 {
-    // Only a group of its own: another would have the tests in it.
+    // Only a group of its own: another group would contain the tests.
     return getpgrp() == getpid() && std::signal(SIGINT, SIG_IGN) != SIG_ERR && kill(0, SIGINT) == 0;
 }
 

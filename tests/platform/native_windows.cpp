@@ -23,7 +23,7 @@ HANDLE Native(std::uint64_t number)
 
 } // namespace
 
-// Numbers are given out from the lowest on, and a child's own handles have low ones: this one gets a high one.
+// Handles are assigned from the lowest number on, and a child's own handles have low ones: this one gets a high number.
 InheritableHandle::InheritableHandle()
 {
     std::vector<HANDLE> low(1000);

@@ -4,7 +4,7 @@ namespace kessil::test {
 
 std::filesystem::path OwnProgram()
 {
-    // On Windows the build names it without a drive.
+    // On Windows the build passes the name without a drive.
     return std::filesystem::absolute(KESSIL_TEST_PROGRAM);
 }
 

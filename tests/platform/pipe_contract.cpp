@@ -45,14 +45,14 @@ std::string Read(PipeHandle pipe, std::uint32_t size)
 
 } // namespace
 
-TEST(Pipe, ReadsWhatIsThere)
+TEST(Pipe, ReadsWhatIsAvailable)
 {
     Connection connection;
     connection.server.Write("hello");
     EXPECT_EQ(Read(connection.client, 64), "hello");
 }
 
-TEST(Pipe, ReadsNoMoreThanAskedFor)
+TEST(Pipe, ReadsNoMoreThanRequested)
 {
     Connection connection;
     connection.server.Write("hello");
@@ -106,7 +106,7 @@ TEST(Pipe, FailsToWriteWhenTheOtherEndIsGone)
     EXPECT_EQ(platform::LastError(), on_windows ? 232u : 32u);
 }
 
-TEST(Pipe, WritesNothing)
+TEST(Pipe, WritesZeroBytes)
 {
     Connection connection;
     std::uint32_t count = 99;
@@ -114,7 +114,7 @@ TEST(Pipe, WritesNothing)
     EXPECT_EQ(count, 0u);
 }
 
-TEST(Pipe, DoesNotConnectToNothing)
+TEST(Pipe, DoesNotConnectWithoutAServer)
 {
     const auto start = std::chrono::steady_clock::now();
     const WideString name = on_windows ? u"\\\\.\\pipe\\kessil-no-such-pipe" : u"/tmp/kessil-no-such-directory/pipe";
@@ -123,7 +123,7 @@ TEST(Pipe, DoesNotConnectToNothing)
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
 }
 
-TEST(Pipe, DoesNotConnectUnderANameThatCanBeNoPipe)
+TEST(Pipe, DoesNotConnectToANameThatIsNoPipe)
 {
     platform::SetLastError(0);
     const WideString name = on_windows ? u"C:\\windows" : WideString(u"/tmp/") + WideString(103, u'x');

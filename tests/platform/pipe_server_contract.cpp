@@ -15,7 +15,7 @@ using platform::PipeStatus;
 
 namespace {
 
-/// Long enough to be a wait, short enough to be waited for.
+/// Long enough to be a wait, and short enough for a test.
 Deadline Soon()
 {
     return std::chrono::steady_clock::now() + std::chrono::milliseconds(60);
@@ -61,20 +61,20 @@ TEST(RandomPipeName, EndsInThirtyTwoHexadecimalDigits)
     }
 }
 
-TEST(PipeServer, IsRefusedUnderANameThatIsInUse)
+TEST(PipeServer, IsRefusedForANameInUse)
 {
     const ServedPipe pipe;
     EXPECT_EQ(platform::CreatePipeServer(pipe.Name()), nullptr);
     EXPECT_NE(platform::LastError(), 0u);
 }
 
-TEST(PipeServer, IsRefusedUnderNoName)
+TEST(PipeServer, IsRefusedForAnEmptyName)
 {
     EXPECT_EQ(platform::CreatePipeServer(u""), nullptr);
     EXPECT_NE(platform::LastError(), 0u);
 }
 
-TEST(PipeServer, FreesItsNameAtItsEnd)
+TEST(PipeServer, FreesItsNameWhenDestroyed)
 {
     platform::PipeServer *server = platform::CreatePipeServer(platform::RandomPipeName());
     ASSERT_NE(server, nullptr);
@@ -107,7 +107,7 @@ TEST(PipeServer, ServesAClientThatLeftBeforeItWasAccepted)
     EXPECT_EQ(pipe.ReadAll(), "left");
 }
 
-TEST(PipeServer, ServesAnotherAfterAnIntruderThatLeft)
+TEST(PipeServer, ServesTheExpectedClientAfterAnIntruderThatLeft)
 {
     ServedPipe pipe;
     PipeClient(pipe.Name()).Leave();
@@ -117,7 +117,7 @@ TEST(PipeServer, ServesAnotherAfterAnIntruderThatLeft)
     EXPECT_EQ(pipe.ReadText(), u"me");
 }
 
-TEST(PipeServer, TurnsAwayAProcessThatItDoesNotExpect)
+TEST(PipeServer, DisconnectsAnUnexpectedProcess)
 {
     ServedPipe pipe;
     Child expected({u"exit", u"0"});
@@ -127,7 +127,7 @@ TEST(PipeServer, TurnsAwayAProcessThatItDoesNotExpect)
     EXPECT_EQ(client.ReadByte(), "");
 }
 
-TEST(PipeServer, TakesTheExpectedProcessAfterAnother)
+TEST(PipeServer, AcceptsTheExpectedProcessAfterAnother)
 {
     ServedPipe pipe;
     PipeClient intruder(pipe.Name());
@@ -189,7 +189,7 @@ TEST(PipeServer, StopsWritingAtTheDeadline)
     EXPECT_GE(std::chrono::steady_clock::now(), deadline);
 }
 
-TEST(PipeServer, ReadsWhatIsThere)
+TEST(PipeServer, ReadsWhatIsAvailable)
 {
     Connected connected;
     connected.client.Write("abc");
@@ -200,7 +200,7 @@ TEST(PipeServer, ReadsWhatIsThere)
     EXPECT_EQ(std::string(block, count), "abc");
 }
 
-TEST(PipeServer, TellsThatTheClientIsGone)
+TEST(PipeServer, ReportsThatTheClientIsGone)
 {
     Connected connected;
     connected.client.Write("end");
@@ -210,7 +210,7 @@ TEST(PipeServer, TellsThatTheClientIsGone)
     EXPECT_EQ(connected.pipe.Write("x"), PipeStatus::Closed);
 }
 
-TEST(PipeServer, TellsThatTheClientDied)
+TEST(PipeServer, ReportsThatTheClientDied)
 {
     ServedPipe pipe;
     Child child({u"hang", pipe.Name()});
@@ -263,7 +263,7 @@ TEST(PipeServer, IsInterruptedWhileItWrites)
     interrupting.join();
 }
 
-TEST(PipeServer, KeepsTheLastErrorAtItsEnd)
+TEST(PipeServer, KeepsTheLastErrorWhenDestroyed)
 {
     platform::PipeServer *const server = platform::CreatePipeServer(platform::RandomPipeName());
     ASSERT_NE(server, nullptr);

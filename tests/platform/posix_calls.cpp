@@ -33,7 +33,7 @@ constexpr gid_t fake_users_id = 100;
 
 } // namespace
 
-// The linker sends every call of `name` to __wrap_name and gives the system's function the name __real_name.
+// The linker redirects every call of `name` to __wrap_name, and calls the system's function __real_name.
 extern "C" {
 
 int __real_shm_open(const char *name, int flags, mode_t mode);
@@ -86,7 +86,7 @@ int __wrap_posix_fallocate(int descriptor, off_t offset, off_t size)
 {
     if (!Recorded())
         return __real_posix_fallocate(descriptor, offset, size);
-    // Tells its failure as a result and leaves the last error alone.
+    // Returns its failure as a result and doesn't change the last error.
     const int before = errno;
     const int result = Record("posix_fallocate", descriptor, offset, size) ? 0 : errno;
     errno = before;

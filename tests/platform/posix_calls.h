@@ -10,13 +10,13 @@ extern unsigned char fake_view[1];
 extern bool has_users_group;
 extern std::uint32_t fake_section_size;
 
-/// What one call moves.
+/// The number of bytes that one call transfers.
 extern int bytes_per_call;
 
-/// What poll finds.
+/// The events that poll returns.
 extern short fake_poll_events;
 
-/// What every faked closer leaves as the last error.
+/// The last error that every fake closer leaves.
 inline constexpr int left_by_closer = 999;
 
 } // namespace kessil::test

@@ -32,7 +32,7 @@ Calls CallsOfCreation(bool admit_users, const Failures &failures = {})
     return CallsDuring([admit_users] { platform::CreateSection(u"name", 70000, admit_users); }, failures);
 }
 
-/// The calls of creating a section that fails with an error, which must survive what is called after it.
+/// The calls of a failed creation of a section. The error must survive the calls after it.
 Calls CallsOfFailedCreation(const std::string &function, int error)
 {
     platform::SectionHandle section = FakeHandle();
@@ -79,7 +79,7 @@ TEST(CreateSection, AdmitsTheGroupOfUsers)
                             "fchown(77, -1, 100)", "fchmod(77, 0x1b0)", "posix_fallocate(77, 0, 70000)"));
 }
 
-TEST(CreateSection, GoesOnWithoutTheGroupWhereThereIsNone)
+TEST(CreateSection, ContinuesWithoutTheGroupWhereThereIsNone)
 {
     has_users_group = false;
     EXPECT_THAT(CallsOfCreation(true), ElementsAre("shm_open(\"/name\", 0x800c2, 0x180)", "fchmod(77, 0x180)",
@@ -87,7 +87,7 @@ TEST(CreateSection, GoesOnWithoutTheGroupWhereThereIsNone)
     has_users_group = true;
 }
 
-TEST(CreateSection, GoesOnWithoutTheGroupWhereItMayNotBeGiven)
+TEST(CreateSection, ContinuesWithoutTheGroupWhereItMayNotBeSet)
 {
     EXPECT_THAT(CallsOfCreation(true, {{"fchown", EPERM}}),
                 ElementsAre("shm_open(\"/name\", 0x800c2, 0x180)", "fchmod(77, 0x180)", "getgrnam(\"users\")",
@@ -101,19 +101,19 @@ TEST(CreateSection, ReplacesSeparatorsInItsName)
     EXPECT_EQ(calls[0], "shm_open(\"/Local_a_b\", 0x800c2, 0x180)");
 }
 
-TEST(CreateSection, LeavesATakenNameAlone)
+TEST(CreateSection, LeavesANameInUseAlone)
 {
     EXPECT_THAT(CallsOfFailedCreation("shm_open", EEXIST), ElementsAre("shm_open(\"/name\", 0x800c2, 0x180)"));
 }
 
-TEST(CreateSection, TakesItselfBackWhereItsModeCanNotBeSet)
+TEST(CreateSection, RemovesTheObjectWhereItsModeCanNotBeSet)
 {
     EXPECT_THAT(
         CallsOfFailedCreation("fchmod", EPERM),
         ElementsAre("shm_open(\"/name\", 0x800c2, 0x180)", "fchmod(77, 0x180)", "shm_unlink(\"/name\")", "close(77)"));
 }
 
-TEST(CreateSection, TakesItselfBackWhereThereIsNoMemory)
+TEST(CreateSection, RemovesTheObjectWhereThereIsNoMemory)
 {
     EXPECT_THAT(CallsOfFailedCreation("posix_fallocate", ENOSPC),
                 ElementsAre("shm_open(\"/name\", 0x800c2, 0x180)", "fchmod(77, 0x180)", "posix_fallocate(77, 0, 70000)",
@@ -163,7 +163,7 @@ TEST(MapSection, SharesWhatItReadsAndWrites)
     EXPECT_EQ(opened, fake_view);
 }
 
-TEST(MapSection, PassesAFailureOn)
+TEST(MapSection, ReportsAFailure)
 {
     unsigned char *view = fake_view;
     std::uint32_t code = 0;
@@ -197,12 +197,12 @@ TEST(ConnectPipe, ConnectsAStreamThatBlocksAfterwards)
     Calls calls;
     std::uint32_t code = 0;
     EXPECT_EQ(Connect(30000, {}, calls, code), FakeHandle());
-    // The type is a stream, not blocking, close on exec; the last call takes the second of these back.
+    // The type is a stream, not blocking, close on exec; the last call clears the second of these.
     EXPECT_THAT(calls, ElementsAre("socket(1, 0x80801, 0)", "connect(77, \"/run/p\")", "fcntl(77, \"F_GETFL\")",
                                    "fcntl(77, 4, 2)"));
 }
 
-TEST(ConnectPipe, TriesAgainWhereThePipeMayStillAppear)
+TEST(ConnectPipe, RetriesWhereThePipeMayStillAppear)
 {
     for (const int error : {ENOENT, ECONNREFUSED, EAGAIN}) {
         Calls calls;
@@ -234,14 +234,14 @@ TEST(ConnectPipe, TriesOnceWhereItMayNotWait)
     EXPECT_EQ(code, std::uint32_t{ENOENT});
 }
 
-TEST(ConnectPipe, TakesPathsOf107Bytes)
+TEST(ConnectPipe, AcceptsPathsOf107Bytes)
 {
     const WideString longest = u"/" + WideString(106, u'x');
     const Calls calls = CallsDuring([&longest] { platform::ConnectPipe(longest, 0); });
     EXPECT_THAT(calls, testing::Contains("connect(77, \"" + platform::ToUtf8(longest) + "\")"));
 }
 
-TEST(ConnectPipe, NeverShortensALongerPath)
+TEST(ConnectPipe, NeverTruncatesALongerPath)
 {
     platform::PipeHandle pipe = nullptr;
     std::uint32_t code = 0;
@@ -276,7 +276,7 @@ TEST(ReadPipe, ReadsAgainAfterASignal)
     EXPECT_TRUE(done);
 }
 
-TEST(ReadPipe, TellsAnEndedStreamFromAnEndThatIsGone)
+TEST(ReadPipe, DistinguishesAnEndedStreamFromAnEndThatIsGone)
 {
     char buffer[16];
     bool held = false;
@@ -299,7 +299,7 @@ TEST(ReadPipe, TellsAnEndedStreamFromAnEndThatIsGone)
     EXPECT_EQ(code, std::uint32_t{EPIPE});
 }
 
-TEST(ReadPipe, PassesAnyOtherFailureOn)
+TEST(ReadPipe, ReportsAnyOtherFailure)
 {
     char buffer[16];
     bool done = true;
@@ -351,7 +351,7 @@ TEST(LoadModule, SearchesThePathForABareName)
     platform::FreeModule(module);
 }
 
-TEST(LoadModule, TakesAnEmptyPartOfThePathForNothing)
+TEST(LoadModule, IgnoresAnEmptyPartOfThePath)
 {
     const TemporaryDirectory directory;
     std::filesystem::create_symlink(platform::ToUtf8(TargetLibrary("plain")), directory.Path() / "kessil_bare.so");

@@ -25,12 +25,13 @@
 
 namespace {
 
-/// Which of the next calls of setgroups fails for want of memory; 0 for none.
+/// Which of the next calls of setgroups fails for lack of memory; 0 for none.
 int g_failing_setgroups = 0;
 
 } // namespace
 
-// The linker sends every call of syscall to the first and gives the system's function the name of the second.
+// The linker redirects every call of syscall to the first function, and gives the system's function the name of the
+// second.
 extern "C" {
 long __real_syscall(long number, ...);
 long __wrap_syscall(long number, ...)
@@ -56,7 +57,7 @@ using platform::UserToken;
 
 namespace {
 
-// A thread that takes another's identity keeps it, and so each test does that on one of its own.
+// A thread that takes another identity keeps it, so each test does that on a thread of its own.
 void OnAThread(const std::function<void()> &work)
 {
     std::thread(work).join();
@@ -76,7 +77,7 @@ std::uint64_t EffectiveCapabilities()
     return data[0].effective | (std::uint64_t{data[1].effective} << 32);
 }
 
-// Not every root has them all.
+// Not every root user has all of them.
 bool IsPermitted(unsigned capability)
 {
     const auto data = ReadCapabilities();
@@ -90,7 +91,7 @@ bool Enable(const WideString &privilege)
            platform::EnablePrivilege(platform::OpenToken(platform::CurrentProcess()), id);
 }
 
-/// A file of whoever runs the tests, for nobody else to read or write.
+/// A file of the user who runs the tests, which no other user may read or write.
 class PrivateFile
 {
 public:
@@ -127,7 +128,7 @@ protected:
         return platform::LogOnUser(user, domain, password, kind);
     }
 
-    // The same for whoever is to be admitted.
+    // The same for the user who is to be admitted.
     static UserToken Admit(const WideString &user, const WideString &password, const WideString &domain = {})
     {
         const UserToken token = LogOn(user, password, domain);
@@ -150,14 +151,14 @@ protected:
 
 } // namespace
 
-TEST_F(PosixLogon, RightPasswordIsTaken)
+TEST_F(PosixLogon, RightPasswordIsAccepted)
 {
     EXPECT_NE(LogOn(u"ada", u"open sesame", {}, LogonKind::Interactive), nullptr);
     EXPECT_NE(LogOn(u"ada", u"open sesame", {}, LogonKind::Network), nullptr);
     EXPECT_EQ(Now(), before) << "nobody is impersonated yet";
 }
 
-// Whether it is the user or the password that is wrong is nobody's business.
+// The result must not reveal whether the user or the password is wrong.
 TEST_F(PosixLogon, EveryRefusalIsTheSame)
 {
     ExpectRefused(u"ada", u"open barley");
@@ -195,8 +196,8 @@ TEST_F(PosixLogon, EverythingElseHasACodeOfItsOwn)
     EXPECT_EQ(platform::LastError(), static_cast<std::uint32_t>(ENOMEM));
 }
 
-// The service may let somebody in under another name than the one that was given.
-TEST_F(PosixLogon, UserIsWhomTheServiceLetsIn)
+// The service may authenticate a user under a name other than the one it was given.
+TEST_F(PosixLogon, UserIsTheOneThatTheServiceAuthenticated)
 {
     const UserToken user = LogOn(u"alias", u"open sesame");
     ASSERT_NE(user, nullptr);
@@ -220,7 +221,7 @@ TEST_F(PosixLogon, CredentialsAloneKeepTheIdentity)
     });
 }
 
-TEST_F(PosixLogon, ImpersonationIsTheCallingThreadsAlone)
+TEST_F(PosixLogon, ImpersonationAffectsOnlyTheCallingThread)
 {
     const UserToken user = Admit(u"ada", u"open sesame");
     const uid_t real_user = getuid();
@@ -244,7 +245,7 @@ TEST_F(PosixLogon, OwnUserCanAlwaysBeImpersonated)
     });
 }
 
-TEST_F(PosixLogon, OneImpersonationTakesThePlaceOfAnother)
+TEST_F(PosixLogon, OneImpersonationReplacesAnother)
 {
     const UserToken first = Admit(u"ada", u"open sesame");
     const UserToken second = Admit(u"ada", u"corporate", u"CORP");
@@ -258,8 +259,8 @@ TEST_F(PosixLogon, OneImpersonationTakesThePlaceOfAnother)
     });
 }
 
-// What a module of PAM or a database of accounts reads may be for the process's own user alone.
-TEST_F(PosixLogon, NextLogonIsMadeWithTheProcesssRights)
+// What a PAM module or an account database reads may be accessible only to the process's own user.
+TEST_F(PosixLogon, NextLogonUsesTheProcesssRights)
 {
     // The passwords of these accounts are such a file.
     const UserToken user = LogOn(u"ada", u"open sesame");
@@ -273,7 +274,7 @@ TEST_F(PosixLogon, NextLogonIsMadeWithTheProcesssRights)
     });
 }
 
-TEST_F(PosixLogon, ImpersonationTakesTheCapabilitiesAway)
+TEST_F(PosixLogon, ImpersonationRemovesTheCapabilities)
 {
     const UserToken user = LogOn(u"ada", u"open sesame");
     const std::uint64_t capabilities = EffectiveCapabilities();
@@ -300,7 +301,7 @@ TEST_F(PosixLogon, FailedImpersonationChangesNothing)
     });
 }
 
-TEST_F(PosixLogon, ImpersonationThatFailsHalfwayIsTakenBack)
+TEST_F(PosixLogon, ImpersonationThatFailsHalfwayIsUndone)
 {
     const UserToken first = LogOn(u"ada", u"open sesame");
     const UserToken second = LogOn(u"ada", u"corporate", u"CORP");
@@ -318,8 +319,8 @@ TEST_F(PosixLogon, ImpersonationThatFailsHalfwayIsTakenBack)
     });
 }
 
-// Better no helper than one that works with the rights of somebody else.
-TEST_F(PosixLogon, WayBackThatFailsEndsTheProcess)
+// The process must not go on with another user's rights.
+TEST_F(PosixLogon, FailedReturnToTheProcesssIdentityEndsTheProcess)
 {
     const UserToken user = LogOn(u"ada", u"open sesame");
     const WideString name = platform::FromUtf8("kessil-logon-death-" + std::to_string(getpid()));
@@ -336,8 +337,8 @@ TEST_F(PosixLogon, WayBackThatFailsEndsTheProcess)
     platform::RemoveSectionName(name);
 }
 
-// The system forgets it at a change of identity, and a helper would outlive its parent.
-TEST_F(PosixLogon, EndWithTheParentOutlivesAnImpersonation)
+// The system clears the signal at a change of identity, and a helper would outlive its parent.
+TEST_F(PosixLogon, DeathSignalOfTheParentOutlivesAnImpersonation)
 {
     const UserToken user = Admit(u"ada", u"open sesame");
     OnAThread([&] {
@@ -349,13 +350,13 @@ TEST_F(PosixLogon, EndWithTheParentOutlivesAnImpersonation)
     });
 }
 
-TEST_F(PosixLogon, PrivilegesGiveTheirPowerBack)
+TEST_F(PosixLogon, PrivilegesRestoreTheirCapabilities)
 {
     const PrivateFile file;
     const UserToken user = Admit(u"ada", u"open sesame");
     OnAThread([&] {
         if (!platform::Impersonate(user)) {
-            // Without the capabilities nothing changes, and that is no failure.
+            // Without the capabilities nothing changes, which is not a failure.
             const std::uint64_t capabilities = EffectiveCapabilities();
             EXPECT_TRUE(Enable(u"SeBackupPrivilege") && Enable(u"SeRestorePrivilege") &&
                         Enable(u"SeSecurityPrivilege"));
@@ -375,7 +376,7 @@ TEST_F(PosixLogon, PrivilegesGiveTheirPowerBack)
     });
 }
 
-TEST_F(PosixLogon, SecurityPrivilegeRaisesWhatIsPermittedOfItsCapabilities)
+TEST_F(PosixLogon, SecurityPrivilegeEnablesThePermittedOnesOfItsCapabilities)
 {
     const UserToken user = Admit(u"ada", u"open sesame");
     constexpr std::uint64_t audit = (std::uint64_t{1} << CAP_AUDIT_CONTROL) | (std::uint64_t{1} << CAP_AUDIT_READ);
@@ -414,7 +415,7 @@ TEST_F(PosixLogon, PrivilegesAreLookedUpOnThisSystemOnly)
     EXPECT_EQ(platform::LastError(), static_cast<std::uint32_t>(EINVAL));
 }
 
-TEST_F(PosixLogon, SectionsBelongToWhoeverTheProcessStartedAs)
+TEST_F(PosixLogon, SectionsBelongToTheUserThatTheProcessStartedAs)
 {
     const std::string name = "kessil-logon-" + std::to_string(getpid());
     const UserToken user = Admit(u"ada", u"open sesame");

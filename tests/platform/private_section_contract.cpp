@@ -13,7 +13,7 @@ namespace kessil::test {
 
 using platform::SectionHandle;
 
-TEST(PrivateSection, IsSharedWithWhoeverOpensItByName)
+TEST(PrivateSection, IsSharedWithAnyoneWhoOpensItByName)
 {
     const SectionName name;
     const SectionHandle section = platform::CreatePrivateSection(name, 5000);
@@ -35,7 +35,7 @@ TEST(PrivateSection, IsSharedWithWhoeverOpensItByName)
     platform::CloseSection(section);
 }
 
-TEST(PrivateSection, IsRefusedUnderANameThatIsTaken)
+TEST(PrivateSection, IsRefusedForANameInUse)
 {
     const SectionName name;
     const SectionHandle section = platform::CreatePrivateSection(name, 100);
@@ -52,7 +52,7 @@ TEST(PrivateSection, CanNotBeCreatedEmpty)
     EXPECT_EQ(platform::LastError(), on_windows ? 87u : 22u);
 }
 
-TEST(PrivateSection, FreesANameThatWasGivenUp)
+TEST(PrivateSection, FreesANameThatWasRemoved)
 {
     const SectionName name;
     for (int round = 0; round < 2; ++round) {

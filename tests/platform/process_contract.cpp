@@ -18,7 +18,7 @@ namespace {
 
 constexpr std::uint32_t killed = 137;
 
-/// What the child gets when these are its arguments.
+/// The arguments that the child receives when it is started with these.
 std::vector<WideString> SentThroughAChild(const std::vector<WideString> &arguments)
 {
     ServedPipe pipe;
@@ -44,52 +44,52 @@ void ExpectExact(const std::vector<WideString> &arguments)
 
 } // namespace
 
-TEST(Process, HandsPlainArgumentsOver)
+TEST(Process, PassesPlainArguments)
 {
     ExpectExact({u"one", u"--two", u"/three", u"C:\\four"});
 }
 
-TEST(Process, HandsEmptyArgumentsOver)
+TEST(Process, PassesEmptyArguments)
 {
     ExpectExact({u"", u"between", u"", u""});
 }
 
-TEST(Process, HandsSpacesOver)
+TEST(Process, PassesSpaces)
 {
     ExpectExact({u"a b", u" ", u"  leading", u"trailing  ", u"tab\there", u"line\nend\r\n"});
 }
 
-TEST(Process, HandsQuotesOver)
+TEST(Process, PassesQuotes)
 {
     ExpectExact({u"\"", u"\"\"", u"\"quoted\"", u"a\"b", u"a \"b\" c", u"'single'", u"`"});
 }
 
-TEST(Process, HandsBackslashesOver)
+TEST(Process, PassesBackslashes)
 {
     ExpectExact({u"\\", u"\\\\", u"a\\", u"a b\\", u"a b\\\\", u"\\\"", u"\\\\\"", u"a\\\\\\\"b", u"C:\\x y\\"});
 }
 
-TEST(Process, HandsShellCharactersOver)
+TEST(Process, PassesShellCharacters)
 {
     ExpectExact({u"*", u"?", u"*.cpp", u"%PATH%", u"$PATH", u"^", u"&", u"|", u"<>", u"!", u"#", u"~", u"@file"});
 }
 
-TEST(Process, HandsTextOutsideAsciiOver)
+TEST(Process, PassesTextOutsideAscii)
 {
     ExpectExact({u"\u00E9t\u00E9", u"\u65E5\u672C", u"\U0001F33E", u"\u0301", u"\uFEFF"});
 }
 
-TEST(Process, HandsUnitsOverThatFormNoCharacter)
+TEST(Process, PassesUnitsThatFormNoCharacter)
 {
     ExpectExact({{u'a', 0xDCFF, u'b'}, {0xDC80}, {0xDCC3, u'('}});
 }
 
-TEST(Process, HandsLongArgumentsOver)
+TEST(Process, PassesLongArguments)
 {
     ExpectExact({WideString(12000, u'x'), WideString(300, u'"')});
 }
 
-TEST(Process, TellsTheExitCode)
+TEST(Process, ReportsTheExitCode)
 {
     for (const int code : {0, 1, 7, 255}) {
         Child child({u"exit", platform::FromUtf8(std::to_string(code))});
@@ -129,7 +129,7 @@ TEST(Process, KeepsItsExitCodeWhenItIsKilledTooLate)
     EXPECT_EQ(child.ExitCode(), 3u);
 }
 
-TEST(Process, IsKilledWhenItIsGivenUp)
+TEST(Process, IsKilledWhenItIsReleased)
 {
     ServedPipe pipe;
     Child child({u"hang", pipe.Name()});
@@ -138,7 +138,7 @@ TEST(Process, IsKilledWhenItIsGivenUp)
     EXPECT_EQ(pipe.ReadAll(), "");
 }
 
-TEST(Process, GetsTheDirectoryThatItIsGiven)
+TEST(Process, StartsInTheGivenDirectory)
 {
     const TemporaryDirectory directory;
     const std::filesystem::path inner = directory.Path() / "in here";
@@ -150,7 +150,7 @@ TEST(Process, GetsTheDirectoryThatItIsGiven)
     EXPECT_EQ(child.ExitCode(), 0u);
 }
 
-TEST(Process, GetsTheParentsDirectoryOtherwise)
+TEST(Process, StartsInTheParentsDirectoryOtherwise)
 {
     ServedPipe pipe;
     Child child({u"directory", pipe.Name()});
@@ -158,13 +158,13 @@ TEST(Process, GetsTheParentsDirectoryOtherwise)
     EXPECT_TRUE(std::filesystem::equivalent(platform::ToUtf8(pipe.ReadText()), std::filesystem::current_path()));
 }
 
-TEST(Process, DoesNotStartFromAPathThatIsNotThere)
+TEST(Process, DoesNotStartFromAPathThatDoesNotExist)
 {
     EXPECT_EQ(platform::StartProcess(ChildProgram() + u"-not", {}, {}), nullptr);
     EXPECT_EQ(platform::LastError(), 2u);
 }
 
-TEST(Process, DoesNotStartInADirectoryThatIsNotThere)
+TEST(Process, DoesNotStartInADirectoryThatDoesNotExist)
 {
     const TemporaryDirectory directory;
     EXPECT_EQ(platform::StartProcess(ChildProgram(), {u"exit", u"0"},
@@ -173,7 +173,7 @@ TEST(Process, DoesNotStartInADirectoryThatIsNotThere)
     EXPECT_NE(platform::LastError(), 0u);
 }
 
-TEST(Process, IsHarmlessToReleaseAsNull)
+TEST(Process, CanBeReleasedAsNull)
 {
     platform::SetLastError(1234);
     platform::ReleaseProcess(nullptr);

@@ -39,7 +39,7 @@ TEST(SecretLine, IsUtf8)
     EXPECT_EQ(line, WideString(u"p\u00E4ss\U0001F33E ") + char16_t{0xDCFF});
 }
 
-TEST(SecretLine, IsNotThereInAnEmptyInput)
+TEST(SecretLine, IsMissingInAnEmptyInput)
 {
     const Input input("");
     WideString line;

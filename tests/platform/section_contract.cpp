@@ -101,7 +101,7 @@ TEST(Section, IsTheSameMemoryOnBothSides)
     EXPECT_EQ(created.view[page], 3);
 }
 
-TEST(Section, TakesSizesThatAreNoMultipleOfAPage)
+TEST(Section, AcceptsSizesThatAreNoMultipleOfAPage)
 {
     const SectionName name;
     const Created created(name, page + 1);
@@ -123,7 +123,7 @@ TEST(Section, AdmitsTheOwnerAlsoWhenItAdmitsUsers)
     EXPECT_EQ(opened.view[5], 55);
 }
 
-TEST(Section, TakesNamesWithSeparators)
+TEST(Section, AcceptsNamesWithSeparators)
 {
     const SectionName name("Local\\kessil-section-");
     const Created created(name, page);
@@ -132,7 +132,7 @@ TEST(Section, TakesNamesWithSeparators)
     ASSERT_NE(opened.view, nullptr);
 }
 
-TEST(Section, TakesNamesOutsideAscii)
+TEST(Section, AcceptsNamesOutsideAscii)
 {
     const SectionName name("kessil-s\xC3\xA9gment-\xF0\x9F\x8C\xBE-");
     const Created created(name, page);
@@ -147,7 +147,7 @@ TEST(Section, CanNotBeCreatedEmpty)
     const Created created(name, 0);
     EXPECT_EQ(created.section, nullptr);
     EXPECT_EQ(platform::LastError(), on_windows ? 87u : 22u);
-    // Nothing of it is left.
+    // Nothing of it remains.
     EXPECT_EQ(platform::OpenSection(name, 0), nullptr);
 }
 
@@ -193,7 +193,7 @@ TEST(Section, IsNotFoundUnderAnotherName)
     EXPECT_EQ(platform::LastError(), 2u);
 }
 
-TEST(Section, DoesNotMakeATakenNameASecondSection)
+TEST(Section, DoesNotCreateASecondSectionForANameInUse)
 {
     const SectionName name;
     const Created first(name, page);
@@ -210,7 +210,7 @@ TEST(Section, DoesNotMakeATakenNameASecondSection)
     EXPECT_EQ(first.view[0], 77);
 }
 
-TEST(Section, LivesOnUnderAnOpenHandleWhenItsNameIsRemoved)
+TEST(Section, StaysAliveThroughAnOpenHandleWhenItsNameIsRemoved)
 {
     const SectionName name;
     const Created created(name, page);
@@ -222,7 +222,7 @@ TEST(Section, LivesOnUnderAnOpenHandleWhenItsNameIsRemoved)
     EXPECT_EQ(opened.view[1], 11);
 }
 
-TEST(Section, LeavesNothingUnderItsNameAtItsEnd)
+TEST(Section, LeavesNothingUnderItsNameWhenRemoved)
 {
     const SectionName name;
     {
@@ -249,7 +249,7 @@ TEST(Section, OutlivesItsHandleInAView)
     platform::UnmapSection(view, page);
 }
 
-TEST(Section, KeepsItsContentWhileNobodyLooks)
+TEST(Section, KeepsItsContentWhileItIsNotMapped)
 {
     const SectionName name;
     const SectionHandle section = platform::CreateSection(name, page, false);
@@ -264,7 +264,7 @@ TEST(Section, KeepsItsContentWhileNobodyLooks)
     platform::CloseSection(section);
 }
 
-TEST(Section, KeepsTheLastErrorWhenItIsTakenDown)
+TEST(Section, KeepsTheLastErrorWhenItIsRemoved)
 {
     const SectionName name;
     const SectionHandle section = platform::CreateSection(name, page, false);

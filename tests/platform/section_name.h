@@ -7,7 +7,7 @@
 
 namespace kessil::test {
 
-/// A name that no other test uses, taken out of the system at the end.
+/// A name that no other test uses. Removed from the system on destruction.
 class SectionName
 {
 public:

@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-/// What stands around the platform's functions while a suite calls them: the far ends of pipes, programs and libraries
-/// that are there. One implementation for the real system, and one for the fakes.
+/// The environment of the platform's functions in a suite: the far ends of pipes, and the programs and libraries that
+/// exist. One implementation for the real system, and one for the fakes.
 namespace kessil::test {
 
 #ifdef _WIN32
@@ -18,7 +18,7 @@ inline constexpr bool on_windows = true;
 inline constexpr bool on_windows = false;
 #endif
 
-/// The serving end of a pipe that platform::ConnectPipe finds, without the bounds and checks of a PipeServer.
+/// The serving end of a pipe that platform::ConnectPipe connects to, without the limits and checks of a PipeServer.
 class RawServer
 {
 public:
@@ -27,10 +27,10 @@ public:
     RawServer(const RawServer &) = delete;
     RawServer &operator=(const RawServer &) = delete;
 
-    /// Takes the client that has connected.
+    /// Accepts the client that has connected.
     void Accept();
     void Write(const std::string &bytes);
-    /// Makes the client's read return nothing, while this end still holds the pipe.
+    /// Makes the client's read return zero bytes while this end still holds the pipe.
     void EndStream();
     void Close();
 
@@ -39,22 +39,22 @@ private:
     std::unique_ptr<Native> m_native;
 };
 
-/// A client, in this process, of a pipe that platform::CreatePipeServer made.
+/// A client, in this process, of a pipe that platform::CreatePipeServer created.
 class PipeClient
 {
 public:
-    /// Waits for the pipe for a while when `patient`, and else hardly at all.
+    /// Waits some time for the pipe when `patient`, otherwise hardly any.
     explicit PipeClient(const WideString &name, bool patient = true);
     ~PipeClient();
     PipeClient(const PipeClient &) = delete;
     PipeClient &operator=(const PipeClient &) = delete;
 
-    /// Whether there was such a pipe for it.
+    /// Whether it found such a pipe.
     bool IsConnected() const;
 
     void Write(const std::string &bytes);
 
-    /// One byte that the server has written, waiting for it; empty when the server has closed the pipe.
+    /// Waits for one byte that the server writes; empty when the server has closed the pipe.
     std::string ReadByte();
 
     void Leave();
@@ -64,23 +64,23 @@ private:
     std::unique_ptr<Native> m_native;
 };
 
-/// The number that the system knows this process by.
+/// The system's id of this process.
 std::uint32_t OwnProcessId();
 
 /// The path of the program that the suites start: child.cpp, or a fake of what it does.
 WideString ChildProgram();
 
 /// The path of a library of tests/targets, or of a fake with the same exports. `plain`, `first_answer`,
-/// `second_answer`, `null_write` and `throws_own` are there, and whatever else a suite of the real system names.
+/// `second_answer`, `null_write` and `throws_own` exist, and whatever else a suite of the real system names.
 WideString TargetLibrary(const std::string &name);
 
-/// The path of a file with the messages of tests/targets/messages, or of a fake with the same.
+/// The path of a file with the messages of tests/targets/messages, or of a fake with the same messages.
 WideString MessageFile();
 
 /// The path of the test program itself.
 std::filesystem::path OwnProgram();
 
-/// Sends this process's standard output to a file for as long as it lives.
+/// Redirects this process's standard output to a file while it exists.
 class RedirectedOutput
 {
 public:
@@ -115,7 +115,7 @@ struct Ending
     int exit_code;
 };
 
-/// The exit code of a process that makes these calls and hangs then.
+/// The exit code of a process that makes these calls and then hangs.
 std::uint32_t ExitCodeOfAHangingProcess(const std::vector<Ending> &calls);
 
 } // namespace kessil::test

@@ -28,7 +28,7 @@
 namespace kessil::test {
 namespace {
 
-// The codes that the systems leave behind, where they differ: Windows first.
+// The error codes that differ between the systems: Windows first.
 constexpr std::uint32_t Code(std::uint32_t windows, std::uint32_t linux_code)
 {
     return on_windows ? windows : linux_code;
@@ -73,7 +73,7 @@ std::string WithLength(const WideString &text)
     return bytes.append(reinterpret_cast<const char *>(text.data()), text.size() * sizeof(char16_t));
 }
 
-/// Of the tasks of child.cpp those that a process can do which isn't one.
+/// The tasks of child.cpp that can be done without a process.
 FakeRun RunChild(const FakeStart &start)
 {
     const WideString &task = start.arguments.at(0);
@@ -97,7 +97,7 @@ FakeRun RunChild(const FakeStart &start)
     return {.exit_code = 0U};
 }
 
-void SetTheStage()
+void ResetFakes()
 {
     call_log = {};
     fake_code_page = {};
@@ -147,14 +147,14 @@ void SetTheStage()
     fake_terminal = {};
 }
 
-/// Every test finds the fakes as a system of this program's kind.
-class StageHand : public testing::EmptyTestEventListener
+/// Resets the fakes before every test, to a system of this program's kind.
+class FakeReset : public testing::EmptyTestEventListener
 {
-    void OnTestStart(const testing::TestInfo &) override { SetTheStage(); }
+    void OnTestStart(const testing::TestInfo &) override { ResetFakes(); }
 };
 
 [[maybe_unused]] const bool at_work = [] {
-    testing::UnitTest::GetInstance()->listeners().Append(new StageHand);
+    testing::UnitTest::GetInstance()->listeners().Append(new FakeReset);
     return true;
 }();
 

@@ -43,7 +43,7 @@ RedirectedOutput::~RedirectedOutput()
     close(static_cast<int>(m_kept));
 }
 
-// So few bytes fit into a pipe that nobody reads yet.
+// Such a small number of bytes fits into a pipe that nobody reads yet.
 Input::Input(const std::string &bytes)
 {
     int ends[2] = {-1, -1};

@@ -29,7 +29,7 @@ RedirectedOutput::~RedirectedOutput()
     SetStdHandle(STD_OUTPUT_HANDLE, reinterpret_cast<HANDLE>(static_cast<std::uintptr_t>(m_kept)));
 }
 
-// So few bytes fit into a pipe that nobody reads yet.
+// Such a small number of bytes fits into a pipe that nobody reads yet.
 Input::Input(const std::string &bytes)
 {
     int ends[2] = {-1, -1};
@@ -51,7 +51,8 @@ struct RawServer::Native
 
 RawServer::RawServer(const WideString &name) : m_native(std::make_unique<Native>())
 {
-    // Wine drops writes of nothing on a pipe of bytes. The client reads bytes from a pipe of messages just the same.
+    // Wine drops writes of zero bytes on a pipe in byte mode. The client reads bytes from a pipe in message mode just
+    // the same.
     m_native->pipe = CreateNamedPipeW(reinterpret_cast<const wchar_t *>(name.c_str()), PIPE_ACCESS_DUPLEX,
                                       PIPE_TYPE_MESSAGE, 1, 4096, 4096, 0, nullptr);
     EXPECT_NE(m_native->pipe, INVALID_HANDLE_VALUE);

@@ -4,7 +4,7 @@
 
 namespace kessil::test {
 
-TEST(SystemVersion, IsThatOfALivingSystem)
+TEST(SystemVersion, IsThatOfARealSystem)
 {
     std::uint32_t major = 0;
     ASSERT_TRUE(platform::ReadSystemVersion(major));

@@ -8,7 +8,7 @@
 
 namespace kessil::test {
 
-/// A fresh, empty directory, removed with what is in it.
+/// A new, empty directory, removed with its content.
 class TemporaryDirectory
 {
 public:

@@ -26,7 +26,7 @@ TEST(Terminal, IsTheOnlyStreamWithColumns)
     }
 }
 
-TEST(Terminal, StaysWhatItIsWhenItTakesUtf8)
+TEST(Terminal, StaysWhatItIsWhenItUsesUtf8)
 {
     const TemporaryDirectory directory;
     const RedirectedOutput redirected((directory.Path() / "output.txt").string());

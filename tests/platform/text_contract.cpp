@@ -42,7 +42,7 @@ TEST(Text, KeepsAZero)
     ExpectBoth(std::string("a\0b", 3), WideString(u"a\0b", 3));
 }
 
-TEST(Text, GivesEveryStrayByteASurrogateOfItsOwn)
+TEST(Text, ConvertsEveryStrayByteToASurrogateOfItsOwn)
 {
     for (unsigned byte = 0x80; byte <= 0xFF; ++byte) {
         SCOPED_TRACE(byte);
@@ -51,7 +51,7 @@ TEST(Text, GivesEveryStrayByteASurrogateOfItsOwn)
     }
 }
 
-TEST(Text, TakesACutSequenceByteByByte)
+TEST(Text, ConvertsATruncatedSequenceByteByByte)
 {
     ExpectBoth("\xC3", {0xDCC3});
     ExpectBoth("\xE2\x82", {0xDCE2, 0xDC82});
@@ -61,7 +61,7 @@ TEST(Text, TakesACutSequenceByteByByte)
                {0xDCE2, 0xDC82, u'A'});
 }
 
-TEST(Text, TakesAnOverlongSequenceByteByByte)
+TEST(Text, ConvertsAnOverlongSequenceByteByByte)
 {
     ExpectBoth("\xC0\x80", {0xDCC0, 0xDC80});
     ExpectBoth("\xC1\xBF", {0xDCC1, 0xDCBF});
@@ -69,19 +69,19 @@ TEST(Text, TakesAnOverlongSequenceByteByByte)
     ExpectBoth("\xF0\x8F\xBF\xBF", {0xDCF0, 0xDC8F, 0xDCBF, 0xDCBF});
 }
 
-TEST(Text, TakesAnEncodedSurrogateByteByByte)
+TEST(Text, ConvertsAnEncodedSurrogateByteByByte)
 {
     ExpectBoth("\xED\xA0\x80", {0xDCED, 0xDCA0, 0xDC80});
     ExpectBoth("\xED\xBF\xBF", {0xDCED, 0xDCBF, 0xDCBF});
 }
 
-TEST(Text, TakesWhatLiesBeyondTheLastCodePointByteByByte)
+TEST(Text, ConvertsWhatIsBeyondTheLastCodePointByteByByte)
 {
     ExpectBoth("\xF4\x90\x80\x80", {0xDCF4, 0xDC90, 0xDC80, 0xDC80});
     ExpectBoth("\xF5\x80\x80\x80", {0xDCF5, 0xDC80, 0xDC80, 0xDC80});
 }
 
-TEST(Text, GoesOnBehindAStrayByte)
+TEST(Text, ContinuesAfterAStrayByte)
 {
     ExpectBoth("\xFF\xC3\xA9", {0xDCFF, 0x00E9});
     ExpectBoth("\xC3\xC3\xA9", {0xDCC3, 0x00E9});
@@ -98,14 +98,14 @@ TEST(Text, WritesOtherLoneSurrogatesInThreeBytes)
     EXPECT_EQ(ToUtf8(WideString{0xDFFF}), "\xED\xBF\xBF");
 }
 
-TEST(Text, TakesThePairFirst)
+TEST(Text, PrefersASurrogatePair)
 {
     // U+D83C U+DC80 is a character, though U+DC80 on its own stands for a byte.
     ExpectBoth("\xF0\x9F\x82\x80", {0xD83C, 0xDC80});
     EXPECT_EQ(ToUtf8(WideString{0xD83C, 0xD83C, 0xDC80}), "\xED\xA0\xBC\xF0\x9F\x82\x80");
 }
 
-TEST(Text, GivesAllPairsOfBytesBack)
+TEST(Text, RestoresAllPairsOfBytes)
 {
     for (unsigned first = 0; first <= 0xFF; ++first) {
         for (unsigned second = 0; second <= 0xFF; ++second) {
@@ -115,14 +115,14 @@ TEST(Text, GivesAllPairsOfBytesBack)
     }
 }
 
-TEST(Text, GivesAnyBytesBack)
+TEST(Text, RestoresAnyBytes)
 {
     std::uint32_t state = 1;
     for (int round = 0; round < 2000; ++round) {
         std::string bytes;
         for (int i = 0; i < 64; ++i) {
             state = state * 1664525 + 1013904223;
-            // Mostly bytes of longer sequences, so that whole and cut ones come up.
+            // Mostly bytes of longer sequences, so that complete and truncated ones occur.
             bytes += static_cast<char>((state >> 24) | (state & 0x100 ? 0x80 : 0));
         }
         ASSERT_EQ(ToUtf8(FromUtf8(bytes)), bytes) << "round " << round;

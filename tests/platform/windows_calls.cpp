@@ -14,7 +14,7 @@ namespace kessil::test {
 
 namespace {
 
-/// The addresses of these stand for what the system would have given out.
+/// Their addresses stand for handles that the system would return.
 char g_objects[16];
 wchar_t g_message[] = L"text of the system\r\n";
 wchar_t g_variable[] = L"value";
@@ -284,7 +284,7 @@ FAKE(BOOL, ImpersonateLoggedOnUser, (HANDLE token))
 
 FAKE(BOOL, OpenProcessToken, (HANDLE process, DWORD access, PHANDLE token))
 {
-    // Others ask this process's own token who its user is.
+    // Others query this process's own token for its user.
     if (!Recorded() || process != fake_process)
         return Real<decltype(OpenProcessToken)>("OpenProcessToken")(process, access, token);
     *token = fake_token;
@@ -320,7 +320,7 @@ FAKE(void, GetLocalTime, (LPSYSTEMTIME time))
 {
     PASS_ON_UNLESS_RECORDED(GetLocalTime, time);
     Record("GetLocalTime");
-    // The third member is the day of the week, which nobody asks for.
+    // The third member is the day of the week, which nothing reads.
     *time = {2019, 6, 3, 19, 12, 16, 44, 120};
 }
 
@@ -440,7 +440,7 @@ FAKE(void, Sleep, (DWORD milliseconds))
         Real<decltype(Sleep)>("Sleep")(milliseconds);
 }
 
-bool TellOfConsoleEvent(unsigned long event)
+bool SendConsoleEvent(unsigned long event)
 {
     return g_console_routine(event) != FALSE;
 }

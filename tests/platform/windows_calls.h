@@ -15,19 +15,19 @@ extern void *const fake_process;
 extern void *const fake_user;
 extern void *const fake_token;
 
-/// What the fakes tell about this process: no dialogs about alignment faults.
+/// What the fakes report about this process: no dialogs about alignment faults.
 inline constexpr unsigned error_mode_before = 0x4;
 
-/// What is typed at the console from now on. When nothing is left, reading the console fails.
+/// Sets what is typed at the console from now on. When nothing is left, reading the console fails.
 void TypeAtConsole(const std::u16string &units);
 
-/// Tells the routine that was registered last of an event at the console, and returns whether it took it.
-bool TellOfConsoleEvent(unsigned long event);
+/// Reports an event at the console to the routine that was registered last, and returns whether it handled it.
+bool SendConsoleEvent(unsigned long event);
 
-/// What the console is told to be like before anybody changes it.
+/// The console's mode before anybody changes it.
 inline constexpr unsigned long console_mode_before = 0x1F7;
 
-/// What every faked closer leaves as the last error.
+/// The last error that every fake closer leaves.
 inline constexpr unsigned long left_by_closer = 999;
 
 } // namespace kessil::test

@@ -37,8 +37,8 @@ Calls WithoutHandles(Calls calls)
     return calls;
 }
 
-/// What creating a section calls from the attributes on. The list has 100 bytes for the Administrators' SID, 1000 for
-/// that of the Users.
+/// The calls that creating a section makes. The list has 100 bytes for the Administrators' SID, 1000 for the
+/// SID of the Users.
 Calls CallsOfCreation(bool admit_users, const Failures &failures = {})
 {
     return CallsDuring([admit_users] { platform::CreateSection(u"name", 70000, admit_users); }, failures);
@@ -55,7 +55,7 @@ TEST(ConnectPipe, WaitsAndOpens)
     EXPECT_EQ(pipe, fake_pipe);
 }
 
-TEST(ConnectPipe, OpensNothingAfterAVainWait)
+TEST(ConnectPipe, OpensNothingAfterAFailedWait)
 {
     platform::PipeHandle pipe = nullptr;
     std::uint32_t code = 0;
@@ -70,7 +70,7 @@ TEST(ConnectPipe, OpensNothingAfterAVainWait)
     EXPECT_EQ(code, 121u);
 }
 
-TEST(ConnectPipe, TellsThatThePipeCouldNotBeOpened)
+TEST(ConnectPipe, ReportsThatThePipeCouldNotBeOpened)
 {
     platform::PipeHandle pipe = nullptr;
     std::uint32_t code = 0;
@@ -105,7 +105,7 @@ TEST(WritePipe, IsOneCall)
     EXPECT_EQ(count, 4u);
 }
 
-TEST(ReadPipe, PassesAFailureOn)
+TEST(ReadPipe, ReportsAFailure)
 {
     char buffer[16];
     bool done = true;
@@ -121,7 +121,7 @@ TEST(ReadPipe, PassesAFailureOn)
     EXPECT_EQ(code, 109u);
 }
 
-TEST(WritePipe, PassesAFailureOn)
+TEST(WritePipe, ReportsAFailure)
 {
     bool done = true;
     std::uint32_t count = 0;
@@ -168,7 +168,7 @@ TEST(LoadModule, SearchesTheLibrarysOwnDirectory)
     EXPECT_EQ(module, fake_module);
 }
 
-TEST(LoadModule, PassesAFailureOn)
+TEST(LoadModule, ReportsAFailure)
 {
     platform::ModuleHandle module = fake_module;
     std::uint32_t code = 0;
@@ -190,7 +190,7 @@ TEST(MessageTable, IsThatOfALoadedLibrary)
     EXPECT_EQ(table, fake_module);
 }
 
-TEST(MessageTable, PassesAFailedLoadOn)
+TEST(MessageTable, ReportsAFailedLoad)
 {
     platform::MessageTable table = fake_module;
     std::uint32_t code = 0;
@@ -204,7 +204,7 @@ TEST(MessageTable, PassesAFailedLoadOn)
     EXPECT_EQ(code, 126u);
 }
 
-TEST(MessageTable, IsAskedWithInsertsLeftAndInThePlatformsLanguage)
+TEST(MessageTable, IsReadWithInsertsUnexpandedInTheSystemsLanguage)
 {
     WideString text;
     const Calls calls = CallsDuring([&text] { EXPECT_TRUE(platform::ReadMessage(fake_module, 0xC0000005, text)); });
@@ -213,7 +213,7 @@ TEST(MessageTable, IsAskedWithInsertsLeftAndInThePlatformsLanguage)
     EXPECT_EQ(text, u"text of the system\r\n");
 }
 
-TEST(MessageTable, LeavesTheTextWhereItHasNone)
+TEST(MessageTable, LeavesTheTextUnchangedWhereItHasNone)
 {
     WideString text = u"before";
     const Calls calls =
@@ -242,7 +242,7 @@ TEST(Environment, IsReadThroughTheRunTimeLibrary)
     EXPECT_EQ(value, u"value");
 }
 
-// The run-time library tells nothing of why, so whatever stands there stays.
+// The run-time library gives no reason, so the last error stays as it is.
 TEST(Environment, LeavesTheLastErrorWhereAVariableIsNotSet)
 {
     std::optional<WideString> value = u"before";
@@ -280,7 +280,7 @@ TEST(LogOnUser, HasTypeAndProviderOfItsKind)
     }
 }
 
-TEST(LogOnUser, PassesARefusalOn)
+TEST(LogOnUser, ReportsARefusal)
 {
     platform::UserToken user = fake_user;
     std::uint32_t code = 0;
@@ -304,7 +304,7 @@ TEST(Impersonate, IsOneCall)
     EXPECT_FALSE(done);
 }
 
-// 40 is the right to ask for privileges and to change them.
+// 40 is the right to query privileges and to change them.
 TEST(ProcessToken, IsOpenedToBeChanged)
 {
     platform::ProcessToken token = nullptr;
@@ -332,8 +332,8 @@ TEST(ProcessToken, IsClosedWithTheLastErrorKept)
     EXPECT_EQ(code, 1234u);
 }
 
-// One privilege, with the attribute 2, and nothing asked for that was before.
-TEST(Privilege, IsLookedUpOnASystemAndTurnedOn)
+// One privilege, with the attribute 2, and without a request for the previous state.
+TEST(Privilege, IsLookedUpOnASystemAndEnabled)
 {
     const Calls calls = CallsDuring([] {
         std::uint64_t id = 0;
@@ -351,7 +351,7 @@ TEST(Privilege, OfTheLocalSystemHasAnEmptyName)
     EXPECT_THAT(calls, ElementsAre("LookupPrivilegeValueW(\"\", \"SeBackupPrivilege\")"));
 }
 
-TEST(Privilege, PassesFailuresOn)
+TEST(Privilege, ReportsFailures)
 {
     std::uint64_t id = 0;
     CallsDuring([&id] { EXPECT_FALSE(platform::LookUpPrivilege(u"", u"SeBackupPrivilege", id)); },
@@ -359,8 +359,8 @@ TEST(Privilege, PassesFailuresOn)
     CallsDuring([&id] { EXPECT_FALSE(platform::EnablePrivilege(fake_token, id)); }, {{"AdjustTokenPrivileges", 5}});
 }
 
-// That some of them were not to be had is told by the last error alone, and nobody asks it.
-TEST(Privilege, IsAsGoodAsOnWhereItIsNotToBeHad)
+// Only the last error shows that some of them could not be enabled, and nothing reads it.
+TEST(Privilege, CountsAsEnabledWhereItIsNotAvailable)
 {
     CallsDuring([] {
         platform::SetLastError(1300);
@@ -396,7 +396,7 @@ TEST(CreateSection, AdmitsUsersBehindAdministrators)
                     "CreateFileMappingW(invalid, {24, descriptor, 0}, 0x4, 0, 70000, \"name\")", "FreeSid(admins)"));
 }
 
-TEST(CreateSection, GoesOnWithoutUsersWhenTheirSidCanNotBeMade)
+TEST(CreateSection, ContinuesWithoutUsersWhenTheirSidCanNotBeCreated)
 {
     EXPECT_THAT(CallsOfCreation(true, {{"AllocateAndInitializeSid", failure}}),
                 ElementsAre("AllocateAndInitializeSid(000005, 2, 32, 545, 0, 0, 0, 0, 0, 0)",
@@ -409,7 +409,7 @@ TEST(CreateSection, GoesOnWithoutUsersWhenTheirSidCanNotBeMade)
                             "FreeSid(admins)"));
 }
 
-TEST(CreateSection, GoesOnWithoutUsersWhenTheirSidIsNotValid)
+TEST(CreateSection, ContinuesWithoutUsersWhenTheirSidIsNotValid)
 {
     EXPECT_THAT(CallsOfCreation(true, {{"IsValidSid", failure}}),
                 ElementsAre("AllocateAndInitializeSid(000005, 2, 32, 545, 0, 0, 0, 0, 0, 0)", "IsValidSid(users)",
@@ -488,7 +488,7 @@ TEST(CreateSection, HasNoAttributesWhenTheListCanNotBeSet)
                             "CreateFileMappingW(invalid, null, 0x4, 0, 70000, \"name\")", "FreeSid(admins)"));
 }
 
-TEST(CreateSection, KeepsItsOwnErrorThroughTheCleaningUp)
+TEST(CreateSection, KeepsItsOwnErrorThroughTheCleanup)
 {
     platform::SectionHandle section = fake_section;
     std::uint32_t code = 0;
@@ -510,7 +510,7 @@ TEST(OpenSection, ReadsAndWrites)
     EXPECT_EQ(section, fake_section);
 }
 
-TEST(OpenSection, PassesAFailureOn)
+TEST(OpenSection, ReportsAFailure)
 {
     platform::SectionHandle section = fake_section;
     std::uint32_t code = 0;
@@ -540,7 +540,7 @@ TEST(MapSection, ReadsAndWritesAnOpenedOne)
     EXPECT_EQ(view, fake_view);
 }
 
-TEST(MapSection, PassesAFailureOn)
+TEST(MapSection, ReportsAFailure)
 {
     unsigned char *created = static_cast<unsigned char *>(fake_view);
     unsigned char *opened = created;
@@ -574,7 +574,7 @@ TEST(Closers, CloseAndKeepTheLastError)
     EXPECT_EQ(code, 1234u);
 }
 
-TEST(CriticalSection, SpinsAsOftenAsTold)
+TEST(CriticalSection, SpinsAsOftenAsRequested)
 {
     const Calls calls = CallsDuring([] {
         platform::CriticalSection section(1024);
@@ -585,7 +585,7 @@ TEST(CriticalSection, SpinsAsOftenAsTold)
                                    "LeaveCriticalSection(some)", "DeleteCriticalSection(some)"));
 }
 
-TEST(CriticalSection, StaysUnlockedWhereItCouldNotBeSetUp)
+TEST(CriticalSection, StaysUnlockedWhereItCouldNotBeInitialised)
 {
     const Calls calls = CallsDuring(
         [] {
@@ -607,7 +607,7 @@ TEST(ReadSystemVersion, AsksForTheLongRecord)
     EXPECT_EQ(major, 77u);
 }
 
-TEST(ReadSystemVersion, LeavesTheNumberAloneOnFailure)
+TEST(ReadSystemVersion, LeavesTheNumberUnchangedOnFailure)
 {
     bool known = true;
     std::uint32_t major = 5;
@@ -697,7 +697,7 @@ TEST(StartProcess, StartsNothingThatItCanNotBind)
     EXPECT_EQ(std::count(calls.begin(), calls.end(), "ResumeThread(thread)"), 0);
 }
 
-TEST(StartProcess, TellsWhyTheSystemRefused)
+TEST(StartProcess, ReportsWhyTheSystemRefused)
 {
     platform::Process *process = nullptr;
     std::uint32_t code = 0;
@@ -740,23 +740,23 @@ TEST_F(ConsoleEvents, EndAProcessThatHandlesNone)
 
 TEST_F(ConsoleEvents, LeaveCtrlCToTheRuntime)
 {
-    EXPECT_THAT(CallsDuring([] { EXPECT_FALSE(TellOfConsoleEvent(0)); }), ElementsAre());
+    EXPECT_THAT(CallsDuring([] { EXPECT_FALSE(SendConsoleEvent(0)); }), ElementsAre());
     EXPECT_EQ(s_signals, 0);
 }
 
-TEST_F(ConsoleEvents, AskForTheEndOnCtrlBreak)
+TEST_F(ConsoleEvents, RaiseSigtermOnCtrlBreak)
 {
-    EXPECT_THAT(CallsDuring([] { EXPECT_TRUE(TellOfConsoleEvent(1)); }), ElementsAre());
+    EXPECT_THAT(CallsDuring([] { EXPECT_TRUE(SendConsoleEvent(1)); }), ElementsAre());
     EXPECT_EQ(s_signals, 1);
 }
 
-TEST_F(ConsoleEvents, AskForTheEndAndHoldTheSystemOffWhenTheConsoleCloses)
+TEST_F(ConsoleEvents, RaiseSigtermAndDelayTheSystemWhenTheConsoleCloses)
 {
-    EXPECT_THAT(CallsDuring([] { TellOfConsoleEvent(2); }), ElementsAre("Sleep(0xffffffff)"));
+    EXPECT_THAT(CallsDuring([] { SendConsoleEvent(2); }), ElementsAre("Sleep(0xffffffff)"));
     EXPECT_EQ(s_signals, 1);
 }
 
-/// How the reading of a hidden line ends when this is typed, and what it yields.
+/// The status of reading a hidden line when this is typed, and the line.
 std::pair<platform::SecretStatus, WideString> ReadWhenTyped(const WideString &units)
 {
     platform::SecretStatus status = platform::SecretStatus::NoTerminal;
@@ -766,7 +766,7 @@ std::pair<platform::SecretStatus, WideString> ReadWhenTyped(const WideString &un
     return {status, line};
 }
 
-TEST(ReadHiddenLine, HidesWhatIsTypedAndNoLonger)
+TEST(ReadHiddenLine, HidesInputOnlyWhileItReads)
 {
     TypeAtConsole(u"\r");
     WideString line;
@@ -779,7 +779,7 @@ TEST(ReadHiddenLine, HidesWhatIsTypedAndNoLonger)
                                    "SetConsoleCtrlHandler(some, 0)", "CloseHandle(pipe)", "CloseHandle(pipe)"));
 }
 
-TEST(ReadHiddenLine, TakesWhatIsTypedAsAPersonMeansIt)
+TEST(ReadHiddenLine, HandlesEditingKeys)
 {
     using Read = std::pair<platform::SecretStatus, WideString>;
     const auto read = platform::SecretStatus::Read;
@@ -792,15 +792,15 @@ TEST(ReadHiddenLine, TakesWhatIsTypedAsAPersonMeansIt)
     EXPECT_EQ(ReadWhenTyped(u"p").first, platform::SecretStatus::Nothing);
 }
 
-TEST(ReadHiddenLine, LeavesTheConsoleAsItWasWhenTheProcessEndsMeanwhile)
+TEST(ReadHiddenLine, RestoresTheConsoleWhenTheProcessEndsMeanwhile)
 {
     TypeAtConsole(u"\r");
     WideString line;
     CallsDuring([&line] { platform::ReadHiddenLine("?", line); });
-    EXPECT_THAT(CallsDuring([] { EXPECT_FALSE(TellOfConsoleEvent(1)); }), ElementsAre("SetConsoleMode(pipe, 0x1f7)"));
+    EXPECT_THAT(CallsDuring([] { EXPECT_FALSE(SendConsoleEvent(1)); }), ElementsAre("SetConsoleMode(pipe, 0x1f7)"));
 }
 
-TEST(ReadHiddenLine, WantsAConsole)
+TEST(ReadHiddenLine, NeedsAConsole)
 {
     for (const char *call : {"CreateFileW", "CreateFileW 2", "GetConsoleMode", "SetConsoleMode"}) {
         WideString line;
