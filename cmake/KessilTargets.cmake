@@ -1,4 +1,4 @@
-# What every target of this project is built with.
+# Settings for every target of this project.
 set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
@@ -17,7 +17,8 @@ endif()
 
 set(KESSIL_TIDY_WINDOWS "")
 if(KESSIL_TIDY AND WIN32)
-    # For the sources that no other build has. The cross compiler's headers, but the own ones for the processor.
+    # For the sources that only this build compiles. Uses the cross compiler's headers, but clang's own headers for the
+    # processor.
     execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=include
         OUTPUT_VARIABLE gcc_headers OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
     execute_process(COMMAND clang -print-resource-dir
@@ -43,13 +44,13 @@ if(KESSIL_SANITIZE)
 endif()
 if(WIN32)
     target_compile_definitions(kessil_flags INTERFACE _WIN32_WINNT=0x0601 UNICODE _UNICODE)
-    # One file needs no other: the compiler's run-time libraries are linked in.
+    # The program is a single file: the compiler's run-time libraries are linked statically.
     target_link_options(kessil_flags INTERFACE -static)
 elseif(NOT KESSIL_SANITIZE)
-    # Without the dynamic linking of this a process starts half a millisecond sooner. The compiler's other library has
-    # to be shared: an exception crosses from a hosted library into the helper only if one unwinder knows both.
+    # Linked statically, this library saves half a millisecond at each start. The compiler's other library has to be
+    # shared: an exception passes from a hosted library into the helper only if one unwinder serves both.
     target_link_options(kessil_flags INTERFACE -static-libstdc++)
-    # What of that library nothing reaches stays out: fewer pages to relocate at each start.
+    # Drops the parts of that library that nothing uses: fewer pages to relocate at each start.
     target_link_options(kessil_flags INTERFACE -Wl,--gc-sections)
 endif()
 
@@ -60,8 +61,8 @@ function(kessil_library name)
     target_link_libraries(${name} PUBLIC kessil_flags ${ARG_LINKS})
 endfunction()
 
-# kessil_hosted_library(NAME SOURCES ...): a library as a stranger would build it, in lib/ without a prefix.
-# It gets no sanitizer: it stands for code that the project doesn't build.
+# kessil_hosted_library(NAME SOURCES ...): a library as a third party would build it, in lib/ without a prefix.
+# It gets no sanitizer, because it stands for code that the project doesn't build.
 function(kessil_hosted_library name)
     cmake_parse_arguments(ARG "" "" "SOURCES" ${ARGN})
     add_library(${name} MODULE ${ARG_SOURCES})

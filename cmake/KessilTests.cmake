@@ -10,10 +10,10 @@ if(KESSIL_SANITIZE)
 endif()
 include(GoogleTest)
 
-# kessil_test(NAME SOURCES ... LINKS ... [PREFIX text] [TIMEOUT seconds] [ENVIRONMENT ...] [SHARDS n]): one test program,
-# one ctest entry per test case, its name behind the prefix. ctest runs the cases in processes of their own, so a case
-# that hangs or dies is only one failure. A program of many hundred short cases, where the processes would take more
-# time than the cases, runs in n shards instead, each of them one entry.
+# kessil_test(NAME SOURCES ... LINKS ... [PREFIX text] [TIMEOUT seconds] [ENVIRONMENT ...] [SHARDS n]): one test
+# program, with one ctest entry per test case, whose name begins with the prefix. ctest runs each case in a process of
+# its own, so a case that hangs or dies is only one failure. A program with many hundred short cases, where the
+# processes would take more time than the cases, runs in n shards instead, each of them one entry.
 function(kessil_test name)
     cmake_parse_arguments(ARG "" "PREFIX;TIMEOUT;SHARDS" "SOURCES;LINKS;ENVIRONMENT" ${ARGN})
     if(NOT ARG_TIMEOUT)
@@ -22,9 +22,9 @@ function(kessil_test name)
     add_executable(${name} ${ARG_SOURCES})
     target_link_libraries(${name} PRIVATE kessil_flags ${ARG_LINKS} GTest::gmock GTest::gtest GTest::gtest_main)
     target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
-    # It is what they test that has to be quick; without this they take half of a build's time.
+    # Only the code under test has to be fast; without this the tests take half of a build's time.
     target_compile_options(${name} PRIVATE $<$<CONFIG:Release>:-O0>)
-    # ctest takes but one variable of the list from the discovery.
+    # ctest takes only one variable of the list from the discovery.
     if(ARG_ENVIRONMENT)
         set_target_properties(${name} PROPERTIES
             CROSSCOMPILING_EMULATOR "${CMAKE_COMMAND};-E;env;${ARG_ENVIRONMENT};${CMAKE_CROSSCOMPILING_EMULATOR}")

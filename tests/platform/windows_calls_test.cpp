@@ -779,7 +779,7 @@ TEST(ReadHiddenLine, HidesInputOnlyWhileItReads)
                                    "SetConsoleCtrlHandler(some, 0)", "CloseHandle(pipe)", "CloseHandle(pipe)"));
 }
 
-TEST(ReadHiddenLine, HandlesEditingKeys)
+TEST(ReadHiddenLine, HandlesWhatIsTyped)
 {
     using Read = std::pair<platform::SecretStatus, WideString>;
     const auto read = platform::SecretStatus::Read;
