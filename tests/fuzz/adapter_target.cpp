@@ -1,5 +1,4 @@
 #include "channel/ipc_communication.h"
-#include "families/adapter_exports.h"
 #include "families/signature_table.h"
 #include "families/vadp/adapter_log.h"
 #include "families/vadp/binding.h"
@@ -7,6 +6,7 @@
 #include "fuzz/fuzz_support.h"
 #include "fuzz/fuzzed_commands.h"
 #include "fuzz/recorders.h"
+#include "rows/adapter_exports.h"
 
 #include <algorithm>
 #include <exception>

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "families/adapter_backup_rows.h"
-#include "families/adapter_inventory_rows.h"
-#include "families/adapter_machines_rows.h"
-#include "families/adapter_restore_rows.h"
+#include "rows/adapter_backup_rows.h"
+#include "rows/adapter_inventory_rows.h"
+#include "rows/adapter_machines_rows.h"
+#include "rows/adapter_restore_rows.h"
 
 #include <algorithm>
 #include <string>

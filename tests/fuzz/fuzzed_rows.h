@@ -1,9 +1,9 @@
 #pragma once
 
-#include "families/cwb_rows.h"
-#include "families/domino_rows.h"
-#include "families/ese_rows.h"
-#include "families/mapi_rows.h"
+#include "rows/cwb_rows.h"
+#include "rows/domino_rows.h"
+#include "rows/ese_rows.h"
+#include "rows/mapi_rows.h"
 
 #include <algorithm>
 #include <string>

@@ -1,5 +1,5 @@
-#include "families/adapter_backup_rows.h"
 #include "protocol/adapter_rows.h"
+#include "rows/adapter_backup_rows.h"
 
 #include <stdexcept>
 

@@ -1,5 +1,5 @@
-#include "families/adapter_inventory_rows.h"
 #include "protocol/adapter_rows.h"
+#include "rows/adapter_inventory_rows.h"
 
 namespace kessil::test {
 namespace {

@@ -1,5 +1,5 @@
-#include "families/adapter_machines_rows.h"
 #include "protocol/adapter_rows.h"
+#include "rows/adapter_machines_rows.h"
 
 namespace kessil::test {
 namespace {

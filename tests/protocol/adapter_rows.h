@@ -1,8 +1,8 @@
 #pragma once
 
-#include "families/adapter_row.h"
 #include "protocol/conversation.h"
 #include "protocol/recorder.h"
+#include "rows/adapter_row.h"
 
 #include <gtest/gtest.h>
 

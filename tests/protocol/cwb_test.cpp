@@ -1,5 +1,5 @@
-#include "families/cwb_rows.h"
 #include "protocol/family_rows.h"
+#include "rows/cwb_rows.h"
 
 namespace kessil::test {
 namespace {

@@ -1,5 +1,5 @@
-#include "families/domino_rows.h"
 #include "protocol/family_rows.h"
+#include "rows/domino_rows.h"
 
 namespace kessil::test {
 namespace {

@@ -1,5 +1,5 @@
-#include "families/ese_rows.h"
 #include "protocol/family_rows.h"
+#include "rows/ese_rows.h"
 
 namespace kessil::test {
 namespace {

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "families/row.h"
 #include "protocol/conversation.h"
 #include "protocol/recorder.h"
+#include "rows/row.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
-#include "families/mapi_rows.h"
 #include "protocol/family_rows.h"
+#include "rows/mapi_rows.h"
 
 namespace kessil::test {
 namespace {

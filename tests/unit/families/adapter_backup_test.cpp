@@ -1,5 +1,5 @@
-#include "families/adapter_backup_rows.h"
 #include "families/vadp/vadp.h"
+#include "rows/adapter_backup_rows.h"
 #include "unit/families/adapter_rows.h"
 
 namespace kessil::test {

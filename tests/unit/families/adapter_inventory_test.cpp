@@ -1,4 +1,4 @@
-#include "families/adapter_inventory_rows.h"
+#include "rows/adapter_inventory_rows.h"
 #include "unit/families/adapter_rows.h"
 
 #include <stdexcept>

@@ -1,4 +1,4 @@
-#include "families/adapter_machines_rows.h"
+#include "rows/adapter_machines_rows.h"
 #include "unit/families/adapter_rows.h"
 
 #include <cstring>

@@ -1,12 +1,12 @@
 #pragma once
 
-#include "families/adapter_exports.h"
-#include "families/adapter_row.h"
 #include "families/signature_table.h"
 #include "families/vadp/adapter_log.h"
 #include "families/vadp/binding.h"
 #include "families/vadp/handles.h"
 #include "platform/module.h"
+#include "rows/adapter_exports.h"
+#include "rows/adapter_row.h"
 #include "unit/channel_fixture.h"
 #include "unit/families/stand_in.h"
 

@@ -1,7 +1,7 @@
 #include "families/cwb/cwb.h"
 
-#include "families/cwb_exports.h"
-#include "families/cwb_rows.h"
+#include "rows/cwb_exports.h"
+#include "rows/cwb_rows.h"
 #include "unit/families/family_rows.h"
 
 #include <functional>

@@ -1,8 +1,8 @@
 #include "families/ese/ese.h"
 
-#include "families/ese_exports.h"
-#include "families/ese_rows.h"
 #include "platform/last_error.h"
+#include "rows/ese_exports.h"
+#include "rows/ese_rows.h"
 #include "targets/leave_last_error.h"
 #include "unit/families/family_rows.h"
 

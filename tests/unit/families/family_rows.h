@@ -1,8 +1,8 @@
 #pragma once
 
-#include "families/exports.h"
-#include "families/row.h"
 #include "families/signature_table.h"
+#include "rows/exports.h"
+#include "rows/row.h"
 #include "unit/channel_fixture.h"
 #include "unit/families/stand_in.h"
 

@@ -1,7 +1,7 @@
 #include "families/mapi/mapi.h"
 
-#include "families/mapi_exports.h"
-#include "families/mapi_rows.h"
+#include "rows/mapi_exports.h"
+#include "rows/mapi_rows.h"
 #include "unit/families/family_rows.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "families/exports.h"
+#include "rows/exports.h"
 #include "targets/ese_recorder.h"
 
 namespace kessil::test {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "families/exports.h"
+#include "rows/exports.h"
 
 #include <kessil/adapter_interface.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "families/adapter_row.h"
+#include "rows/adapter_row.h"
 
 namespace kessil::test {
 

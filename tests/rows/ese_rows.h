@@ -1,6 +1,6 @@
 #pragma once
 
-#include "families/row.h"
+#include "rows/row.h"
 
 namespace kessil::test {
 
