@@ -30,7 +30,7 @@ void ExpectExampleInHeader(const std::string &name, const std::string &header)
 {
     const std::string example = ReadFile(PARENT "/example/" + name);
     ASSERT_NE(example, "");
-    EXPECT_EQ(ExampleInHeader(ReadFile(PARENT "/include/kessil/" + header)), example + '\n');
+    EXPECT_EQ(ExampleInHeader(ReadFile(HEADERS "/kessil/" + header)), example + '\n');
 }
 
 TEST(ExampleTest, TheHeadersExamplesAreThoseThatAreBuilt)

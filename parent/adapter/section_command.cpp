@@ -1,4 +1,4 @@
-#include "parent/section_command.h"
+#include "parent/adapter/section_command.h"
 
 #include "platform/text.h"
 

@@ -2,7 +2,7 @@
 
 #include <kessil/adapter.h>
 
-#include "parent/request.h"
+#include "parent/session/request.h"
 #include "platform/pipe_server.h"
 
 namespace kessil::parent {

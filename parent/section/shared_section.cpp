@@ -1,4 +1,4 @@
-#include "parent/shared_section.h"
+#include "parent/section/shared_section.h"
 
 #include "platform/private_section.h"
 

@@ -1,4 +1,4 @@
-#include "parent/request.h"
+#include "parent/session/request.h"
 
 #include "platform/text.h"
 

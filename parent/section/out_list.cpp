@@ -1,6 +1,6 @@
-#include "parent/lists.h"
+#include "parent/section/lists.h"
 
-#include "parent/frame.h"
+#include "parent/wire/frame.h"
 
 namespace kessil::parent {
 void OutList::State::Begin()

@@ -1,4 +1,4 @@
-#include "parent/connection.h"
+#include "parent/wire/connection.h"
 
 #include <algorithm>
 #include <cstring>

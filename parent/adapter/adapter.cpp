@@ -1,6 +1,6 @@
 #include <kessil/adapter.h>
 
-#include "parent/section_command.h"
+#include "parent/adapter/section_command.h"
 
 #include <algorithm>
 #include <limits>

@@ -1,12 +1,12 @@
 #include <kessil/parent.h>
 
-#include "parent/command.h"
-#include "parent/connection.h"
-#include "parent/frame.h"
-#include "parent/helper_log.h"
-#include "parent/lists.h"
-#include "parent/request.h"
-#include "parent/shared_section.h"
+#include "parent/adapter/command.h"
+#include "parent/section/lists.h"
+#include "parent/section/shared_section.h"
+#include "parent/session/helper_log.h"
+#include "parent/session/request.h"
+#include "parent/wire/connection.h"
+#include "parent/wire/frame.h"
 #include "platform/last_error.h"
 #include "platform/process.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "parent/frame.h"
+#include "parent/wire/frame.h"
 #include "platform/pipe_server.h"
 
 #include <atomic>

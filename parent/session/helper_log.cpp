@@ -1,6 +1,6 @@
-#include "parent/helper_log.h"
+#include "parent/session/helper_log.h"
 
-#include "parent/shared_section.h"
+#include "parent/section/shared_section.h"
 
 #include <algorithm>
 #include <fstream>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "parent/command.h"
+#include "parent/adapter/command.h"
 
 namespace kessil::parent {
 

@@ -1,4 +1,4 @@
-#include "parent/lists.h"
+#include "parent/section/lists.h"
 
 #include <cstring>
 

@@ -1,6 +1,6 @@
-#include "parent/command.h"
+#include "parent/adapter/command.h"
 
-#include "parent/frame.h"
+#include "parent/wire/frame.h"
 #include "platform/text.h"
 #include "platform/wipe.h"
 

@@ -1,4 +1,4 @@
-#include "parent/frame.h"
+#include "parent/wire/frame.h"
 
 #include "platform/wipe.h"
 
