@@ -1,0 +1,31 @@
+#pragma once
+
+#include "tests/kessilctl/scripted_run.h"
+
+namespace kessil::test {
+
+/// Runs the tasks of an adapter, with a real helper. image_adapter serves the directory `root`, of which it is told by
+/// credentials whose password is empty.
+class AdapterTest : public ScriptedRun
+{
+protected:
+    AdapterTest();
+
+    /// A task of `kessilctl adapter`, with image_adapter.
+    Outcome RunAdapter(const std::string &task, const std::vector<std::string> &arguments);
+
+    /// The same, interrupted as soon as the error stream has `text`.
+    Outcome RunAdapterInterrupted(const std::string &text, const std::string &task,
+                                  const std::vector<std::string> &arguments);
+
+    /// A task with the library that misbehaves, without credentials.
+    Outcome RunStrangeAdapter(const std::string &task, const std::vector<std::string> &arguments);
+
+    std::filesystem::path root;
+    std::string serving; ///< what the adapter logs first
+
+private:
+    std::vector<std::string> Arguments(const std::string &task, const std::vector<std::string> &arguments);
+};
+
+} // namespace kessil::test
