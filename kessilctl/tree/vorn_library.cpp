@@ -1,7 +1,8 @@
 #include "kessilctl/tree/vorn_library.h"
 
 #include "kessilctl/helper/helper_requests.h"
-#include "samples/vorn_fs/vorn_fs.h"
+
+#include <kessil/data_source.h>
 
 #include <algorithm>
 #include <cstring>
@@ -31,14 +32,14 @@ void StoreLittleEndian(std::span<std::byte> block, std::size_t offset, std::uint
 Entry Decode(std::span<const std::byte> item)
 {
     Entry entry;
-    const auto kind = LittleEndian(item, VORN_FS_ITEM_KIND, 4);
-    const bool known = kind >= VORN_FS_KIND_FILE && kind <= VORN_FS_KIND_OTHER;
+    const auto kind = LittleEndian(item, VORN_ITEM_KIND, 4);
+    const bool known = kind >= VORN_KIND_FILE && kind <= VORN_KIND_OTHER;
     entry.kind = known ? static_cast<Kind>(kind) : Kind::Other;
-    entry.bytes = LittleEndian(item, VORN_FS_ITEM_BYTES, 8);
-    entry.modified.seconds = static_cast<std::int64_t>(LittleEndian(item, VORN_FS_ITEM_SECONDS, 8));
-    entry.modified.nanoseconds = static_cast<std::uint32_t>(LittleEndian(item, VORN_FS_ITEM_NANOSECONDS, 4));
-    const auto length = LittleEndian(item, VORN_FS_ITEM_NAME_LENGTH, 4);
-    const auto name = item.subspan(VORN_FS_ITEM_NAME);
+    entry.bytes = LittleEndian(item, VORN_ITEM_BYTES, 8);
+    entry.modified.seconds = static_cast<std::int64_t>(LittleEndian(item, VORN_ITEM_SECONDS, 8));
+    entry.modified.nanoseconds = static_cast<std::uint32_t>(LittleEndian(item, VORN_ITEM_NANOSECONDS, 4));
+    const auto length = LittleEndian(item, VORN_ITEM_NAME_LENGTH, 4);
+    const auto name = item.subspan(VORN_ITEM_NAME);
     entry.name.assign(reinterpret_cast<const char *>(name.data()), std::min<std::size_t>(length, name.size()));
     return entry;
 }
@@ -47,13 +48,13 @@ std::uint32_t ModeBits(VornFile::Mode mode)
 {
     switch (mode) {
     case VornFile::Mode::Write:
-        return VORN_FS_MODE_WRITE | VORN_FS_MODE_WITH_TIME;
+        return VORN_MODE_WRITE | VORN_MODE_WITH_TIME;
     case VornFile::Mode::Directory:
-        return VORN_FS_MODE_DIRECTORY | VORN_FS_MODE_WITH_TIME;
+        return VORN_MODE_DIRECTORY | VORN_MODE_WITH_TIME;
     case VornFile::Mode::Read:
         break;
     }
-    return VORN_FS_MODE_READ;
+    return VORN_MODE_READ;
 }
 
 /// For the way out: where this fails the helper is gone, and whoever asks it next is told so.
@@ -103,7 +104,7 @@ parent::OutList &VornLibrary::CallUninterrupted(const char *function)
 
 void VornLibrary::Check(std::uint32_t result, std::uint64_t object)
 {
-    if (result != VORN_FS_OK)
+    if (result != VORN_OK)
         throw LibraryError(result, ErrorText(object, result));
 }
 
@@ -147,16 +148,16 @@ bool VornLibrary::NextItem(std::uint64_t dir, Entry &entry)
     std::uint64_t ignored = 0;
     std::uint32_t result = 0;
     std::span<const std::byte> item;
-    parent::InList &arguments = m_helper.Begin(VORN_FS_ITEM_SIZE + list_overhead).U64(m_session).U64(dir);
+    parent::InList &arguments = m_helper.Begin(VORN_ITEM_SIZE + list_overhead).U64(m_session).U64(dir);
     // Zeroed, so that a name in a failed item is known to be this item's.
-    std::ranges::fill(arguments.Block(VORN_FS_ITEM_SIZE), std::byte{0});
+    std::ranges::fill(arguments.Block(VORN_ITEM_SIZE), std::byte{0});
     Require(Call("VornGetNextDirItem").U64(ignored).U64(ignored).Buffer(item).U32(result).Complete());
-    if (result == VORN_FS_END)
+    if (result == VORN_END)
         return false;
-    if (item.size() != VORN_FS_ITEM_SIZE)
+    if (item.size() != VORN_ITEM_SIZE)
         Require(m_helper.Distrust("VornGetNextDirItem came back with an item of another size"));
     entry = Decode(item);
-    if (result == VORN_FS_OK)
+    if (result == VORN_OK)
         return true;
     if (entry.name.empty())
         Check(result, dir);
@@ -217,13 +218,13 @@ std::span<const std::byte> VornFile::Read()
 
 void VornFile::WriteTime(const Modified &modified)
 {
-    const std::span<std::byte> block = Room(VORN_FS_TIME_SIZE);
+    const std::span<std::byte> block = Room(VORN_TIME_SIZE);
     std::ranges::fill(block, std::byte{0});
-    if (block.size() == VORN_FS_TIME_SIZE) {
-        StoreLittleEndian(block, VORN_FS_TIME_SECONDS, static_cast<std::uint64_t>(modified.seconds), 8);
-        StoreLittleEndian(block, VORN_FS_TIME_NANOSECONDS, modified.nanoseconds, 4);
+    if (block.size() == VORN_TIME_SIZE) {
+        StoreLittleEndian(block, VORN_TIME_SECONDS, static_cast<std::uint64_t>(modified.seconds), 8);
+        StoreLittleEndian(block, VORN_TIME_NANOSECONDS, modified.nanoseconds, 4);
     }
-    Write(VORN_FS_TIME_SIZE);
+    Write(VORN_TIME_SIZE);
 }
 
 std::span<std::byte> VornFile::Room(std::uint32_t size)

@@ -8,7 +8,7 @@
 /// The directory tree as the operating system gives it, and the walls around it. One implementation for each system.
 namespace vorn_fs {
 
-/// A result code of vorn_fs.h.
+/// A result code of kessil/data_source.h or vorn_fs.h.
 using Code = std::uint32_t;
 
 struct Time

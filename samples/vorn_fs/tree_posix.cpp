@@ -48,10 +48,10 @@ Code SystemCode(int error = errno)
 std::uint32_t KindOf(const struct stat &status)
 {
     if (S_ISREG(status.st_mode))
-        return VORN_FS_KIND_FILE;
+        return VORN_KIND_FILE;
     if (S_ISDIR(status.st_mode))
-        return VORN_FS_KIND_DIRECTORY;
-    return S_ISLNK(status.st_mode) ? VORN_FS_KIND_LINK : VORN_FS_KIND_OTHER;
+        return VORN_KIND_DIRECTORY;
+    return S_ISLNK(status.st_mode) ? VORN_KIND_LINK : VORN_KIND_OTHER;
 }
 
 timespec NativeTime(const Time &time)
@@ -88,7 +88,7 @@ public:
             if (got > 0)
                 count += static_cast<std::uint32_t>(got);
         }
-        return VORN_FS_OK;
+        return VORN_OK;
     }
 
 private:
@@ -118,7 +118,7 @@ public:
             if (put > 0)
                 count += static_cast<std::uint32_t>(put);
         }
-        return VORN_FS_OK;
+        return VORN_OK;
     }
 
     Code Commit(const Time *modified) override
@@ -137,7 +137,7 @@ public:
         m_file.Close();
 
         const Descriptor entries(openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-        return entries.IsOpen() && fsync(entries.Number()) == 0 ? VORN_FS_OK : SystemCode();
+        return entries.IsOpen() && fsync(entries.Number()) == 0 ? VORN_OK : SystemCode();
     }
 
 private:
@@ -155,11 +155,11 @@ Item LookAt(int folder, const std::string &name)
     struct stat status = {};
     if (fstatat(folder, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
         item.code = SystemCode();
-        item.kind = VORN_FS_KIND_OTHER;
+        item.kind = VORN_KIND_OTHER;
         return item;
     }
     item.kind = KindOf(status);
-    if (item.kind == VORN_FS_KIND_FILE)
+    if (item.kind == VORN_KIND_FILE)
         item.bytes = static_cast<std::uint64_t>(status.st_size);
     item.modified = {status.st_mtim.tv_sec, static_cast<std::uint32_t>(status.st_mtim.tv_nsec)};
     return item;
@@ -179,7 +179,7 @@ Code OpenRoot(FolderPointer &root)
     if (!opened->descriptor.IsOpen())
         return VORN_FS_NO_ROOT;
     root = std::move(opened);
-    return VORN_FS_OK;
+    return VORN_OK;
 }
 
 Code OpenFolder(const FolderPointer &parent, const std::string &name, bool create, FolderPointer &folder)
@@ -190,11 +190,11 @@ Code OpenFolder(const FolderPointer &parent, const std::string &name, bool creat
     auto opened = std::make_shared<Folder>(openat(above, name.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     if (opened->descriptor.IsOpen()) {
         folder = std::move(opened);
-        return VORN_FS_OK;
+        return VORN_OK;
     }
     if (errno != ENOTDIR && errno != ELOOP)
         return SystemCode();
-    return LookAt(above, name).kind == VORN_FS_KIND_LINK ? VORN_FS_LINK : VORN_FS_NOT_DIRECTORY;
+    return LookAt(above, name).kind == VORN_KIND_LINK ? VORN_FS_LINK : VORN_FS_NOT_DIRECTORY;
 }
 
 Code List(const Folder &folder, std::vector<Item> &items)
@@ -219,14 +219,14 @@ Code List(const Folder &folder, std::vector<Item> &items)
         return SystemCode();
     std::erase_if(items, [](const Item &item) { return item.code == SystemCode(ENOENT); });
     std::sort(items.begin(), items.end(), [](const Item &left, const Item &right) { return left.name < right.name; });
-    return VORN_FS_OK;
+    return VORN_OK;
 }
 
 Code SetFolderTime(const Folder &folder, const Time &modified)
 {
     const timespec times[2] = {{0, UTIME_OMIT}, NativeTime(modified)};
     const Descriptor readable(openat(folder.descriptor.Number(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    return readable.IsOpen() && futimens(readable.Number(), times) == 0 ? VORN_FS_OK : SystemCode();
+    return readable.IsOpen() && futimens(readable.Number(), times) == 0 ? VORN_OK : SystemCode();
 }
 
 Code OpenForReading(const FolderPointer &folder, const std::string &name, std::unique_ptr<Reader> &reader)
@@ -234,10 +234,10 @@ Code OpenForReading(const FolderPointer &folder, const std::string &name, std::u
     const int above = folder->descriptor.Number();
     // Looked at first: opening a device can do things, and opening a named pipe can wait for ever.
     const Item item = LookAt(above, name);
-    if (item.code != VORN_FS_OK)
+    if (item.code != VORN_OK)
         return item.code;
-    if (item.kind != VORN_FS_KIND_FILE)
-        return item.kind == VORN_FS_KIND_LINK ? VORN_FS_LINK : VORN_FS_NOT_FILE;
+    if (item.kind != VORN_KIND_FILE)
+        return item.kind == VORN_KIND_LINK ? VORN_FS_LINK : VORN_FS_NOT_FILE;
 
     const int number = openat(above, name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
     if (number < 0)
@@ -249,14 +249,14 @@ Code OpenForReading(const FolderPointer &folder, const std::string &name, std::u
     if (!S_ISREG(status.st_mode))
         return VORN_FS_NOT_FILE;
     reader = std::move(opened);
-    return VORN_FS_OK;
+    return VORN_OK;
 }
 
 Code OpenForWriting(const FolderPointer &folder, const std::string &name, std::unique_ptr<Writer> &writer)
 {
     static std::atomic<unsigned> counter;
     const Item there = LookAt(folder->descriptor.Number(), name);
-    if (there.code == VORN_FS_OK && there.kind != VORN_FS_KIND_FILE && there.kind != VORN_FS_KIND_LINK)
+    if (there.code == VORN_OK && there.kind != VORN_KIND_FILE && there.kind != VORN_KIND_LINK)
         return VORN_FS_NOT_FILE;
 
     std::string temporary;
@@ -269,7 +269,7 @@ Code OpenForWriting(const FolderPointer &folder, const std::string &name, std::u
     if (number < 0)
         return SystemCode();
     writer = std::make_unique<PosixWriter>(folder, name, temporary, number);
-    return VORN_FS_OK;
+    return VORN_OK;
 }
 
 std::string SystemText(std::uint32_t system_code)

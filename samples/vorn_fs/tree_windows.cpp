@@ -1,9 +1,9 @@
 #include "tree.h"
 #include "vorn_fs.h"
+#include "windows_name.h"
 
 #include <algorithm>
 #include <atomic>
-#include <cwctype>
 
 #include <windows.h>
 
@@ -44,76 +44,6 @@ private:
     HANDLE m_handle;
 };
 
-void AppendUtf8(std::string &text, std::uint32_t character)
-{
-    const auto put = [&text](std::uint32_t byte) { text += static_cast<char>(byte); };
-    if (character < 0x80) {
-        put(character);
-        return;
-    }
-    const int more = character < 0x800 ? 1 : character < 0x10000 ? 2 : 3;
-    const std::uint32_t lead = more == 1 ? 0xC0 : more == 2 ? 0xE0 : 0xF0;
-    put(lead | (character >> (6 * more)));
-    for (int at = more - 1; at >= 0; --at)
-        put(0x80 | ((character >> (6 * at)) & 0x3F));
-}
-
-std::string Narrow(const std::wstring &wide)
-{
-    std::string text;
-    for (std::size_t at = 0; at < wide.size(); ++at) {
-        std::uint32_t character = wide[at];
-        const std::uint32_t next = at + 1 < wide.size() ? wide[at + 1] : 0u;
-        if (character >= 0xD800 && character < 0xDC00 && next >= 0xDC00 && next < 0xE000) {
-            character = 0x10000 + ((character - 0xD800) << 10) + (next - 0xDC00);
-            ++at;
-        }
-        AppendUtf8(text, character);
-    }
-    return text;
-}
-
-/// The wide form of a name, empty if its bytes aren't UTF-8. Takes lone surrogates in their three-byte form.
-std::wstring Widen(const std::string &text)
-{
-    std::wstring wide;
-    for (std::size_t at = 0; at < text.size();) {
-        const auto lead = static_cast<unsigned char>(text[at++]);
-        const int more = lead < 0x80 ? 0 : lead < 0xC2 ? -1 : lead < 0xE0 ? 1 : lead < 0xF0 ? 2 : lead < 0xF5 ? 3 : -1;
-        if (more < 0)
-            return {};
-        std::uint32_t character = more == 0 ? lead : lead & (0x3Fu >> more);
-        for (int left = more; left > 0; --left, ++at) {
-            if (at == text.size() || (static_cast<unsigned char>(text[at]) & 0xC0) != 0x80)
-                return {};
-            character = (character << 6) | (static_cast<unsigned char>(text[at]) & 0x3F);
-        }
-        if ((more == 2 && character < 0x800) || (more == 3 && (character < 0x10000 || character > 0x10FFFF)))
-            return {};
-        if (character >= 0x10000) {
-            wide += static_cast<wchar_t>(0xD800 + ((character - 0x10000) >> 10));
-            character = 0xDC00 + ((character - 0x10000) & 0x3FF);
-        }
-        wide += static_cast<wchar_t>(character);
-    }
-    return wide;
-}
-
-bool IsDeviceName(const std::wstring &name)
-{
-    std::wstring stem = name.substr(0, name.find(L'.'));
-    while (!stem.empty() && stem.back() == L' ')
-        stem.pop_back();
-    for (wchar_t &unit : stem)
-        unit = static_cast<wchar_t>(std::towupper(static_cast<std::wint_t>(unit)));
-    for (const wchar_t *device : {L"CON", L"PRN", L"AUX", L"NUL", L"CONIN$", L"CONOUT$"})
-        if (stem == device)
-            return true;
-    const std::wstring kind = stem.substr(0, 3);
-    return stem.size() == 4 && (kind == L"COM" || kind == L"LPT") &&
-           std::wstring(L"0123456789\u00B9\u00B2\u00B3").find(stem[3]) != std::wstring::npos;
-}
-
 constexpr std::uint64_t ticks_per_second = 10'000'000;
 constexpr std::int64_t seconds_from_1601_to_1970 = 11'644'473'600;
 
@@ -142,16 +72,16 @@ Code SetTime(HANDLE file, const Time &modified)
     FILETIME native;
     if (!ToNative(modified, native))
         return VORN_FS_BAD_TIME;
-    return SetFileTime(file, nullptr, nullptr, &native) ? VORN_FS_OK : SystemCode();
+    return SetFileTime(file, nullptr, nullptr, &native) ? VORN_OK : SystemCode();
 }
 
 std::uint32_t KindOf(DWORD attributes)
 {
     if (attributes & FILE_ATTRIBUTE_REPARSE_POINT)
-        return VORN_FS_KIND_LINK;
+        return VORN_KIND_LINK;
     if (attributes & FILE_ATTRIBUTE_DEVICE)
-        return VORN_FS_KIND_OTHER;
-    return attributes & FILE_ATTRIBUTE_DIRECTORY ? VORN_FS_KIND_DIRECTORY : VORN_FS_KIND_FILE;
+        return VORN_KIND_OTHER;
+    return attributes & FILE_ATTRIBUTE_DIRECTORY ? VORN_KIND_DIRECTORY : VORN_KIND_FILE;
 }
 
 Code KindOfOpen(HANDLE file, std::uint32_t &kind)
@@ -160,7 +90,7 @@ Code KindOfOpen(HANDLE file, std::uint32_t &kind)
     if (!GetFileInformationByHandle(file, &information))
         return SystemCode();
     kind = KindOf(information.dwFileAttributes);
-    return VORN_FS_OK;
+    return VORN_OK;
 }
 
 } // namespace
@@ -199,7 +129,7 @@ public:
                 break;
             count += got;
         }
-        return VORN_FS_OK;
+        return VORN_OK;
     }
 
 private:
@@ -230,13 +160,13 @@ public:
                 return SystemCode();
             count += put;
         }
-        return VORN_FS_OK;
+        return VORN_OK;
     }
 
     Code Commit(const Time *modified) override
     {
-        const Code code = modified ? SetTime(m_file.Get(), *modified) : VORN_FS_OK;
-        if (code != VORN_FS_OK)
+        const Code code = modified ? SetTime(m_file.Get(), *modified) : VORN_OK;
+        if (code != VORN_OK)
             return code;
         if (!FlushFileBuffers(m_file.Get()))
             return SystemCode();
@@ -245,7 +175,7 @@ public:
                          MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH))
             return SystemCode();
         m_committed = true;
-        return VORN_FS_OK;
+        return VORN_OK;
     }
 
 private:
@@ -282,23 +212,13 @@ Item FromNative(const WIN32_FIND_DATAW &found)
     Item item;
     item.name = Narrow(found.cFileName);
     item.kind = KindOf(found.dwFileAttributes);
-    if (item.kind == VORN_FS_KIND_FILE)
+    if (item.kind == VORN_KIND_FILE)
         item.bytes = (static_cast<std::uint64_t>(found.nFileSizeHigh) << 32) | found.nFileSizeLow;
     item.modified = FromNative(found.ftLastWriteTime);
     return item;
 }
 
 } // namespace
-
-bool IsPlainName(const std::string &name)
-{
-    const std::wstring wide = Widen(name);
-    if (wide.empty() || wide.back() == L'.' || wide.back() == L' ' || IsDeviceName(wide))
-        return false;
-    return std::none_of(wide.begin(), wide.end(), [](wchar_t unit) {
-        return unit < 0x20 || std::wstring(L"<>:\"/\\|?*").find(unit) != std::wstring::npos;
-    });
-}
 
 Code OpenRoot(FolderPointer &root)
 {
@@ -312,10 +232,10 @@ Code OpenRoot(FolderPointer &root)
     std::uint32_t kind = 0;
     if (!opened->file.IsOpen())
         return VORN_FS_NO_ROOT;
-    if (KindOfOpen(handle, kind) != VORN_FS_OK || kind != VORN_FS_KIND_DIRECTORY)
+    if (KindOfOpen(handle, kind) != VORN_OK || kind != VORN_KIND_DIRECTORY)
         return VORN_FS_NO_ROOT;
     root = std::move(opened);
-    return VORN_FS_OK;
+    return VORN_OK;
 }
 
 Code OpenFolder(const FolderPointer &parent, const std::string &name, bool create, FolderPointer &folder)
@@ -330,12 +250,12 @@ Code OpenFolder(const FolderPointer &parent, const std::string &name, bool creat
     if (!opened->file.IsOpen())
         return SystemCode();
     const Code code = KindOfOpen(handle, kind);
-    if (code != VORN_FS_OK)
+    if (code != VORN_OK)
         return code;
-    if (kind != VORN_FS_KIND_DIRECTORY)
-        return kind == VORN_FS_KIND_LINK ? VORN_FS_LINK : VORN_FS_NOT_DIRECTORY;
+    if (kind != VORN_KIND_DIRECTORY)
+        return kind == VORN_KIND_LINK ? VORN_FS_LINK : VORN_FS_NOT_DIRECTORY;
     folder = std::move(opened);
-    return VORN_FS_OK;
+    return VORN_OK;
 }
 
 Code List(const Folder &folder, std::vector<Item> &items)
@@ -344,7 +264,7 @@ Code List(const Folder &folder, std::vector<Item> &items)
     const HANDLE search = FindFirstFileExW(folder.Below(L"*").c_str(), FindExInfoBasic, &found, FindExSearchNameMatch,
                                            nullptr, FIND_FIRST_EX_LARGE_FETCH);
     if (search == INVALID_HANDLE_VALUE)
-        return GetLastError() == ERROR_FILE_NOT_FOUND ? VORN_FS_OK : SystemCode();
+        return GetLastError() == ERROR_FILE_NOT_FOUND ? VORN_OK : SystemCode();
     const std::unique_ptr<void, BOOL(WINAPI *)(HANDLE)> closer(search, FindClose);
     do {
         const std::wstring name = found.cFileName;
@@ -354,7 +274,7 @@ Code List(const Folder &folder, std::vector<Item> &items)
     if (GetLastError() != ERROR_NO_MORE_FILES)
         return SystemCode();
     std::sort(items.begin(), items.end(), [](const Item &left, const Item &right) { return left.name < right.name; });
-    return VORN_FS_OK;
+    return VORN_OK;
 }
 
 Code SetFolderTime(const Folder &folder, const Time &modified)
@@ -373,12 +293,12 @@ Code OpenForReading(const FolderPointer &folder, const std::string &name, std::u
     auto opened = std::make_unique<WindowsReader>(folder, handle);
     std::uint32_t kind = 0;
     const Code code = KindOfOpen(opened->Get(), kind);
-    if (code != VORN_FS_OK)
+    if (code != VORN_OK)
         return code;
-    if (kind != VORN_FS_KIND_FILE)
-        return kind == VORN_FS_KIND_LINK ? VORN_FS_LINK : VORN_FS_NOT_FILE;
+    if (kind != VORN_KIND_FILE)
+        return kind == VORN_KIND_LINK ? VORN_FS_LINK : VORN_FS_NOT_FILE;
     reader = std::move(opened);
-    return VORN_FS_OK;
+    return VORN_OK;
 }
 
 Code OpenForWriting(const FolderPointer &folder, const std::string &name, std::unique_ptr<Writer> &writer)
@@ -399,7 +319,7 @@ Code OpenForWriting(const FolderPointer &folder, const std::string &name, std::u
     if (handle == INVALID_HANDLE_VALUE)
         return SystemCode();
     writer = std::make_unique<WindowsWriter>(folder, final_name, temporary, handle);
-    return VORN_FS_OK;
+    return VORN_OK;
 }
 
 std::string SystemText(std::uint32_t system_code)

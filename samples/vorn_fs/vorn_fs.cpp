@@ -1,101 +1,19 @@
 #include "vorn_fs.h"
 
-#include "tree.h"
+#include "object_table.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <iterator>
-#include <map>
 #include <memory>
-#include <mutex>
 #include <new>
 #include <string>
 #include <utility>
-#include <vector>
 
 using namespace vorn_fs;
 
 namespace {
-
-using Handle = std::uint64_t;
-
-struct Session
-{
-    FolderPointer root;
-};
-
-struct Directory
-{
-    Handle session = 0;
-    bool open = false;
-    std::vector<Item> items;
-    std::size_t next = 0;
-};
-
-struct File
-{
-    Handle session = 0;
-    std::uint32_t mode = 0; ///< 0 until opened, and again once committed
-    bool time_expected = false;
-    std::unique_ptr<Time> modified;
-    FolderPointer folder;
-    std::unique_ptr<Reader> reader;
-    std::unique_ptr<Writer> writer;
-};
-
-/// Everything that is open, by handle. Handles are never used twice, so a stale one is always recognised.
-class Table
-{
-public:
-    template <typename Object>
-    Handle Add(std::map<Handle, std::shared_ptr<Object>> Table::*kind, std::shared_ptr<Object> object)
-    {
-        const std::lock_guard lock(m_lock);
-        (this->*kind).emplace(++m_last, std::move(object));
-        return m_last;
-    }
-
-    template <typename Object>
-    std::shared_ptr<Object> Find(std::map<Handle, std::shared_ptr<Object>> Table::*kind, Handle handle)
-    {
-        const std::lock_guard lock(m_lock);
-        const auto found = (this->*kind).find(handle);
-        return found == (this->*kind).end() ? nullptr : found->second;
-    }
-
-    /// The object `handle` of `session`, or null.
-    template <typename Object>
-    std::shared_ptr<Object> Find(std::map<Handle, std::shared_ptr<Object>> Table::*kind, Handle session, Handle handle)
-    {
-        auto object = Find(kind, handle);
-        return object && object->session == session ? object : nullptr;
-    }
-
-    template <typename Object>
-    void Remove(std::map<Handle, std::shared_ptr<Object>> Table::*kind, Handle handle)
-    {
-        const std::lock_guard lock(m_lock);
-        (this->*kind).erase(handle);
-    }
-
-    void RemoveSession(Handle session)
-    {
-        const auto of_session = [session](const auto &entry) { return entry.second->session == session; };
-        const std::lock_guard lock(m_lock);
-        std::erase_if(directories, of_session);
-        std::erase_if(files, of_session);
-        sessions.erase(session);
-    }
-
-    std::map<Handle, std::shared_ptr<Session>> sessions;
-    std::map<Handle, std::shared_ptr<Directory>> directories;
-    std::map<Handle, std::shared_ptr<File>> files;
-
-private:
-    std::mutex m_lock;
-    Handle m_last = 0;
-};
 
 Table g_table;
 
@@ -134,7 +52,7 @@ Code ParsePath(const char *text, Path &path)
             return VORN_FS_BAD_PATH;
         start = end + 1;
     }
-    return VORN_FS_OK;
+    return VORN_OK;
 }
 
 /// Opens the directory that the first `count` names of `path` lead to.
@@ -144,11 +62,11 @@ Code Walk(const FolderPointer &root, const Path &path, std::size_t count, bool c
     for (std::size_t at = 0; at < count; ++at) {
         FolderPointer below;
         const Code code = OpenFolder(folder, path[at], create, below);
-        if (code != VORN_FS_OK)
+        if (code != VORN_OK)
             return code;
         folder = std::move(below);
     }
-    return VORN_FS_OK;
+    return VORN_OK;
 }
 
 /// Makes a directory or file object in `session`.
@@ -163,30 +81,30 @@ Code Create(std::map<Handle, std::shared_ptr<Object>> Table::*kind, Handle sessi
     auto object = std::make_shared<Object>();
     object->session = session;
     *handle = g_table.Add(kind, std::move(object));
-    return VORN_FS_OK;
+    return VORN_OK;
 }
 
 void FillItem(const Item &item, unsigned char *block)
 {
-    std::memset(block, 0, VORN_FS_ITEM_SIZE);
-    const std::size_t length = std::min<std::size_t>(item.name.size(), VORN_FS_ITEM_SIZE - VORN_FS_ITEM_NAME - 1);
-    StoreLittleEndian(block + VORN_FS_ITEM_KIND, item.kind, 4);
-    StoreLittleEndian(block + VORN_FS_ITEM_NAME_LENGTH, length, 4);
-    StoreLittleEndian(block + VORN_FS_ITEM_BYTES, item.bytes, 8);
-    StoreLittleEndian(block + VORN_FS_ITEM_SECONDS, static_cast<std::uint64_t>(item.modified.seconds), 8);
-    StoreLittleEndian(block + VORN_FS_ITEM_NANOSECONDS, item.modified.nanoseconds, 4);
-    std::memcpy(block + VORN_FS_ITEM_NAME, item.name.data(), length);
+    std::memset(block, 0, VORN_ITEM_SIZE);
+    const std::size_t length = std::min<std::size_t>(item.name.size(), VORN_ITEM_SIZE - VORN_ITEM_NAME - 1);
+    StoreLittleEndian(block + VORN_ITEM_KIND, item.kind, 4);
+    StoreLittleEndian(block + VORN_ITEM_NAME_LENGTH, length, 4);
+    StoreLittleEndian(block + VORN_ITEM_BYTES, item.bytes, 8);
+    StoreLittleEndian(block + VORN_ITEM_SECONDS, static_cast<std::uint64_t>(item.modified.seconds), 8);
+    StoreLittleEndian(block + VORN_ITEM_NANOSECONDS, item.modified.nanoseconds, 4);
+    std::memcpy(block + VORN_ITEM_NAME, item.name.data(), length);
 }
 
 Code OpenAs(File &file, const FolderPointer &root, const Path &path, std::uint32_t mode)
 {
-    const bool create = (mode & VORN_FS_MODE_READ) == 0;
-    if (mode & VORN_FS_MODE_DIRECTORY)
+    const bool create = (mode & VORN_MODE_READ) == 0;
+    if (mode & VORN_MODE_DIRECTORY)
         return Walk(root, path, path.size(), create, file.folder);
     if (path.empty())
         return VORN_FS_NOT_FILE;
     const Code code = Walk(root, path, path.size() - 1, create, file.folder);
-    if (code != VORN_FS_OK)
+    if (code != VORN_OK)
         return code;
     return create ? OpenForWriting(file.folder, path.back(), file.writer)
                   : OpenForReading(file.folder, path.back(), file.reader);
@@ -194,22 +112,22 @@ Code OpenAs(File &file, const FolderPointer &root, const Path &path, std::uint32
 
 bool IsMode(std::uint32_t mode)
 {
-    const std::uint32_t what = mode & ~VORN_FS_MODE_WITH_TIME;
-    return mode == VORN_FS_MODE_READ || what == VORN_FS_MODE_WRITE || what == VORN_FS_MODE_DIRECTORY;
+    const std::uint32_t what = mode & ~VORN_MODE_WITH_TIME;
+    return mode == VORN_MODE_READ || what == VORN_MODE_WRITE || what == VORN_MODE_DIRECTORY;
 }
 
 Code TakeTime(File &file, const unsigned char *block, std::uint32_t size)
 {
     Time time;
-    if (size == VORN_FS_TIME_SIZE) {
-        time.seconds = static_cast<std::int64_t>(LoadLittleEndian(block + VORN_FS_TIME_SECONDS, 8));
-        time.nanoseconds = static_cast<std::uint32_t>(LoadLittleEndian(block + VORN_FS_TIME_NANOSECONDS, 4));
+    if (size == VORN_TIME_SIZE) {
+        time.seconds = static_cast<std::int64_t>(LoadLittleEndian(block + VORN_TIME_SECONDS, 8));
+        time.nanoseconds = static_cast<std::uint32_t>(LoadLittleEndian(block + VORN_TIME_NANOSECONDS, 4));
     }
-    if (size != VORN_FS_TIME_SIZE || time.nanoseconds > 999999999)
+    if (size != VORN_TIME_SIZE || time.nanoseconds > 999999999)
         return VORN_FS_BAD_TIME;
     file.modified = std::make_unique<Time>(time);
     file.time_expected = false;
-    return VORN_FS_OK;
+    return VORN_OK;
 }
 
 std::string TextOf(Code code)
@@ -264,7 +182,7 @@ uint32_t VornCloseSession(uint64_t session)
         if (!g_table.Find(&Table::sessions, session))
             return VORN_FS_BAD_HANDLE;
         g_table.RemoveSession(session);
-        return VORN_FS_OK;
+        return VORN_OK;
     });
 }
 
@@ -286,11 +204,11 @@ uint32_t VornOpenDir(uint64_t session, uint64_t dir, const char *path)
         Path names;
         FolderPointer folder;
         Code code = ParsePath(path, names);
-        if (code == VORN_FS_OK)
+        if (code == VORN_OK)
             code = Walk(owner->root, names, names.size(), false, folder);
-        if (code == VORN_FS_OK)
+        if (code == VORN_OK)
             code = List(*folder, directory->items);
-        directory->open = code == VORN_FS_OK;
+        directory->open = code == VORN_OK;
         return code;
     });
 }
@@ -304,7 +222,7 @@ uint32_t VornGetNextDirItem(uint64_t session, uint64_t dir, void *item)
         if (!directory->open)
             return VORN_FS_WRONG_STATE;
         if (directory->next == directory->items.size())
-            return VORN_FS_END;
+            return VORN_END;
         const Item &next = directory->items[directory->next++];
         FillItem(next, static_cast<unsigned char *>(item));
         return next.code;
@@ -317,7 +235,7 @@ uint32_t VornCloseDir(uint64_t session, uint64_t dir)
         if (!g_table.Find(&Table::directories, session, dir))
             return VORN_FS_BAD_HANDLE;
         g_table.Remove(&Table::directories, dir);
-        return VORN_FS_OK;
+        return VORN_OK;
     });
 }
 
@@ -340,13 +258,13 @@ uint32_t VornOpenFile(uint64_t session, uint64_t file, const char *path, uint32_
             return VORN_FS_BAD_MODE;
         Path names;
         Code code = ParsePath(path, names);
-        if (code == VORN_FS_OK)
+        if (code == VORN_OK)
             code = OpenAs(*object, owner->root, names, mode);
-        if (code != VORN_FS_OK)
+        if (code != VORN_OK)
             return code;
         object->mode = mode;
-        object->time_expected = (mode & VORN_FS_MODE_WITH_TIME) != 0;
-        return VORN_FS_OK;
+        object->time_expected = (mode & VORN_MODE_WITH_TIME) != 0;
+        return VORN_OK;
     });
 }
 
@@ -370,7 +288,7 @@ uint32_t VornWriteFile(uint64_t session, uint64_t file, const void *block, uint3
             return VORN_FS_BAD_HANDLE;
         if (object->time_expected) {
             const Code code = TakeTime(*object, static_cast<const unsigned char *>(block), size);
-            *count = code == VORN_FS_OK ? size : 0;
+            *count = code == VORN_OK ? size : 0;
             return code;
         }
         return object->writer ? object->writer->Write(block, size, *count) : VORN_FS_WRONG_STATE;
@@ -390,9 +308,9 @@ uint32_t VornRestoreFile(uint64_t session, uint64_t file)
             object->writer.reset();
             return code;
         }
-        if ((object->mode & VORN_FS_MODE_DIRECTORY) == 0)
+        if ((object->mode & VORN_MODE_DIRECTORY) == 0)
             return VORN_FS_WRONG_STATE;
-        return object->modified ? SetFolderTime(*object->folder, *object->modified) : VORN_FS_OK;
+        return object->modified ? SetFolderTime(*object->folder, *object->modified) : VORN_OK;
     });
 }
 
@@ -402,7 +320,7 @@ uint32_t VornCloseFile(uint64_t session, uint64_t file)
         if (!g_table.Find(&Table::files, session, file))
             return VORN_FS_BAD_HANDLE;
         g_table.Remove(&Table::files, file);
-        return VORN_FS_OK;
+        return VORN_OK;
     });
 }
 
