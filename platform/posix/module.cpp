@@ -1,41 +1,26 @@
 #include "platform/module.h"
 
 #include "platform/last_error.h"
+#include "platform/posix/cxx_runtime.h"
 #include "platform/posix/handles.h"
+#include "platform/posix/library_search.h"
 
 #include <cerrno>
 #include <cstdlib>
 #include <dlfcn.h>
 #include <link.h>
 #include <string>
-#include <string_view>
-#include <sys/stat.h>
 
 namespace kessil::platform {
 namespace {
 
-bool IsFile(const std::string &path)
-{
-    struct stat status = {};
-    return stat(path.c_str(), &status) == 0 && !S_ISDIR(status.st_mode);
-}
-
 // The first file of that name along PATH, or the name itself. An empty directory in the list stands for nothing:
-// taken as the current one, it would let whoever fills that choose the code that runs.
+// taken as the current one, it would let whoever controls that choose the code that runs.
 std::string FindAlongPath(const std::string &name)
 {
     const char *const path = std::getenv("PATH");
-    std::string_view rest = path == nullptr ? "" : path;
-    while (!rest.empty()) {
-        const std::string_view directory = rest.substr(0, rest.find(':'));
-        rest.remove_prefix(directory.size() == rest.size() ? rest.size() : directory.size() + 1);
-        if (directory.empty())
-            continue;
-        std::string candidate = std::string(directory) + "/" + name;
-        if (IsFile(candidate))
-            return candidate;
-    }
-    return name;
+    const std::string file = posix::FindInDirectories(path == nullptr ? "" : path, name);
+    return file.empty() ? name : file;
 }
 
 // The loader gives a text for a failed load and no code. A file that can be read but not loaded is no
@@ -59,6 +44,7 @@ ModuleHandle LoadModule(const WideString &name)
         return nullptr;
     }
     const std::string path = file.find('/') == std::string::npos ? FindAlongPath(file) : file;
+    posix::LoadCxxRuntimeFor(path);
     void *const module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (module == nullptr)
         errno = WhyNotLoaded(path);

@@ -123,6 +123,28 @@ TEST(Reload, ReleasesTheOldModuleFirst)
                                 "records_lifetime attach\nrecords_lifetime call\nrecords_lifetime detach\n");
 }
 
+TEST(Reload, OfAnotherVersionRunsItsCode)
+{
+    const Recorder recorder;
+    const TestDirectory directory;
+    const fs::path file = directory.Path() / "library.so";
+    fs::copy_file(fs::path(TargetLibrary("inline_code_old")), file);
+    Conversation talk(0);
+    const Section section = Announce(talk, 16);
+    talk.Load(file.u16string());
+    talk.Call("GetBackupType");
+    section.Expect(0, Hex("00000001"));
+    fs::rename(file, directory.Path() / "aside.so");
+    fs::copy_file(fs::path(TargetLibrary("inline_code_new")), file);
+    talk.Load(file.u16string());
+    talk.Call("GetBackupType");
+    section.Expect(0, Hex("00000002"));
+    talk.Send(orderly_stop);
+    // The libraries are released ahead of the end of the pipe.
+    talk.ExpectClosed();
+    EXPECT_EQ(recorder.Lines(), "old attach\nold call\nold detach\nnew attach\nnew call\nnew detach\n");
+}
+
 TEST(Reload, ThatFailsLeavesNothing)
 {
     const Recorder recorder;
