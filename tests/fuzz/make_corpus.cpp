@@ -38,7 +38,7 @@ Bytes Call(const std::string &function)
     return CallFrame(u"vorn.dll", function, "SIGNATURE_" + function);
 }
 
-const Bytes load = Frame('L', Wide(u"vorn.dll"));
+const Bytes load = LoadFrame(u"vorn.dll");
 const Bytes announce = ResizeFrame(u"s0", 64);
 const Bytes stop = Hex("66 01");
 
@@ -67,16 +67,16 @@ std::vector<Conversation> Conversations()
         {"refused_growth", load + Call("GetBackupType") + FailureFrame(u"no room") + stop},
         {"own_section_in_a_call", load + Call("GetBackupType") + announce + SuccessFrame() + stop},
         {"two_sections", announce + ResizeFrame(u"s1", 16) + load + Call("VornCloseSession") + stop},
-        {"unknown_library", Frame('L', Wide(u"none.dll")) + Call("GetBackupType") + stop},
+        {"unknown_library", LoadFrame(u"none.dll") + Call("GetBackupType") + stop},
         {"unknown_signature", load + CallFrame(u"", "GetBackupType", "SIG_HR_ESE_BACKUP_END") + stop},
         {"unknown_type", Frame('Z', Hex("01 02"))},
         {"services", Frame('A', Wide(u"ada") + Wide(u"corp") + Wide(u"secret") + Wide(u"") + Be32(1)) +
-                         Frame('P', Wide(u"C:\\lib")) + Frame('X', Be32(5) + Wide(u"messages.dll")) + load +
-                         Call("GetBackupType") + stop},
+                         PathFrame(u"C:\\lib") + ErrorTextFrame(5, u"messages.dll") + load + Call("GetBackupType") +
+                         stop},
         {"commands", Hex("66 02 66 3F 66 01")},
-        {"second_generation", announce + Frame('l', Plain("vorn.dll")) + Hex("66 03 66 04 66 11") + stop},
-        {"bare_values", Frame('l', Plain("vorn.dll")) + Hex("66 02") + Be32(7) + Be64(7) + Be32(2) + Plain("ab") +
-                            Be32(3) + Plain("abc") + Hex("66 02") + Be32(7) + Be64(7) + Be32(1025) + stop},
+        {"second_generation", announce + LoadAltFrame("vorn.dll") + Hex("66 03 66 04 66 11") + stop},
+        {"bare_values", LoadAltFrame("vorn.dll") + Hex("66 02") + Be32(7) + Be64(7) + Be32(2) + Plain("ab") + Be32(3) +
+                            Plain("abc") + Hex("66 02") + Be32(7) + Be64(7) + Be32(1025) + stop},
         {"parent_gone", load + Call("GetBackupType")},
     };
 }

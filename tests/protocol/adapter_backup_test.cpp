@@ -71,12 +71,12 @@ TEST_P(BackupFileByCommand, AnswersInTheSection)
             continue;
         ++rows;
         AdapterTalk talk(row);
-        const Bytes before = AdapterTalk::Joined(row.in) + Bytes(AdapterTalk::spare, '\xEE');
+        const Bytes before = AdapterTalk::Joined(row.in) + Repeat(0xEE, AdapterTalk::spare);
         const Section &section = talk.Give(before);
-        talk.Command(GetParam().command, "");
-        talk.Talk().Expect(Hex(row.frames) + success);
+        talk.Command(GetParam().command, {});
+        talk.Talk().Expect(Hex(row.frames) + SuccessFrame());
         const Bytes out = Hex(row.out);
-        section.Expect(0, out + before.substr(out.size()));
+        section.Expect(0, out + Behind(out.size(), before));
         EXPECT_EQ(talk.Seen(), row.seen);
         talk.End();
     }
@@ -103,7 +103,7 @@ AdapterRow BackupRow(const std::string &function)
 TEST(BackupSignature, OfABlockIsRefusedAsACommand)
 {
     AdapterTalk talk(BackupRow("ReadBlockSignature"));
-    talk.Command(67, "");
+    talk.Command(67, {});
     talk.Talk().Expect(Hex("FFFFFFFF"));
     EXPECT_EQ(talk.Seen(), std::vector<std::string>());
     talk.End();
@@ -119,11 +119,11 @@ TEST(BackupSession, EndedByCommandIsStillFoundByTheOtherGenerationAndEndedThereI
     talk.Command(7, Hex("00000002"));
     talk.Talk().Expect(Hex(status_okay));
     talk.CallWithSection("GetBackupSessionFiles", row.signature, Hex("00000002 00 EEEE"));
-    talk.Talk().Expect(success);
+    talk.Talk().Expect(SuccessFrame());
     talk.CallWithSection("EndBackupSession", "SIGNATURE_VADPEndBackupSession", Hex("00000002"));
-    talk.Talk().Expect(success);
+    talk.Talk().Expect(SuccessFrame());
     talk.CallWithSection("GetBackupSessionFiles", row.signature, Hex("00000002 00 EEEE"));
-    talk.Talk().Expect(success);
+    talk.Talk().Expect(SuccessFrame());
     EXPECT_EQ(talk.Seen(), (std::vector<std::string>{"EndBackupSession session=0x503",
                                                      "GetBackupSessionFiles session=0x503 path=\"\" listing=null",
                                                      "EndBackupSession session=0x503",
@@ -141,10 +141,10 @@ TEST(BackupDiskChanges, GrowTheSectionForAnErrorText)
     AdapterTalk talk(row);
     talk.CallWithSection(row.function, row.signature, Narrow("vm") + Hex("EE"));
     const WideString grown = talk.Talk().SectionName(u'0');
-    talk.Talk().Expect(SectionFrame(grown, 17));
+    talk.Talk().Expect(ResizeFrame(grown, 17));
     const Section section = Section::Open(grown, 17);
-    talk.Talk().Send(success);
-    talk.Talk().Expect(success);
+    talk.Talk().Send(SuccessFrame());
+    talk.Talk().Expect(SuccessFrame());
     section.Expect(0, Narrow("no such machine"));
     talk.End();
 }
@@ -157,10 +157,10 @@ TEST(BackupRead, ThatTheSectionCannotAnswerTakesItsDataAlong)
     AdapterTalk talk(row);
     talk.CallWithSection(row.function, row.signature, Hex("00000000 00000005 A1A2A3A4A5"));
     const WideString grown = talk.Talk().SectionName(u'0');
-    talk.Talk().Expect(SectionFrame(grown, 31));
+    talk.Talk().Expect(ResizeFrame(grown, 31));
     const Section section = Section::Open(grown, 31);
-    talk.Talk().Send(success);
-    talk.Talk().Expect(success);
+    talk.Talk().Send(SuccessFrame());
+    talk.Talk().Expect(SuccessFrame());
     section.Expect(0, Hex("00000005 00000005 B1B2A3A4A5 00000002 0000000000000002 00"));
     talk.End();
 }

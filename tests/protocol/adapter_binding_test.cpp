@@ -24,15 +24,15 @@ const AdapterRow hosts = {
 };
 
 const Bytes line = Hex("4D 0000000E 00000005 6C0069006E0065000000");
-const Bytes no_text = ErrorFrame(0xFFFFFFFF, 0xFFFFFFFF, u"Failed to get error message (Process_VADPListHosts)");
+const Bytes no_text = FailureFrame(u"Failed to get error message (Process_VADPListHosts)");
 
 // Asks for the hosts of nowhere, which fails.
 void ExpectFailure(Conversation &talk, const WideString &library, const Bytes &frames, const Bytes &text)
 {
     Section section = Announce(talk, 64);
-    section.Put(0, Bytes(64, '\0'));
+    section.Put(0, Repeat(0, 64));
     talk.Send(CallFrame(library, "ListHosts", "SIGNATURE_VADPListHosts"));
-    talk.Expect(frames + success);
+    talk.Expect(frames + SuccessFrame());
     section.Expect(0, Hex("FFFFFFFF") + text);
 }
 
@@ -45,7 +45,7 @@ TEST(AdapterBinding, KnowsTheNameInCapitalsAndWithAFurtherExtension)
     Conversation talk(0);
     talk.Load(file.u16string());
     ExpectFailure(talk, file.u16string(), line, Narrow("boom"));
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
     talk.End();
 }
 
@@ -56,7 +56,7 @@ TEST(AdapterBinding, LeavesALibraryOfAnotherNameAlone)
     talk.Load(TargetLibrary("unbound_recorder"));
     ExpectFailure(talk, u"", no_text, Hex("00"));
     EXPECT_EQ(recorder.Lines(), "ListHosts path=\"\" credentials=null listing=null\n");
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
     talk.End();
 }
 
@@ -65,13 +65,13 @@ TEST(AdapterBinding, ServesTheOtherGenerationToo)
 {
     const Recorder recorder("ListHosts error=0x99 log=line level=5\nGetErrorMessage text=boom\n");
     Conversation talk(0);
-    talk.Send(Frame('l', platform::ToUtf8(TargetLibrary(adapter_library))));
+    talk.Send(LoadAltFrame(platform::ToUtf8(TargetLibrary(adapter_library))));
     talk.Expect(Hex("00000001"));
     talk.Load(TargetLibrary("unbound_recorder"));
     ExpectFailure(talk, u"", {}, Narrow("boom"));
     talk.Send(Hex("66 25 00000000"));
     talk.Expect(Hex("FFFFFF9D 00000004 6C696E65 00000005 FFFFFC19 FFFFFFFF 00000004 626F6F6D"));
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
     talk.End();
 }
 

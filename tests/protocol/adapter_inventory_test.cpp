@@ -11,7 +11,7 @@ public:
     explicit InventoryTalk(const std::string &library = adapter_library) : m_talk(0)
     {
         m_talk.Load(TargetLibrary(library));
-        m_talk.Send(Frame('l', platform::ToUtf8(TargetLibrary(library))));
+        m_talk.Send(LoadAltFrame(platform::ToUtf8(TargetLibrary(library))));
         m_talk.Expect(Hex("00000001"));
     }
 
@@ -22,7 +22,7 @@ public:
     {
         Section &section = Put(in);
         m_talk.Send(CallFrame(u"", function, "SIGNATURE_VADP" + function));
-        m_talk.Expect(success);
+        m_talk.Expect(SuccessFrame());
         section.Expect(0, Hex(out));
     }
 
@@ -32,13 +32,13 @@ public:
     {
         Section &section = Put(in);
         m_talk.Send(CallFrame(u"", function, signature));
-        m_talk.Expect(ErrorFrame(0xFFFFFFFF, 0xFFFFFFFF, refusal) + success);
+        m_talk.Expect(FailureFrame(refusal) + SuccessFrame());
         section.Expect(0, Hex(out));
     }
 
     void End()
     {
-        m_talk.Send(orderly_stop);
+        m_talk.Send(OrderlyStop());
         m_talk.End();
     }
 
@@ -207,7 +207,7 @@ TEST(InventoryText, Of1024BytesPassesAndOfOneMoreDoesNot)
 {
     const Recorder recorder("ListMachines result=1\nGetErrorMessage text=none\n");
     InventoryTalk talk;
-    talk.Talk().Send(Hex("66 27 00000400") + Bytes(1024, 'x'));
+    talk.Talk().Send(Hex("66 27 00000400") + Repeat('x', 1024));
     talk.Talk().Expect(Hex(no_log + "00000000"));
     talk.Talk().Send(Hex("66 27 00000401"));
     talk.Talk().Expect(Hex(StatusFailed("none")));

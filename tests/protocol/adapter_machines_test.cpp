@@ -68,7 +68,7 @@ Bytes Pattern(std::size_t size)
         state ^= state << 13;
         state ^= state >> 17;
         state ^= state << 5;
-        bytes += static_cast<char>(state >> 24);
+        bytes.push_back(static_cast<unsigned char>(state >> 24));
     }
     return bytes;
 }
@@ -100,7 +100,7 @@ TEST(MachinesCommandTogether, TakesItsValuesByteByByte)
 TEST(MachinesCommandTogether, TakesATextOf1024BytesAndRefusesOneMore)
 {
     AdapterTalk talk(Scripted({}, "PowerOnVaioVM result=1"));
-    talk.Command(62, Be32(1024) + Bytes(1024, 'x'));
+    talk.Command(62, Be32(1024) + Repeat('x', 1024));
     talk.Talk().Expect(Hex(status_okay));
     // Of the longer text nothing but the length is taken.
     talk.Command(62, Be32(1025));
@@ -116,8 +116,8 @@ TEST(MachinesSectors, OneMebibyteIsWrittenInTheFirstGeneration)
     const Bytes data = Pattern(mebibyte);
     AdapterTalk talk(Scripted({machines::disk}, "WriteSectors result=1 peek=1048576"));
     talk.CallWithSection("WriteSectors", write_sectors,
-                         Be32(5) + Be32(mebibyte_of_sectors) + Be32(mebibyte) + Bytes(4, '\0') + data);
-    talk.Talk().Expect(success);
+                         Be32(5) + Be32(mebibyte_of_sectors) + Be32(mebibyte) + Repeat(0, 4) + data);
+    talk.Talk().Expect(SuccessFrame());
     EXPECT_TRUE(talk.Seen() ==
                 std::vector<std::string>{"WriteSectors disk=0x601 start=5 count=2048 data=" + Digits(data)});
     talk.End();
@@ -140,12 +140,12 @@ TEST(MachinesSectors, OneMebibyteIsReadInTheFirstGeneration)
     constexpr std::uint32_t block = mebibyte + 8;
     const Bytes data = Pattern(mebibyte);
     AdapterTalk talk(Scripted({machines::disk}, "ReadSectors result=1 data=" + Digits(data)));
-    const Section &section = talk.CallWithSection("ReadSectors", read_sectors,
-                                                  Be32(5) + Be32(mebibyte_of_sectors) + Be32(block) + Bytes(4, '\xDD') +
-                                                      Bytes(block, '\xCC'));
-    talk.Talk().Expect(success);
-    section.Expect(0, Be32(block) + Be32(mebibyte_of_sectors) + Be32(block) + Bytes(4, '\xDD') + data + Bytes(1, '\0') +
-                          Bytes(7, '\xCC'));
+    const Section &section =
+        talk.CallWithSection("ReadSectors", read_sectors,
+                             Be32(5) + Be32(mebibyte_of_sectors) + Be32(block) + Repeat(0xDD, 4) + Repeat(0xCC, block));
+    talk.Talk().Expect(SuccessFrame());
+    section.Expect(0, Be32(block) + Be32(mebibyte_of_sectors) + Be32(block) + Repeat(0xDD, 4) + data + Repeat(0, 1) +
+                          Repeat(0xCC, 7));
     EXPECT_EQ(talk.Seen(), std::vector<std::string>{"ReadSectors disk=0x601 start=5 count=2048 data="});
     talk.End();
 }
@@ -183,12 +183,12 @@ TEST(MachinesSectors, WritingLessThanNoneGoesOnAfterAWord)
 TEST(MachinesDisk, OfTheFirstGenerationTakesTheCredentialsWithItWhenItIsClosed)
 {
     AdapterTalk talk(Scripted({machines::credentials, machines::disk}, "CloseDisk result=1\nPowerOnVaioVM result=1"));
-    talk.CallWithSection("CloseDisk", "SIGNATURE_VADPCloseDisk", Bytes(16, '\xEE'));
-    talk.Talk().Expect(success);
+    talk.CallWithSection("CloseDisk", "SIGNATURE_VADPCloseDisk", Repeat(0xEE, 16));
+    talk.Talk().Expect(SuccessFrame());
     talk.Command(62, Values({Text("vm")}));
     talk.Talk().Expect(Hex(status_okay));
-    talk.CallWithSection("CloseDisk", "SIGNATURE_VADPCloseDisk", Bytes(16, '\xEE'));
-    talk.Talk().Expect(success);
+    talk.CallWithSection("CloseDisk", "SIGNATURE_VADPCloseDisk", Repeat(0xEE, 16));
+    talk.Talk().Expect(SuccessFrame());
     EXPECT_EQ(talk.Seen(),
               (std::vector<std::string>{"CloseDisk disk=0x601", "PowerOnVaioVM path=\"vm\" credentials=null",
                                         "CloseDisk disk=0x601"}));
@@ -226,16 +226,16 @@ TEST(MachinesCreateVM, OfTheFirstGenerationLeavesItsLogToTheNextAnswer)
     AdapterTalk talk(Scripted({}, "CreateVM result=1 log=late level=9\nGetHostCpus result=1"));
     talk.CallWithSection("CreateVM", "SIGNATURE_VADPCreateVM",
                          Narrow("1") + Narrow("2") + Narrow("3") + Be32(1) + Narrow("k") + Narrow("v"));
-    talk.Talk().Expect(success);
-    talk.CallWithSection("GetHostCpus", "SIGNATURE_VADPGetHostCpus", Narrow("host") + Bytes(16, '\0'));
-    talk.Talk().Expect(Hex("4D 0000000E 00000009 6C00610074006500 0000") + success);
+    talk.Talk().Expect(SuccessFrame());
+    talk.CallWithSection("GetHostCpus", "SIGNATURE_VADPGetHostCpus", Narrow("host") + Repeat(0, 16));
+    talk.Talk().Expect(Hex("4D 0000000E 00000009 6C00610074006500 0000") + SuccessFrame());
     talk.End();
 }
 
 TEST(MachinesReconfigVM, IsNotAnsweredInEitherGeneration)
 {
     AdapterTalk talk(Scripted({}, "PowerOffVaioVM result=1"));
-    talk.CallWithSection("ReconfigVM", "SIGNATURE_VADPReconfigVM", Bytes(16, '\xEE'));
+    talk.CallWithSection("ReconfigVM", "SIGNATURE_VADPReconfigVM", Repeat(0xEE, 16));
     talk.Command(60, {});
     talk.Command(63, Values({Text("vm")}));
     talk.Talk().Expect(Hex(status_okay));
@@ -247,8 +247,8 @@ TEST(MachinesSignature, OfOneGenerationIsRefusedByTheOther)
 {
     AdapterTalk talk(Scripted({}, "DeleteVaioVM result=1"));
     for (const std::string function : {"DeleteVaioVM", "CloneVM"}) {
-        talk.CallWithSection(function, "SIGNATURE_VADP" + function, Bytes(16, '\0'));
-        talk.Talk().Expect(ErrorFrame(0xFFFFFFFF, 0xFFFFFFFF, u"Invalid signature"));
+        talk.CallWithSection(function, "SIGNATURE_VADP" + function, Repeat(0, 16));
+        talk.Talk().Expect(FailureFrame(u"Invalid signature"));
     }
     EXPECT_EQ(talk.Seen(), std::vector<std::string>());
     talk.End();

@@ -119,27 +119,27 @@ TEST(RestoreByCommand, TakesACLInfosAndReconfigurationFromTheSectionAndAnswersIn
     const Bytes acl = Hex("00000002 00000000 AABB 6B00 7300");
 
     section.Put(0, acl);
-    talk.Command(18, "");
-    talk.Talk().Expect(Hex(restore_frame) + success);
+    talk.Command(18, {});
+    talk.Talk().Expect(Hex(restore_frame) + SuccessFrame());
     section.Expect(0, Hex("00000000 00"));
 
     section.Put(0, acl);
-    talk.Command(18, "");
-    talk.Talk().Expect(Hex(restore_frame) + success);
+    talk.Command(18, {});
+    talk.Talk().Expect(Hex(restore_frame) + SuccessFrame());
     section.Expect(0, Hex("FFFFFFFF 00"));
 
     section.Put(0, Hex("00000000"));
-    talk.Command(25, "");
-    talk.Talk().Expect(success);
+    talk.Command(25, {});
+    talk.Talk().Expect(SuccessFrame());
     section.Expect(0, Hex("00000000 00"));
 
     section.Put(0, Hex("00000000 01"));
-    talk.Command(48, "");
-    talk.Talk().Expect(success);
+    talk.Command(48, {});
+    talk.Talk().Expect(SuccessFrame());
     section.Expect(0, Hex("626F6F6D 00"));
 
-    talk.CallWithSection("NextItem", "SIGNATURE_VADPNextItem", Hex("00000000") + Bytes(60, '\0'));
-    talk.Talk().Expect(success);
+    talk.CallWithSection("NextItem", "SIGNATURE_VADPNextItem", Hex("00000000") + Repeat(0, 60));
+    talk.Talk().Expect(SuccessFrame());
     EXPECT_EQ(talk.Seen(), Lines({"CreateACLInfo length=2 data=AABB key=\"k\" second=\"s\" aclinfo=null",
                                   "CreateACLInfo length=2 data=AABB key=\"k\" second=\"s\" aclinfo=0x700",
                                   "GetACLInfo aclinfo=0x700 listing=null", "ReconfigureMachine session=0x501 flag=1",
@@ -151,9 +151,8 @@ TEST(RestoreByCommand, TakesACLInfosAndReconfigurationFromTheSectionAndAnswersIn
 TEST(RestoreByCommand, RefusesAReconfigurationWithoutASectionByItsDoubledName)
 {
     AdapterTalk talk(RestoreScript{{}, "ReconfigureMachine", "result=1", ""});
-    talk.Command(48, "");
-    talk.Talk().Expect(
-        ErrorFrame(0xFFFFFFFF, 0xFFFFFFFF, u"Failed to serialise input (Process_VADPVADPReconfigureMachine)"));
+    talk.Command(48, {});
+    talk.Talk().Expect(FailureFrame(u"Failed to serialise input (Process_VADPVADPReconfigureMachine)"));
     EXPECT_EQ(talk.Seen(), Lines());
     talk.End();
 }
@@ -163,7 +162,7 @@ TEST(RestoreByCommand, WritesALargeBlockWhole)
 {
     constexpr std::size_t size = 300000;
     AdapterTalk talk(RestoreScript{{RestoreFile("0x600"), RestoreFile("0x601")}, "WriteRestoreFile", "result=1", ""});
-    talk.Command(21, Hex("00000001 000493E0") + Bytes(size, '\x5A'));
+    talk.Command(21, Hex("00000001 000493E0") + Repeat(0x5A, size));
     talk.Talk().Expect(Hex("FFFFFC19 00000001"));
     std::string digits;
     for (std::size_t at = 0; at < size; ++at)
@@ -172,8 +171,8 @@ TEST(RestoreByCommand, WritesALargeBlockWhole)
     EXPECT_TRUE(talk.Seen() == seen);
     talk.Forget();
     const Section &section = talk.CallWithSection("WriteRestoreFile", "SIGNATURE_VADPWriteRestoreFile",
-                                                  Hex("00000001 000493E0") + Bytes(size, '\x5A'));
-    talk.Talk().Expect(success);
+                                                  Hex("00000001 000493E0") + Repeat(0x5A, size));
+    talk.Talk().Expect(SuccessFrame());
     section.Expect(0, Hex("00"));
     EXPECT_TRUE(talk.Seen() == seen);
     talk.End();
@@ -189,7 +188,7 @@ TEST(RestoreByCommand, PassesOnALineThatAThreadOfTheAdaptersLogsInTheMiddleOfAWr
     talk.Command(21, Hex("00000000 00000001 AA"));
     talk.Talk().Expect(Hex("FFFFFF9D 00000001 E9 000000FF FFFFFC19 00000001"));
     talk.CallWithSection("WriteRestoreFile", "SIGNATURE_VADPWriteRestoreFile", Hex("00000000 00000001 AA"));
-    talk.Talk().Expect(Hex("4D 0000000E 00000003 6C0069006E0065000000") + success);
+    talk.Talk().Expect(Hex("4D 0000000E 00000003 6C0069006E0065000000") + SuccessFrame());
     talk.End();
 }
 

@@ -24,8 +24,8 @@ public:
     {
         Load(library);
         for (const Step &step : row.before) {
-            CallWithSection(step.function, step.signature, Joined(step.in) + Bytes(spare, '\xEE'));
-            Talk().Expect(success);
+            CallWithSection(step.function, step.signature, Joined(step.in) + Repeat(0xEE, spare));
+            Talk().Expect(SuccessFrame());
         }
         Forget();
     }
@@ -37,7 +37,7 @@ public:
     {
         Talk().Load(TargetLibrary(library));
         const std::string name = platform::ToUtf8(TargetLibrary(library));
-        Talk().Send(Frame('l', name));
+        Talk().Send(LoadAltFrame(name));
         Talk().Expect(Hex("00000001"));
     }
 
@@ -66,10 +66,7 @@ public:
     }
 
     /// Asks for the command, with these values behind it.
-    void Command(std::uint8_t command, const Bytes &values)
-    {
-        Talk().Send(Hex("66") + static_cast<char>(command) + values);
-    }
+    void Command(std::uint8_t command, const Bytes &values) { Talk().Send(CommandRequest(command, values)); }
 
     /// What the adapter has seen since Forget.
     std::vector<std::string> Seen() const
@@ -84,7 +81,7 @@ public:
 
     void End()
     {
-        Talk().Send(orderly_stop);
+        Talk().Send(OrderlyStop());
         Talk().End();
     }
 
@@ -119,11 +116,11 @@ private:
 inline void ExpectAnswer(const AdapterRow &row)
 {
     AdapterTalk talk(row);
-    const Bytes before = AdapterTalk::Joined(row.in) + Bytes(AdapterTalk::spare, '\xEE');
+    const Bytes before = AdapterTalk::Joined(row.in) + Repeat(0xEE, AdapterTalk::spare);
     const Section &section = talk.CallWithSection(row.function, row.signature, before);
-    talk.Talk().Expect(Hex(row.frames) + success);
+    talk.Talk().Expect(Hex(row.frames) + SuccessFrame());
     const Bytes out = Hex(row.out);
-    section.Expect(0, out + before.substr(out.size()));
+    section.Expect(0, out + Behind(out.size(), before));
     EXPECT_EQ(talk.Seen(), row.seen);
     talk.End();
 }
@@ -132,12 +129,12 @@ inline void ExpectAnswer(const AdapterRow &row)
 inline void ExpectAnswerByCommand(const AdapterRow &row, std::uint8_t command)
 {
     AdapterTalk talk(row);
-    const Bytes before = AdapterTalk::Joined(row.in) + Bytes(AdapterTalk::spare, '\xEE');
+    const Bytes before = AdapterTalk::Joined(row.in) + Repeat(0xEE, AdapterTalk::spare);
     const Section &section = talk.Give(before);
     talk.Command(command, {});
-    talk.Talk().Expect(Hex(row.frames) + success);
+    talk.Talk().Expect(Hex(row.frames) + SuccessFrame());
     const Bytes out = Hex(row.out);
-    section.Expect(0, out + before.substr(out.size()));
+    section.Expect(0, out + Behind(out.size(), before));
     EXPECT_EQ(talk.Seen(), row.seen);
     talk.End();
 }
@@ -156,7 +153,7 @@ inline void ExpectRefusedInput(const AdapterRow &row)
         if (!cut.empty())
             talk.Give(cut);
         talk.Call(row.function, row.signature);
-        talk.Talk().Expect(ErrorFrame(0xFFFFFFFF, 0xFFFFFFFF, row.input_failure));
+        talk.Talk().Expect(FailureFrame(row.input_failure));
     }
     EXPECT_EQ(talk.Seen(), std::vector<std::string>());
     talk.End();

@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <exception>
 #include <fstream>
@@ -200,8 +201,8 @@ void Conversation::Send(const Bytes &bytes, Place place)
 
 void Conversation::SendEachByte(const Bytes &bytes, Place place)
 {
-    for (const char byte : bytes)
-        Send(Bytes(1, byte), place);
+    for (const unsigned char byte : bytes)
+        Send({byte}, place);
 }
 
 void Conversation::Expect(const Bytes &bytes, Place place)
@@ -209,7 +210,7 @@ void Conversation::Expect(const Bytes &bytes, Place place)
     Bytes heard;
     while (heard.size() < bytes.size()) {
         const Bytes more = m_pipe->Read(bytes.size() - heard.size());
-        if (more.empty() || !bytes.starts_with(heard + more))
+        if (more.empty() || First(heard.size() + more.size(), bytes) != heard + more)
             Fail("Expected " + Show(bytes) + "\n   heard " + Show(heard + more) +
                      (more.empty() ? "and then nothing" : ""),
                  place);
@@ -231,7 +232,7 @@ Bytes Conversation::ReadFrame(Place place)
     read(5);
     std::size_t length = 0;
     for (std::size_t at = 1; at < 5; ++at)
-        length = length * 256 + static_cast<unsigned char>(frame[at]);
+        length = length * 256 + frame[at];
     read(5 + length);
     return frame;
 }
@@ -257,13 +258,13 @@ void Conversation::Close()
 void Conversation::Load(const WideString &library, Place place)
 {
     Send(LoadFrame(library), place);
-    Expect(success, place);
+    Expect(SuccessFrame(), place);
 }
 
 void Conversation::Call(const std::string &function, Place place)
 {
     Send(CallFrame(u"", function, "SIGNATURE_" + function), place);
-    Expect(success, place);
+    Expect(SuccessFrame(), place);
 }
 
 void Conversation::End(Place place)
@@ -334,7 +335,7 @@ Bytes Section::Get(std::size_t offset, std::size_t count) const
 {
     if (offset + count > m_size)
         throw std::out_of_range("behind the section");
-    return {reinterpret_cast<const char *>(m_view) + offset, count};
+    return {m_view + offset, m_view + offset + count};
 }
 
 void Section::Expect(std::size_t offset, const Bytes &bytes, Place place) const
@@ -348,17 +349,18 @@ void Section::Expect(std::size_t offset, const Bytes &bytes, Place place) const
 WideString Told(Conversation &talk, Section &section, std::uint32_t number, Place place)
 {
     constexpr std::uint32_t room = told_size / 2;
-    section.Put(0, Be64(0) + Be64(0) + Be32(number) + Be32(room) + Bytes(room, '\0') + Be32(room));
+    section.Put(0, Be64(0) + Be64(0) + Be32(number) + Be32(room) + Repeat(0, room) + Be32(room));
     talk.Send(CallFrame(u"", "VornGetErrorText", "SIGNATURE_VornGetErrorText"), place);
-    talk.Expect(success, place);
-    return platform::FromUtf8(section.Get(24, room).c_str());
+    talk.Expect(SuccessFrame(), place);
+    const Bytes text = section.Get(24, room);
+    return platform::FromUtf8(std::string(text.begin(), std::find(text.begin(), text.end(), 0)));
 }
 
 Section Announce(Conversation &talk, std::uint32_t size, char16_t digit, Place place)
 {
     Section section = Section::Create(talk.SectionName(digit), size);
-    talk.Send(SectionFrame(section.Name(), size), place);
-    talk.Expect(success, place);
+    talk.Send(ResizeFrame(section.Name(), size), place);
+    talk.Expect(SuccessFrame(), place);
     return section;
 }
 

@@ -2,8 +2,8 @@
 
 #include "platform/process.h"
 #include "platform/section.h"
-#include "protocol/bytes.h"
 #include "protocol/system.h"
+#include "support/wire.h"
 
 #include <filesystem>
 #include <memory>

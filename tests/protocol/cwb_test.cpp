@@ -30,7 +30,7 @@ public:
         : m_recorder(script), talk(0, {}, place), section(Announce(talk, section_size, u'7', place)),
           m_sectionSize(section_size)
     {
-        section.Put(0, Bytes(section_size, '\xEE'));
+        section.Put(0, Repeat(0xEE, section_size));
         talk.Load(TargetLibrary(library), place);
     }
 
@@ -38,7 +38,7 @@ public:
     void Ask(const std::string &function, const std::string &signature, const Bytes &in_list,
              Place place = Place::Here())
     {
-        section.Put(0, in_list + Bytes(m_sectionSize - in_list.size(), '\xEE'));
+        section.Put(0, in_list + Repeat(0xEE, m_sectionSize - in_list.size()));
         talk.Send(CallFrame(u"", function, signature), place);
     }
 
@@ -47,7 +47,7 @@ public:
               Place place = Place::Here())
     {
         Ask(function, signature, in_list, place);
-        talk.Expect(success, place);
+        talk.Expect(SuccessFrame(), place);
     }
 
     std::string Record() const { return m_recorder.Lines(); }
@@ -78,12 +78,12 @@ TEST(Cwb, FailuresThatFillNothingIn)
         SCOPED_TRACE(row.function);
         Bytes after = InList(row);
         cwb.Call(row.function, row.signature, after);
-        after += Bytes(32, '\xEE');
+        after += Repeat(0xEE, 32);
         const Bytes out = Hex(row.out);
-        cwb.section.Expect(0, after.replace(0, out.size(), out));
+        cwb.section.Expect(0, out + Behind(out.size(), after));
     }
     EXPECT_EQ(cwb.Record(), recorded);
-    cwb.talk.Send(orderly_stop);
+    cwb.talk.Send(OrderlyStop());
 }
 
 // The life of a parameter. The address is a number that the parent only sends back.
@@ -103,11 +103,11 @@ TEST(Cwb, AParameterFromItsAddingToItsDeleting)
     cwb.section.Expect(0, address + Hex("00000003 EEEEEEEE A1A203 00000000 EE"));
 
     cwb.Call("cwbRC_CallPgm", "SIGNATURE_CWBRC_CALLPGM_DELETEBUFFER", address);
-    cwb.section.Expect(0, Hex("00000000") + address.substr(4) + Hex("EE"));
+    cwb.section.Expect(0, Hex("00000000") + Behind(4, address) + Hex("EE"));
 
     EXPECT_EQ(cwb.Record(), "cwbRC_AddParm program=0xc1c2c3c4 type=0x8002 length=3 parameter=some data=010203\n"
                             "cwbRC_CallPgm request=0xb1b2b3b4 program=0xc1c2c3c4 errors=0xe1e2e3e4\n");
-    cwb.talk.Send(orderly_stop);
+    cwb.talk.Send(OrderlyStop());
     cwb.talk.End();
 }
 
@@ -122,7 +122,7 @@ TEST(Cwb, AParameterOfNoBytes)
     cwb.section.Expect(0, address + Hex("00000000 EEEEEEEE 00000000 EE"));
     cwb.Call("cwbRC_AddParm", "SIGNATURE_CWBRC_CALLPGM_DELETEBUFFER", address);
     EXPECT_EQ(cwb.Record(), "cwbRC_AddParm program=0xc1c2c3c4 type=0x8002 length=0 parameter=some data=\n");
-    cwb.talk.Send(orderly_stop);
+    cwb.talk.Send(OrderlyStop());
     cwb.talk.End();
 }
 
@@ -134,7 +134,7 @@ TEST(Cwb, NoAddressIsNothingToCopyAndNothingToDelete)
     cwb.Call("cwbRC_CallPgm", "SIGNATURE_CWBRC_CALLPGM_DELETEBUFFER", Be64(0));
     cwb.section.Expect(0, Be64(0) + Hex("EE"));
     EXPECT_EQ(cwb.Record(), "");
-    cwb.talk.Send(orderly_stop);
+    cwb.talk.Send(OrderlyStop());
 }
 
 // The two rows call nothing, yet the function that they are asked with has to be there.
@@ -147,7 +147,7 @@ TEST(Cwb, ParameterRowsNeedAnExportThatExists)
         cwb.Ask("cwbRC_CallPgm_" + name, signature, Be64(0));
         cwb.talk.Expect(ErrorFrame(0, 0, u"Failed to get function address..."));
     }
-    cwb.talk.Send(orderly_stop);
+    cwb.talk.Send(OrderlyStop());
 }
 
 // The texts of the rows that the table leaves out.
@@ -180,11 +180,11 @@ TEST(Cwb, ParameterRowsRefuseTheirInputWhereverItIsCut)
             Section section = Announce(talk, static_cast<std::uint32_t>(bytes.size()), digit++);
             section.Put(0, bytes);
             talk.Send(CallFrame(u"", "cwbRC_AddParm", cut.signature));
-            talk.Expect(ErrorFrame(0xFFFFFFFF, 0xFFFFFFFF, cut.text));
+            talk.Expect(FailureFrame(cut.text));
         }
     }
     EXPECT_EQ(recorder.Lines(), "");
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
 }
 
 // The section has no room for what stands behind the buffer, and the parent makes none. The address, which would fault
@@ -193,11 +193,10 @@ TEST(Cwb, GetBufferWithoutRoomCopiesNothing)
 {
     Cwb cwb("", 19);
     cwb.Ask("cwbRC_CallPgm", "SIGNATURE_CWBRC_CALLPGM_GETBUFFER", Be64(1) + Hex("00000003 EEEEEEEE F0F1F2"));
-    cwb.talk.Expect(SectionFrame(cwb.talk.SectionName(u'0'), 27));
+    cwb.talk.Expect(ResizeFrame(cwb.talk.SectionName(u'0'), 27));
     cwb.talk.Send(ErrorFrame(0, 0, u"no room"));
-    cwb.talk.Expect(
-        ErrorFrame(0xFFFFFFFF, 0xFFFFFFFF, u"Failed to serialise output (Process_cwbRC_CallPgm_GetBuffer)"));
-    cwb.talk.Send(orderly_stop);
+    cwb.talk.Expect(FailureFrame(u"Failed to serialise output (Process_cwbRC_CallPgm_GetBuffer)"));
+    cwb.talk.Send(OrderlyStop());
 }
 
 // Output texts without a closing bracket that a parent can provoke.
@@ -222,11 +221,11 @@ TEST(Cwb, OutputTextsThatLackTheirBracket)
         const Bytes in_list = Hex(row.in_list);
         Cwb cwb("", static_cast<std::uint32_t>(in_list.size()));
         cwb.Ask(row.function, row.signature, in_list);
-        cwb.talk.Expect(SectionFrame(cwb.talk.SectionName(u'0'), row.wanted));
+        cwb.talk.Expect(ResizeFrame(cwb.talk.SectionName(u'0'), row.wanted));
         cwb.talk.Send(ErrorFrame(0, 0, u"no room"));
-        cwb.talk.Expect(ErrorFrame(0xFFFFFFFF, 0xFFFFFFFF, row.text));
+        cwb.talk.Expect(FailureFrame(row.text));
         EXPECT_TRUE(cwb.Record().starts_with(row.function));
-        cwb.talk.Send(orderly_stop);
+        cwb.talk.Send(OrderlyStop());
     }
 }
 
@@ -235,9 +234,9 @@ TEST(Cwb, AStatementTextWithoutAnEndIsRefused)
     Cwb cwb("", 16);
     cwb.Ask("cwbDB_SetStatementText", "SIGNATURE_CWBDB_SETSTATEMENTTEXT",
             Hex("D1D2D3D4 5300 4500 4C00 4500 4300 5400"));
-    cwb.talk.Expect(ErrorFrame(0xFFFFFFFF, 0xFFFFFFFF, u"Failed to serialise input (Process_cwbDB_SetStatementText)"));
+    cwb.talk.Expect(FailureFrame(u"Failed to serialise input (Process_cwbDB_SetStatementText)"));
     EXPECT_EQ(cwb.Record(), "");
-    cwb.talk.Send(orderly_stop);
+    cwb.talk.Send(OrderlyStop());
 }
 
 // Neither name nor password leaves a trace.
@@ -252,9 +251,9 @@ TEST(Cwb, NamesAndPasswordsStayOutOfTheLog)
             name == std::string("cwbCO_SetPassword") ? "SIGNATURE_CWBCO_SETPASSWORD" : "SIGNATURE_CWBCO_SETUSERIDEX";
         section.Put(0, Hex("A1A2A3A4") + Wide(u"Zyx98765"));
         talk.Send(CallFrame(u"", name, signature));
-        talk.Expect(success);
+        talk.Expect(SuccessFrame());
     }
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
     talk.End();
     EXPECT_EQ(recorder.Lines(), "cwbCO_SetUserIDEx system=0xa1a2a3a4 user=\"Zyx98765\"\n"
                                 "cwbCO_SetPassword system=0xa1a2a3a4 password=\"Zyx98765\"\n");
@@ -268,19 +267,19 @@ TEST(Cwb, GetDataPointerOfNoBytesCopiesNothing)
     cwb.Call("cwbDB_GetDataPointer", "SIGNATURE_CWBDB_GETDATAPOINTER", Hex("DA1A2A3A 00000000 E1E2E3E4"));
     cwb.section.Expect(0, Hex("DA1A2A3A 00000000 80000009 EE"));
     EXPECT_EQ(cwb.Record(), "cwbDB_GetDataPointer data=0xda1a2a3a errors=0xe1e2e3e4\n");
-    cwb.talk.Send(orderly_stop);
+    cwb.talk.Send(OrderlyStop());
 }
 
 TEST(Cwb, GetDataPointerGrowsTheSectionAndThenCopies)
 {
     Cwb cwb("cwbDB_GetDataPointer bytes=B1B2B3B4B5 result=7\n", 17);
     cwb.Ask("cwbDB_GetDataPointer", "SIGNATURE_CWBDB_GETDATAPOINTER", Hex("DA1A2A3A 00000005 F0F1F2F3F4 E1E2E3E4"));
-    cwb.talk.Expect(SectionFrame(cwb.talk.SectionName(u'0'), 25));
+    cwb.talk.Expect(ResizeFrame(cwb.talk.SectionName(u'0'), 25));
     const Section grown = Section::Open(cwb.talk.SectionName(u'0'), 25);
-    cwb.talk.Send(success);
-    cwb.talk.Expect(success);
+    cwb.talk.Send(SuccessFrame());
+    cwb.talk.Expect(SuccessFrame());
     grown.Expect(0, Hex("DA1A2A3A 00000005 B1B2B3B4B5 00000007"));
-    cwb.talk.Send(orderly_stop);
+    cwb.talk.Send(OrderlyStop());
 }
 
 // The section just holds the in-list, so each of these makes it grow after the library has written.
@@ -313,12 +312,12 @@ TEST(Cwb, WhatTheLibraryWroteIsThereAfterTheSectionGrew)
         const Bytes in_list = Hex(row.in_list);
         Cwb cwb(row.function + " " + row.script + "\n", static_cast<std::uint32_t>(in_list.size()));
         cwb.Ask(row.function, row.signature, in_list);
-        cwb.talk.Expect(SectionFrame(cwb.talk.SectionName(u'0'), row.wanted));
+        cwb.talk.Expect(ResizeFrame(cwb.talk.SectionName(u'0'), row.wanted));
         const Section grown = Section::Open(cwb.talk.SectionName(u'0'), row.wanted);
-        cwb.talk.Send(success);
-        cwb.talk.Expect(success);
+        cwb.talk.Send(SuccessFrame());
+        cwb.talk.Expect(SuccessFrame());
         grown.Expect(0, Hex(row.out_list));
-        cwb.talk.Send(orderly_stop);
+        cwb.talk.Send(OrderlyStop());
     }
 }
 
@@ -327,10 +326,10 @@ TEST(Cwb, GetDataPointerOfAMegabyte)
     constexpr std::uint32_t length = 1 << 20;
     Cwb cwb("cwbDB_GetDataPointer count_up=1048576 result=7\n", length + 64);
     cwb.Call("cwbDB_GetDataPointer", "SIGNATURE_CWBDB_GETDATAPOINTER",
-             Hex("DA1A2A3A 00100000") + Bytes(length, '\xEE') + Hex("E1E2E3E4"));
+             Hex("DA1A2A3A 00100000") + Repeat(0xEE, length) + Hex("E1E2E3E4"));
     EXPECT_TRUE(cwb.section.Get(8, length) == CountUp(length));
     cwb.section.Expect(8 + length, Hex("00000007 EE"));
-    cwb.talk.Send(orderly_stop);
+    cwb.talk.Send(OrderlyStop());
 }
 
 // A library that fails and gives no pointer: the copy has no guard, and the fault ends the run.

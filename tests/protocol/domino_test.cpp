@@ -64,12 +64,12 @@ TEST(DominoSection, GrowsAndKeepsTheErrorMessage)
     section.Put(0, in_list);
     talk.Load(TargetLibrary(library));
     talk.Send(CallFrame(u"", "DominoGetErrorMessage", "SIGNATURE_DominoGetErrorMessage"));
-    talk.Expect(SectionFrame(talk.SectionName(u'0'), 28));
+    talk.Expect(ResizeFrame(talk.SectionName(u'0'), 28));
     const Section grown = Section::Open(talk.SectionName(u'0'), 28);
-    talk.Send(success);
-    talk.Expect(success);
+    talk.Send(SuccessFrame());
+    talk.Expect(SuccessFrame());
     grown.Expect(0, Hex("00000001 00000002 00000004 EEEEEEEE 61626300 00000000"));
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
     talk.End();
 }
 
@@ -83,13 +83,13 @@ TEST(DominoSection, GrowsAndKeepsTheBlockBehindAPath)
     section.Put(0, in_list);
     talk.Load(TargetLibrary(library));
     talk.Send(CallFrame(u"", "DominoFindFirstDatabase", "SIGNATURE_DominoFindFirstDatabase"));
-    talk.Expect(SectionFrame(talk.SectionName(u'0'), 28));
+    talk.Expect(ResizeFrame(talk.SectionName(u'0'), 28));
     const Section grown = Section::Open(talk.SectionName(u'0'), 28);
-    talk.Send(success);
-    talk.Expect(success);
+    talk.Send(SuccessFrame());
+    talk.Expect(SuccessFrame());
     grown.Expect(0, Hex("89ABCDEF 616200 00000004 EEEEEEEEEE A1A20304 00000002 00000000"));
     EXPECT_EQ(recorder.Lines(), "DominoFindFirstDatabase session=0x89abcdef path=\"ab\" block=01020304 length=4\n");
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
     talk.End();
 }
 
@@ -103,11 +103,11 @@ TEST(DominoSection, RefusedGrowthIsAnOutputFailure)
     section.Put(0, in_list);
     talk.Load(TargetLibrary(library));
     talk.Send(CallFrame(u"", "DominoFindNextDatabase", "SIGNATURE_DominoFindNextDatabase"));
-    talk.Expect(SectionFrame(talk.SectionName(u'0'), 21));
+    talk.Expect(ResizeFrame(talk.SectionName(u'0'), 21));
     talk.Send(ErrorFrame(0, 0, u"no"));
-    talk.Expect(ErrorFrame(0xFFFFFFFF, 0xFFFFFFFF, u"Failed to serialise output (Process_DominoFindNextDatabase)"));
+    talk.Expect(FailureFrame(u"Failed to serialise output (Process_DominoFindNextDatabase)"));
     EXPECT_EQ(recorder.Lines(), "DominoFindNextDatabase session=0x1 block=01 length=1\n");
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
     talk.End();
 }
 

@@ -28,7 +28,7 @@ TEST(TenThousand, CallsOfAPlainRow)
     const auto repeat = [&](int count) {
         for (int i = 0; i < count; ++i) {
             talk.Send(call);
-            talk.Expect(success);
+            talk.Expect(SuccessFrame());
         }
     };
     repeat(500);
@@ -36,7 +36,7 @@ TEST(TenThousand, CallsOfAPlainRow)
     repeat(10000);
     ExpectNoGrowth(before, HoldingsOf(talk.Helper().Process()));
     section.Expect(0, Hex("0000002A"));
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
 }
 
 // Blocks through the section, refused calls and failed in-lists: whatever a parent may go on doing.
@@ -53,10 +53,10 @@ TEST(TenThousand, CallsOfEveryKind)
         section.Put(0, Be64(1) + Be64(2) + Narrow("a path that is longer than any string holds in itself") + Be32(0));
         talk.Call("VornOpenFile");
         talk.Send(CallFrame(u"", "GetBackupType", "nothing"));
-        talk.Expect(ErrorFrame(0xFFFFFFFF, 0xFFFFFFFF, u"Invalid signature"));
+        talk.Expect(FailureFrame(u"Invalid signature"));
         section.Put(16, Hex("FFFFFFFF"));
         talk.Send(CallFrame(u"", "VornReadFile", "SIGNATURE_VornReadFile"));
-        talk.Expect(ErrorFrame(0xFFFFFFFF, 0xFFFFFFFF, u"Failed to serialise input (Process_VornReadFile)"));
+        talk.Expect(FailureFrame(u"Failed to serialise input (Process_VornReadFile)"));
     };
     for (int i = 0; i < 100; ++i)
         round();
@@ -64,7 +64,7 @@ TEST(TenThousand, CallsOfEveryKind)
     for (int i = 0; i < 2000; ++i)
         round();
     ExpectNoGrowth(before, HoldingsOf(talk.Helper().Process()));
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
 }
 
 // Sections come and go in both directions, and modules too.
@@ -76,14 +76,14 @@ TEST(Hundreds, OfSectionsAndLoads)
         const Section small = Announce(talk, 3);
         talk.Load(library);
         talk.Send(CallFrame(u"", "Answer", "SIGNATURE_GetBackupType"));
-        talk.Expect(SectionFrame(talk.SectionName(u'0'), 4));
+        talk.Expect(ResizeFrame(talk.SectionName(u'0'), 4));
         const Section grown = Section::Open(talk.SectionName(u'0'), 4);
-        talk.Send(success);
-        talk.Expect(success);
+        talk.Send(SuccessFrame());
+        talk.Expect(SuccessFrame());
         grown.Expect(0, Hex("0000002A"));
         const Section next = Announce(talk, 4, u'6');
         talk.Send(CallFrame(u"", "Answer", "SIGNATURE_GetBackupType"));
-        talk.Expect(success);
+        talk.Expect(SuccessFrame());
         next.Expect(0, Hex("0000002A"));
     };
     for (int i = 0; i < 20; ++i)
@@ -92,7 +92,7 @@ TEST(Hundreds, OfSectionsAndLoads)
     for (int i = 0; i < 300; ++i)
         round();
     ExpectNoGrowth(before, HoldingsOf(talk.Helper().Process()));
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
 }
 
 TEST(Hundred, HelpersAtOnce)
@@ -105,20 +105,20 @@ TEST(Hundred, HelpersAtOnce)
         talks.push_back(std::make_unique<Conversation>(0, std::vector<WideString>()));
     for (const auto &talk : talks) {
         sections.push_back(Section::Create(talk->SectionName(u'7'), 16));
-        talk->Send(SectionFrame(sections.back().Name(), 16));
+        talk->Send(ResizeFrame(sections.back().Name(), 16));
         talk->Send(LoadFrame(TargetLibrary("plain")));
         talk->Send(CallFrame(u"", "Answer", "SIGNATURE_GetBackupType"));
     }
     for (const auto &talk : talks) {
-        talk->Expect(success);
-        talk->Expect(success);
-        talk->Expect(success);
+        talk->Expect(SuccessFrame());
+        talk->Expect(SuccessFrame());
+        talk->Expect(SuccessFrame());
     }
     for (const Section &section : sections)
         section.Expect(0, Hex("0000002A"));
     sections.clear();
     for (const auto &talk : talks)
-        talk->Send(orderly_stop);
+        talk->Send(OrderlyStop());
     for (const auto &talk : talks)
         talk->End();
 }

@@ -34,10 +34,10 @@ TEST(EseLastError, IsTheCallsOwn)
     section.Put(0, Hex("00000009"));
     for (const char *const out : {"00000001 00000057", "00000000 00000000", "00000002 00000000", "00000003 80070005"}) {
         talk.Send(CallFrame(u"", "HrESEBackupEnd", "SIG_HR_ESE_BACKUP_END"));
-        talk.Expect(success);
+        talk.Expect(SuccessFrame());
         section.Expect(0, Hex("00000009") + Hex(out));
     }
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
     talk.End();
 }
 
@@ -55,14 +55,14 @@ TEST(EseSection, GrowsForInstances)
     // 8 + 4 + 4 + 4 + 4 + 15 + 12 = 51; error 4.
     constexpr std::uint32_t bound = 6 + 4 + 8 + 4 + (8 + 10 + 4 + 4 + (12 + 24 + 28 + 8) + (10 + 16 + 28 + 8) + 4) +
                                     (8 + 4 + 4 + 4 + 4 + 15 + 12) + 4;
-    talk.Expect(SectionFrame(talk.SectionName(u'0'), bound));
+    talk.Expect(ResizeFrame(talk.SectionName(u'0'), bound));
     const Section grown = Section::Open(talk.SectionName(u'0'), bound);
-    talk.Send(success);
-    talk.Expect(success);
+    talk.Send(SuccessFrame());
+    talk.Expect(SuccessFrame());
     grown.Expect(0, Hex("7300 0000 0000 00000009 00000001 00000002"
                         "0102030405060708 6F00 6E00 6500 0000 00000007 00000002"
                         "6D00 6100 6900 6C00 0000"));
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
     talk.End();
 }
 
@@ -76,11 +76,11 @@ TEST(EseSection, RefusedGrowthIsAnOutputFailure)
     talk.Load(TargetLibrary(library));
     talk.Send(CallFrame(u"", "HrESEBackupPrepare", "SIG_HR_ESE_BACKUP_PREPARE"));
     constexpr std::uint32_t bound = 6 + 4 + 8 + 4 + (8 + 10 + 4 + 4 + (12 + 24 + 28 + 8) + (10 + 16 + 28 + 8) + 4) + 4;
-    talk.Expect(SectionFrame(talk.SectionName(u'0'), bound));
+    talk.Expect(ResizeFrame(talk.SectionName(u'0'), bound));
     talk.Send(ErrorFrame(0, 0, u"no"));
-    talk.Expect(ErrorFrame(0xFFFFFFFF, 0xFFFFFFFF, u"Failed to serialise output (Process_HrESEBackupPrepare)"));
+    talk.Expect(FailureFrame(u"Failed to serialise output (Process_HrESEBackupPrepare)"));
     EXPECT_EQ(recorder.Lines(), "HrESEBackupPrepare server=\"s\" annotation=\"\" count=0 instances=null\n");
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
     talk.End();
 }
 

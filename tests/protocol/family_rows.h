@@ -28,16 +28,16 @@ inline void ExpectAnswer(const Row &row, const std::string &library)
     const Recorder recorder(row.function + " " + row.script + "\n");
     Conversation talk(0);
     const Bytes in_list = InList(row);
-    const Bytes before = in_list + Bytes(spare, '\xEE');
+    const Bytes before = in_list + Repeat(0xEE, spare);
     Section section = Announce(talk, static_cast<std::uint32_t>(before.size()));
     section.Put(0, before);
     talk.Load(TargetLibrary(library));
     talk.Send(CallFrame(u"", row.function, row.signature));
-    talk.Expect(success);
+    talk.Expect(SuccessFrame());
     const Bytes out = Hex(row.out);
-    section.Expect(0, out + before.substr(out.size()));
+    section.Expect(0, out + Behind(out.size(), before));
     EXPECT_EQ(recorder.Lines(), row.function + row.recorded + "\n");
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
     talk.End();
 }
 
@@ -48,7 +48,7 @@ inline void ExpectRefusedInput(const Row &row, const std::string &library)
     const Recorder recorder;
     Conversation talk(0);
     talk.Load(TargetLibrary(library));
-    const Bytes refusal = ErrorFrame(0xFFFFFFFF, 0xFFFFFFFF, row.input_failure);
+    const Bytes refusal = FailureFrame(row.input_failure);
     char16_t digit = u'2';
     for (std::size_t elements = 0; elements < row.in.size(); ++elements) {
         const Bytes cut = InList(row, elements);
@@ -61,7 +61,7 @@ inline void ExpectRefusedInput(const Row &row, const std::string &library)
         talk.Expect(refusal);
     }
     EXPECT_EQ(recorder.Lines(), "");
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
     talk.End();
 }
 

@@ -28,7 +28,7 @@ TEST_P(Misbehaving, EndsTheRunInOrder)
     EXPECT_EQ(talk.Helper().Log(), "");
     EXPECT_EQ(recorder.Lines(), "records_lifetime_b attach\nrecords_lifetime attach\n"
                                 "records_lifetime detach\nrecords_lifetime_b detach\n");
-    section.Expect(0, Bytes(16, '\0'));
+    section.Expect(0, Repeat(0, 16));
 }
 
 TEST_P(Misbehaving, TellsOfItsClosingAtTheDebugLevel)
@@ -122,7 +122,7 @@ TEST(Fault, LeavesOtherHelpersAlone)
     }
     other.Call("GetBackupType");
     section.Expect(0, Hex("00000007"));
-    other.Send(orderly_stop);
+    other.Send(OrderlyStop());
 }
 
 // Requests that follow on the one that went wrong are never read.
@@ -132,7 +132,7 @@ TEST(Fault, LeavesLaterRequestsUnread)
     const Section section = Announce(talk, 16);
     talk.Load(TargetLibrary("null_write"));
     const Bytes call = CallFrame(u"", "GetBackupType", "SIGNATURE_GetBackupType");
-    talk.Send(call + call + orderly_stop);
+    talk.Send(call + call + OrderlyStop());
     talk.ExpectClosed();
 }
 
@@ -144,9 +144,9 @@ TEST(Fault, LeavesNoNameBehind)
     talk.Load(TargetLibrary("plain"));
     talk.Load(TargetLibrary("null_write"));
     talk.Send(CallFrame(TargetLibrary("plain"), "GetBackupType", "SIGNATURE_GetBackupType"));
-    talk.Expect(SectionFrame(talk.SectionName(u'0'), 4));
-    talk.Send(success);
-    talk.Expect(success);
+    talk.Expect(ResizeFrame(talk.SectionName(u'0'), 4));
+    talk.Send(SuccessFrame());
+    talk.Expect(SuccessFrame());
     talk.Send(CallFrame(TargetLibrary("null_write"), "GetBackupType", "SIGNATURE_GetBackupType"));
     talk.ExpectClosed();
 }

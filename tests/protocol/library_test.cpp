@@ -32,7 +32,7 @@ TEST(Load, IsAnsweredAndToldInTheLog)
     const WideString plain = TargetLibrary("plain");
     talk.Send(LoadFrame(plain));
     talk.Expect(Hex("53 00000000"));
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
     talk.End();
     EXPECT_NE(talk.Helper().Story().find(
                   "kessil debug: Working with LoadLib:  load_lib_cmd==" + platform::ToUtf8(plain) + "\n"),
@@ -53,7 +53,7 @@ TEST(Load, OfNoSuchFileIsRefusedAndTheRunGoesOn)
     talk.Load(TargetLibrary("plain"));
     talk.Call("GetBackupType");
     section.Expect(0, Hex("00000007"));
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
 }
 
 // Which code and which words the system has for these is its own affair.
@@ -64,11 +64,11 @@ TEST(Load, OfWhatIsNoLibraryIsRefusedAndTheRunGoesOn)
          {WideString(), NativePath(KESSIL_TEST_PROGRAM "/x"), NativePath(__FILE__), NativePath("/")}) {
         talk.Send(LoadFrame(name));
         const Bytes answer = talk.ReadFrame();
-        EXPECT_TRUE(answer.starts_with("E") && answer.substr(5, 4) == Be32(0) && answer.substr(9, 4) != Be32(0) &&
-                    answer.ends_with(Hex("0000")))
+        EXPECT_TRUE(answer.at(0) == 'E' && First(4, Behind(5, answer)) == Be32(0) &&
+                    First(4, Behind(9, answer)) != Be32(0) && Behind(answer.size() - 2, answer) == Hex("0000"))
             << platform::ToUtf8(name) << ": " << Show(answer);
     }
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
 }
 
 TEST(Load, AlongThePathTakesABareName)
@@ -81,9 +81,9 @@ TEST(Load, AlongThePathTakesABareName)
     const WideString name = on_windows ? u"plain.dll" : u"plain.so";
     talk.Load(name);
     talk.Send(CallFrame(name, "Answer", "SIGNATURE_GetBackupType"));
-    talk.Expect(success);
+    talk.Expect(SuccessFrame());
     section.Expect(0, Hex("0000002A"));
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
 }
 
 TEST(Load, OfANameBeyondAsciiAndAsLongAsAPathMayBe)
@@ -96,12 +96,12 @@ TEST(Load, OfANameBeyondAsciiAndAsLongAsAPathMayBe)
     const Section section = Announce(talk, 16);
     talk.Load(file.u16string());
     talk.Send(CallFrame(file.u16string(), "Answer", "SIGNATURE_GetBackupType"));
-    talk.Expect(success);
+    talk.Expect(SuccessFrame());
     section.Expect(0, Hex("0000002A"));
     const WideString too_long = u"/" + WideString(40000, u'x');
     talk.Send(LoadFrame(too_long));
-    EXPECT_TRUE(talk.ReadFrame().starts_with("E"));
-    talk.Send(orderly_stop);
+    EXPECT_EQ(talk.ReadFrame().at(0), 'E');
+    talk.Send(OrderlyStop());
     talk.End();
     // The log is in UTF-8.
     EXPECT_NE(talk.Helper().Log().find("\xC3\xA9\xE4\xB8\xAD\xF0\x9F\x98\x80.so\n"), std::string::npos);
@@ -117,7 +117,7 @@ TEST(Reload, ReleasesTheOldModuleFirst)
     talk.Call("GetBackupType");
     talk.Load(library);
     talk.Call("GetBackupType");
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
     talk.End();
     EXPECT_EQ(recorder.Lines(), "records_lifetime attach\nrecords_lifetime call\nrecords_lifetime detach\n"
                                 "records_lifetime attach\nrecords_lifetime call\nrecords_lifetime detach\n");
@@ -162,7 +162,7 @@ TEST(Reload, ThatFailsLeavesNothing)
     talk.Expect(no_library);
     talk.Send(CallFrame(u"", "Answer", "SIGNATURE_GetBackupType"));
     talk.Expect(no_library);
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
     talk.End();
     EXPECT_EQ(talk.Helper().Story(), "LibraryCaller error: Failed to find library...\n"
                                      "LibraryCaller error: Failed to find library...\n");
@@ -178,12 +178,12 @@ TEST(Reload, UnderANameThatDiffersInCaseIsAnotherEntry)
     talk.Load(plain);
     talk.Load(twice);
     talk.Send(CallFrame(twice, "Answer", "SIGNATURE_GetBackupType"));
-    talk.Expect(success);
+    talk.Expect(SuccessFrame());
     WideString capital = plain;
     capital[capital.rfind(u'p')] = u'P';
     talk.Send(CallFrame(capital, "Answer", "SIGNATURE_GetBackupType"));
     talk.Expect(no_library);
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
 }
 
 TEST(Release, FollowsTheNames)
@@ -192,7 +192,7 @@ TEST(Release, FollowsTheNames)
     Conversation talk(0);
     for (const char *name : {"records_lifetime_c", "records_lifetime", "records_lifetime_b"})
         talk.Load(TargetLibrary(name));
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
     talk.End();
     EXPECT_EQ(recorder.Lines(), "records_lifetime_c attach\nrecords_lifetime attach\nrecords_lifetime_b attach\n"
                                 "records_lifetime detach\nrecords_lifetime_b detach\nrecords_lifetime_c detach\n");
@@ -223,7 +223,7 @@ TEST(Call, BeforeAnyLoad)
         talk.Send(CallFrame(name, "Answer", "SIGNATURE_GetBackupType"));
         talk.Expect(no_library);
     }
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
     talk.End();
     EXPECT_EQ(talk.Helper().Story(), "LibraryCaller error: Failed to find library...\n"
                                      "LibraryCaller error: Failed to find library...\n");
@@ -239,12 +239,12 @@ TEST(Call, WithoutALibraryNameGoesToTheLowest)
         for (const char *name : order)
             talk.Load(TargetLibrary(name));
         talk.Send(CallFrame(u"", "GetBackupType", "SIGNATURE_GetBackupType"));
-        talk.Expect(success);
+        talk.Expect(SuccessFrame());
         section.Expect(0, Hex("00000001"));
         talk.Send(CallFrame(TargetLibrary("second_answer"), "GetBackupType", "SIGNATURE_GetBackupType"));
-        talk.Expect(success);
+        talk.Expect(SuccessFrame());
         section.Expect(0, Hex("00000002"));
-        talk.Send(orderly_stop);
+        talk.Send(OrderlyStop());
     }
 }
 
@@ -256,7 +256,7 @@ TEST(Call, OfAnExportThatIsNotThere)
         talk.Send(CallFrame(u"", function, "SIGNATURE_GetBackupType"));
         talk.Expect(no_function);
     }
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
     talk.End();
     EXPECT_EQ(talk.Helper().Story(), "");
 }
@@ -269,7 +269,7 @@ TEST(Call, WithBothFunctionAndSignatureUnknownReportsTheFunction)
     talk.Expect(no_function);
     talk.Send(CallFrame(u"elsewhere", "NoSuchExport", "NoSuchSignature"));
     talk.Expect(no_library);
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
 }
 
 TEST(Call, WithASignatureUnknownCallsNothingAndReadsNothing)
@@ -277,7 +277,7 @@ TEST(Call, WithASignatureUnknownCallsNothingAndReadsNothing)
     const Recorder recorder;
     Conversation talk(0, {});
     Section section = Announce(talk, 16);
-    section.Put(0, Bytes(16, '\x55'));
+    section.Put(0, Repeat(0x55, 16));
     talk.Load(TargetLibrary("vorn_recorder"));
     std::string story;
     for (const char *signature : {"", "SIGNATURE_GETBACKUPTYPE", "signature_GetBackupType", "SIGNATURE_GetBackupType ",
@@ -286,8 +286,8 @@ TEST(Call, WithASignatureUnknownCallsNothingAndReadsNothing)
         talk.Expect(no_signature);
         story += std::string("LibraryCaller error: Invalid signature:") + signature + "\n";
     }
-    section.Expect(0, Bytes(16, '\x55'));
-    talk.Send(orderly_stop);
+    section.Expect(0, Repeat(0x55, 16));
+    talk.Send(OrderlyStop());
     talk.End();
     EXPECT_EQ(talk.Helper().Story(), story);
     EXPECT_EQ(recorder.Lines(), "");
@@ -303,7 +303,7 @@ TEST(Call, WithASignatureOfTheSecondGenerationAlone)
         talk.Expect(no_signature);
         story += std::string("LibraryCaller error: Invalid signature:") + signature + "\n";
     }
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
     talk.End();
     EXPECT_EQ(talk.Helper().Story(), story);
 }
@@ -314,12 +314,12 @@ TEST(Call, OfAnyExportUnderAnySignature)
     const Section section = Announce(talk, 16);
     talk.Load(TargetLibrary("plain"));
     talk.Send(CallFrame(u"", "Answer", "SIGNATURE_GetLibApiVersion"));
-    talk.Expect(success);
+    talk.Expect(SuccessFrame());
     section.Expect(0, Hex("FFFFFFFF"));
     talk.Send(CallFrame(u"", "GetLibApiVersion", "SIGNATURE_GetBackupType"));
-    talk.Expect(success);
+    talk.Expect(SuccessFrame());
     section.Expect(0, Hex("00000002"));
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
 }
 
 } // namespace

@@ -4,29 +4,15 @@
 #include <gtest/gtest.h>
 
 namespace kessil::test {
-namespace {
-
-Bytes LogonFrame(const WideString &user, const WideString &domain, const WideString &password, std::uint32_t flag)
-{
-    return Frame('A', Wide(user) + Wide(domain) + Wide(password) + Wide(u"") + Be32(flag));
-}
-
-Bytes Refusal(const WideString &text)
-{
-    return ErrorFrame(0xFFFFFFFF, 0xFFFFFFFF, text);
-}
-
-} // namespace
-
 // Credentials that serve for outgoing connections alone are checked by whoever is connected to.
 TEST(Logon, OfCredentialsAlone)
 {
     Conversation talk(0);
     talk.Send(LogonFrame(u"eve", u"nowhere", u"open sesame", 0));
     // Wine logs everybody on, with a token that is none.
-    talk.Expect(UnderWine() ? Refusal(SystemText({}, 6) + u" (ImpersonateLoggedOnUser)") : success);
+    talk.Expect(UnderWine() ? FailureFrame(SystemText({}, 6) + u" (ImpersonateLoggedOnUser)") : SuccessFrame());
     talk.Load(TargetLibrary("plain"));
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
     talk.End();
     const std::string log = talk.Helper().Log();
     EXPECT_NE(log.find("Working with Auth"), std::string::npos);
@@ -37,10 +23,10 @@ TEST(Logon, WithAWrongPasswordIsRefusedAndTheRunGoesOn)
 {
     Conversation talk(0);
     talk.Send(LogonFrame(u"kessil-no-such-user", u"", u"open sesame", 1));
-    talk.Expect(Refusal(UnderWine() ? SystemText({}, 6) + u" (ImpersonateLoggedOnUser)"
-                                    : SystemText(u"Permission denied", 1326) + u" (LogonUser)"));
+    talk.Expect(FailureFrame(UnderWine() ? SystemText({}, 6) + u" (ImpersonateLoggedOnUser)"
+                                         : SystemText(u"Permission denied", 1326) + u" (LogonUser)"));
     talk.Load(TargetLibrary("plain"));
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
     talk.End();
     EXPECT_EQ(talk.Helper().Log().find("sesame"), std::string::npos);
 }

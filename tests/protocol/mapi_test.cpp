@@ -37,24 +37,24 @@ public:
         m_section.Put(0, in_list);
         m_talk.Load(TargetLibrary(library));
         m_talk.Send(CallFrame(u"", function, "SIGNATURE_" + function));
-        m_talk.Expect(SectionFrame(m_talk.SectionName(u'0'), needed));
+        m_talk.Expect(ResizeFrame(m_talk.SectionName(u'0'), needed));
     }
 
     void ExpectAnswer(const Bytes &out)
     {
         const Section grown = Section::Open(m_talk.SectionName(u'0'), m_needed);
-        m_talk.Send(success);
-        m_talk.Expect(success);
+        m_talk.Send(SuccessFrame());
+        m_talk.Expect(SuccessFrame());
         grown.Expect(0, out);
-        m_talk.Send(orderly_stop);
+        m_talk.Send(OrderlyStop());
         m_talk.End();
     }
 
     void ExpectRefusal(std::u16string_view text)
     {
         m_talk.Send(ErrorFrame(0, 0, u"no"));
-        m_talk.Expect(ErrorFrame(0xFFFFFFFF, 0xFFFFFFFF, text));
-        m_talk.Send(orderly_stop);
+        m_talk.Expect(FailureFrame(text));
+        m_talk.Send(OrderlyStop());
         m_talk.End();
     }
 
@@ -117,13 +117,13 @@ TEST(MapiSection, AMegabyteOfMail)
     const Recorder recorder("MapiReadMail block=A1A2 count=1048576\n");
     Conversation talk(0);
     Section section = Announce(talk, length + 64);
-    section.Put(0, Hex("89ABCDEF 00100000") + CountUp(length) + Bytes(56, '\xEE'));
+    section.Put(0, Hex("89ABCDEF 00100000") + CountUp(length) + Repeat(0xEE, 56));
     talk.Load(TargetLibrary(library));
     talk.Send(CallFrame(u"", "MapiReadMail", "SIGNATURE_MapiReadMail"));
-    talk.Expect(success);
-    EXPECT_TRUE(section.Get(8, length) == Hex("A1A2") + CountUp(length).substr(2));
+    talk.Expect(SuccessFrame());
+    EXPECT_TRUE(section.Get(8, length) == Hex("A1A2") + Behind(2, CountUp(length)));
     section.Expect(8 + length, Hex("00100000 00000000 EE"));
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
     talk.End();
 }
 

@@ -13,20 +13,15 @@
 namespace kessil::test {
 namespace {
 
-Bytes LogonFrame(const WideString &user, const WideString &password, std::uint32_t flag = 1)
+Bytes Logon(const WideString &user, const WideString &password, std::uint32_t flag = 1)
 {
-    return Frame('A', Wide(user) + Wide(u"") + Wide(password) + Wide(u"") + Be32(flag));
-}
-
-Bytes Refusal(const WideString &text)
-{
-    return ErrorFrame(0xFFFFFFFF, 0xFFFFFFFF, text);
+    return LogonFrame(user, u"", password, flag);
 }
 
 /// What becomes of ada's logon: an ordinary user can't act as another.
 Bytes Outcome()
 {
-    return MayActAsOthers() ? success : Refusal(u"Operation not permitted (ImpersonateLoggedOnUser)");
+    return MayActAsOthers() ? SuccessFrame() : FailureFrame(u"Operation not permitted (ImpersonateLoggedOnUser)");
 }
 
 std::string Numbers(const ActingAs &who)
@@ -69,11 +64,11 @@ bool Holds(const platform::Process &process, const Bytes &bytes)
         std::istringstream(line) >> std::hex >> begin >> dash >> end >> access;
         if (access.substr(0, 2) != "rw" || end - begin > largest || line.ends_with("[stack]"))
             continue;
-        std::string block(end - begin, '\0');
+        Bytes block(end - begin);
         memory.clear();
         memory.seekg(static_cast<std::streamoff>(begin));
-        memory.read(block.data(), static_cast<std::streamsize>(block.size()));
-        held |= block.find(bytes) != std::string::npos;
+        memory.read(reinterpret_cast<char *>(block.data()), static_cast<std::streamsize>(block.size()));
+        held |= std::search(block.begin(), block.end(), bytes.begin(), bytes.end()) != block.end();
     }
     return held;
 }
@@ -103,13 +98,13 @@ TEST_F(HelperLogon, MakesLibrariesRunAsTheUser)
     Section section = Announce(talk, told_size);
     talk.Load(TargetLibrary("tells_process"));
     EXPECT_EQ(RunsAs(talk, section), before);
-    talk.Send(LogonFrame(u"ada", u"open sesame"));
+    talk.Send(Logon(u"ada", u"open sesame"));
     talk.Expect(Outcome());
     EXPECT_EQ(RunsAs(talk, section), MayActAsOthers() ? Numbers(ada) : before);
-    talk.Send(LogonFrame(u"self", u"it's me"));
-    talk.Expect(success);
+    talk.Send(Logon(u"self", u"it's me"));
+    talk.Expect(SuccessFrame());
     EXPECT_EQ(RunsAs(talk, section), before);
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
     talk.End();
 
     const std::string closing = "LibraryCaller debug: Closing handle hToken #\n";
@@ -125,21 +120,21 @@ TEST_F(HelperLogon, RefusedLeavesEverythingAsItWas)
     Section section = Announce(talk, told_size);
     talk.Load(TargetLibrary("tells_process"));
     for (const char16_t *const user : {u"ada", u"barred", u"eve"}) {
-        talk.Send(LogonFrame(user, u"wrong"));
-        talk.Expect(Refusal(u"Permission denied (LogonUser)"));
+        talk.Send(Logon(user, u"wrong"));
+        talk.Expect(FailureFrame(u"Permission denied (LogonUser)"));
         EXPECT_EQ(RunsAs(talk, section), before);
     }
-    talk.Send(LogonFrame(u"self", u"it's me"));
-    talk.Expect(success);
-    talk.Send(orderly_stop);
+    talk.Send(Logon(u"self", u"it's me"));
+    talk.Expect(SuccessFrame());
+    talk.Send(OrderlyStop());
 }
 
 TEST_F(HelperLogon, SucceedsWherePrivilegesCanNotBeLookedUp)
 {
     Conversation talk(0);
     talk.Send(Frame('A', Wide(u"self") + Wide(u"") + Wide(u"it's me") + Wide(u"no-such-system") + Be32(1)));
-    talk.Expect(success);
-    talk.Send(orderly_stop);
+    talk.Expect(SuccessFrame());
+    talk.Send(OrderlyStop());
     talk.End();
     const std::string closing = "LibraryCaller error: Closing handle hToken #\n";
     EXPECT_NE(talk.Helper().Story().find("kessil debug: Working with Auth\n" + closing + closing + closing),
@@ -151,34 +146,34 @@ TEST_F(HelperLogon, CredentialsAloneKeepTheIdentity)
     Conversation talk(0);
     Section section = Announce(talk, told_size);
     talk.Load(TargetLibrary("tells_process"));
-    talk.Send(LogonFrame(u"ada", u"whatever", 0));
-    talk.Expect(success);
+    talk.Send(Logon(u"ada", u"whatever", 0));
+    talk.Expect(SuccessFrame());
     EXPECT_EQ(RunsAs(talk, section), before);
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
 }
 
 // The parent knows nothing of ada, and ada may not open what is the parent's alone.
 TEST_F(HelperLogon, LeavesSectionsToTheParentsUser)
 {
     Conversation talk(0);
-    talk.Send(LogonFrame(u"ada", u"open sesame"));
+    talk.Send(Logon(u"ada", u"open sesame"));
     talk.Expect(Outcome());
     const Section small = Announce(talk, 4);
     talk.Load(TargetLibrary("vorn_recorder"));
     talk.Send(CallFrame(u"", "VornCreateSession", "SIGNATURE_VornCreateSession"));
     const WideString name = talk.SectionName(u'0');
-    talk.Expect(SectionFrame(name, 8));
+    talk.Expect(ResizeFrame(name, 8));
     struct stat status = {};
     EXPECT_EQ(stat(("/dev/shm/" + platform::ToUtf8(name)).c_str(), &status), 0);
     EXPECT_EQ(status.st_uid, geteuid());
     const Section grown = Section::Open(name, 8);
-    talk.Send(success);
-    talk.Expect(success);
+    talk.Send(SuccessFrame());
+    talk.Expect(SuccessFrame());
     grown.Expect(0, Be64(0));
     // A search for leaks at the end of the run needs the rights that it began with.
-    talk.Send(LogonFrame(u"self", u"it's me"));
-    talk.Expect(success);
-    talk.Send(orderly_stop);
+    talk.Send(Logon(u"self", u"it's me"));
+    talk.Expect(SuccessFrame());
+    talk.Send(OrderlyStop());
 }
 
 TEST_F(HelperLogon, LeavesNoPasswordInMemory)
@@ -188,16 +183,16 @@ TEST_F(HelperLogon, LeavesNoPasswordInMemory)
     const std::string narrow = platform::ToUtf8(password);
     for (const std::uint32_t flag : {0u, 1u}) {
         Conversation talk(0);
-        talk.Send(LogonFrame(u"careful", password, flag));
-        talk.Expect(flag == 0 ? success : Refusal(u"Permission denied (LogonUser)"));
-        talk.Send(Frame('P', Wide(u"/a/directory/that/is/found/again")));
-        talk.Expect(success);
-        EXPECT_TRUE(Holds(talk.Helper().Process(), "/a/directory/that/is/found/again:"));
+        talk.Send(Logon(u"careful", password, flag));
+        talk.Expect(flag == 0 ? SuccessFrame() : FailureFrame(u"Permission denied (LogonUser)"));
+        talk.Send(PathFrame(u"/a/directory/that/is/found/again"));
+        talk.Expect(SuccessFrame());
+        EXPECT_TRUE(Holds(talk.Helper().Process(), Plain("/a/directory/that/is/found/again:")));
         for (std::size_t at = 0; at + 8 <= password.size(); at += 8)
-            EXPECT_FALSE(Holds(talk.Helper().Process(), Wide(password.substr(at, 8)).substr(0, 16))) << at;
+            EXPECT_FALSE(Holds(talk.Helper().Process(), First(16, Wide(password.substr(at, 8))))) << at;
         for (std::size_t at = 0; at + 8 <= narrow.size(); at += 8)
-            EXPECT_FALSE(Holds(talk.Helper().Process(), narrow.substr(at, 8))) << at;
-        talk.Send(orderly_stop);
+            EXPECT_FALSE(Holds(talk.Helper().Process(), Plain(narrow.substr(at, 8)))) << at;
+        talk.Send(OrderlyStop());
     }
 }
 

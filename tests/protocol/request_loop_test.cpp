@@ -210,7 +210,7 @@ TEST(UnknownType, IsWhatAnswersAreOutsideOfAResize)
 {
     for (const char type : {'S', 'E', 'M', 'B', '\x7F'}) {
         Conversation talk(1, {});
-        talk.Send(Frame(type, ""));
+        talk.Send(Frame(type, {}));
         talk.ExpectClosed();
         talk.End();
         EXPECT_EQ(talk.Helper().Story(), std::string("ERROR: Invalid request type - '") + type + "'\n");
@@ -261,35 +261,35 @@ TEST(ExtraBytes, BehindTheLastFieldAreIgnored)
     section.Expect(0, Hex("0000002A"));
     talk.Send(Frame('R', Wide(section.Name()) + Be64(64) + Hex("FF")));
     talk.Expect(Hex("53 00000000"));
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
 }
 
 TEST(Pieces, ByteByByte)
 {
     Conversation talk(0);
     const Section section = Section::Create(talk.SectionName(u'0'), 16);
-    talk.SendEachByte(SectionFrame(section.Name(), 16));
-    talk.Expect(success);
+    talk.SendEachByte(ResizeFrame(section.Name(), 16));
+    talk.Expect(SuccessFrame());
     talk.SendEachByte(LoadFrame(TargetLibrary("plain")));
-    talk.Expect(success);
+    talk.Expect(SuccessFrame());
     talk.SendEachByte(CallFrame(u"", "Answer", "SIGNATURE_GetBackupType"));
-    talk.Expect(success);
+    talk.Expect(SuccessFrame());
     section.Expect(0, Hex("0000002A"));
-    talk.SendEachByte(orderly_stop);
+    talk.SendEachByte(OrderlyStop());
 }
 
 TEST(Pieces, ManyRequestsInOneWrite)
 {
     Conversation talk(0);
     const Section section = Section::Create(talk.SectionName(u'0'), 16);
-    talk.Send(SectionFrame(section.Name(), 16) + LoadFrame(TargetLibrary("plain")) +
+    talk.Send(ResizeFrame(section.Name(), 16) + LoadFrame(TargetLibrary("plain")) +
               CallFrame(u"", "Answer", "SIGNATURE_GetBackupType") + Hex("66 32") + CallFrame(u"", "Nothing", "x") +
-              CallFrame(u"", "Answer", "x") + orderly_stop);
-    talk.Expect(success);
-    talk.Expect(success);
-    talk.Expect(success);
+              CallFrame(u"", "Answer", "x") + OrderlyStop());
+    talk.Expect(SuccessFrame());
+    talk.Expect(SuccessFrame());
+    talk.Expect(SuccessFrame());
     talk.Expect(ErrorFrame(0, 0, u"Failed to get function address..."));
-    talk.Expect(ErrorFrame(0xFFFFFFFF, 0xFFFFFFFF, u"Invalid signature"));
+    talk.Expect(FailureFrame(u"Invalid signature"));
     section.Expect(0, Hex("0000002A"));
     talk.ExpectClosed();
 }
@@ -302,11 +302,11 @@ TEST(Pieces, APayloadLargerThanAnyBuffer)
     // Three megabytes behind the last field, in one frame, between two calls.
     talk.Call("GetBackupType");
     talk.Send(Frame('F', Wide(u"") + Narrow("Answer") + Narrow("SIGNATURE_GetBackupType") + CountUp(3 << 20)));
-    talk.Expect(success);
+    talk.Expect(SuccessFrame());
     section.Expect(0, Hex("0000002A"));
     talk.Call("GetBackupType");
     section.Expect(0, Hex("00000007"));
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
 }
 
 TEST(HugeFrame, WhoseLengthCanTBeRoundedUpIsRefused)
@@ -315,7 +315,7 @@ TEST(HugeFrame, WhoseLengthCanTBeRoundedUpIsRefused)
         begun + Printed(u"Failed to allocate memory") + "kessil error: Next request failed.\n" + pipe_closing;
     for (const std::uint32_t length : {0xFFFFFC01u, 0xFFFFFFFFu}) {
         Conversation talk(1);
-        talk.Send(Bytes("L") + Be32(length));
+        talk.Send(Bytes{'L'} + Be32(length));
         talk.ExpectClosed();
         talk.End();
         EXPECT_EQ(talk.Helper().Story(), story);
@@ -332,7 +332,7 @@ TEST(HugeFrame, IsRefusedOrWaitedForButNeverHalfDead)
                                GonePrinted() + "kessil error: Next request failed.\n";
     for (const std::uint32_t length : {0x80000000u, 0xFFFFFC00u}) {
         Conversation talk(1);
-        talk.Send(Bytes("L") + Be32(length));
+        talk.Send(Bytes{'L'} + Be32(length));
         talk.Close();
         talk.End();
         const std::string story = talk.Helper().Story();
@@ -346,7 +346,7 @@ void CutEverywhere(const Bytes &request)
     std::vector<std::unique_ptr<Conversation>> talks;
     for (std::size_t cut = 0; cut < request.size(); ++cut) {
         talks.push_back(std::make_unique<Conversation>(1));
-        talks.back()->Send(request.substr(0, cut));
+        talks.back()->Send(First(cut, request));
         talks.back()->Close();
     }
     for (const auto &talk : talks) {
@@ -364,7 +364,7 @@ TEST(Cut, ALoadAtEveryByte)
 
 TEST(Cut, ALoadOfTheSecondGenerationAtEveryByte)
 {
-    CutEverywhere(Frame('l', "no_such"));
+    CutEverywhere(LoadAltFrame("no_such"));
 }
 
 TEST(Cut, ACallAtEveryByte)
@@ -374,7 +374,7 @@ TEST(Cut, ACallAtEveryByte)
 
 TEST(Cut, ASectionAtEveryByte)
 {
-    CutEverywhere(SectionFrame(u"kessil", 1));
+    CutEverywhere(ResizeFrame(u"kessil", 1));
 }
 
 // The parent hangs up with that much of the answer taken. What it leaves unread the system may tell the helper of in
@@ -386,7 +386,7 @@ void HangUpInsideTheAnswer(const Bytes &request, const Bytes &answer)
         const Section section = Announce(talk, 16);
         talk.Load(TargetLibrary("plain"));
         talk.Send(request);
-        talk.Expect(answer.substr(0, taken));
+        talk.Expect(First(taken, answer));
         talk.Close();
         talk.End();
         const std::string story = talk.Helper().Story();
@@ -398,7 +398,7 @@ void HangUpInsideTheAnswer(const Bytes &request, const Bytes &answer)
 
 TEST(Cut, ASuccessAtEveryByte)
 {
-    HangUpInsideTheAnswer(CallFrame(u"", "Answer", "SIGNATURE_GetBackupType"), success);
+    HangUpInsideTheAnswer(CallFrame(u"", "Answer", "SIGNATURE_GetBackupType"), SuccessFrame());
 }
 
 TEST(Cut, AFailureAtEveryByte)

@@ -22,15 +22,15 @@ const Bytes read_block_signature = Hex("66 43");
 // What an answer without results consists of: no line of the adapter's, and the end of its lines, -999.
 const Bytes end_of_lines = Hex("FFFFFC19");
 
-// Each unit of the name as one byte, and nothing behind them.
-Bytes LoadAltFrame(const WideString &name)
+// Each unit of the name as one byte.
+std::string Narrowed(const WideString &name)
 {
-    return Frame('l', Bytes(name.begin(), name.end()));
+    return {name.begin(), name.end()};
 }
 
 void LoadAlt(Conversation &talk, const WideString &name, Place place = Place::Here())
 {
-    talk.Send(LoadAltFrame(name), place);
+    talk.Send(LoadAltFrame(Narrowed(name)), place);
     talk.Expect(loaded, place);
 }
 
@@ -52,9 +52,9 @@ TEST(LoadAlt, IsAnsweredWithABareOneAndToldInTheLog)
 {
     Conversation talk(0);
     const WideString plain = TargetLibrary("plain");
-    talk.Send(LoadAltFrame(plain));
+    talk.Send(LoadAltFrame(Narrowed(plain)));
     talk.Expect(Hex("00000001"));
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
     talk.End();
     EXPECT_NE(talk.Helper().Story().find(ToldLoad(platform::ToUtf8(plain))), std::string::npos);
 }
@@ -63,9 +63,9 @@ TEST(LoadAlt, ThatFailsIsAnsweredWithABareMinusOneAndTheReasonIsInTheLog)
 {
     Conversation talk(0, {});
     const WideString absent = TargetLibrary("absent");
-    talk.Send(LoadAltFrame(absent));
+    talk.Send(LoadAltFrame(Narrowed(absent)));
     talk.Expect(Hex("FFFFFFFF"));
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
     talk.End();
     const WideString reason = SystemText(absent + u": cannot open shared object file: No such file or directory", 126);
     std::string narrow = "LibraryCaller error: Load library failure:  " + platform::ToUtf8(reason) + "\n";
@@ -77,11 +77,11 @@ TEST(LoadAlt, OfWhatIsNoLibraryIsRefusedAndTheRunGoesOn)
 {
     Conversation talk(0, {});
     for (const WideString &name : {WideString(), NativePath(__FILE__), NativePath("/"), WideString(4000, u'x')}) {
-        talk.Send(LoadAltFrame(name));
+        talk.Send(LoadAltFrame(Narrowed(name)));
         talk.Expect(refused);
     }
     LoadAlt(talk, "plain");
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
 }
 
 TEST(LoadAlt, MakesAUnitOfEachByte)
@@ -94,7 +94,7 @@ TEST(LoadAlt, MakesAUnitOfEachByte)
     LoadAlt(talk, file.u16string());
     talk.Send(read_block_signature);
     talk.Expect(refused);
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
     talk.End();
     EXPECT_NE(talk.Helper().Log().find("\xE9.so\n"), std::string::npos);
 }
@@ -104,7 +104,7 @@ TEST(LoadAlt, EndsTheNameAtAZeroByte)
     Conversation talk(0);
     const WideString plain = TargetLibrary("plain");
     LoadAlt(talk, plain + WideString(u"\0more", 5));
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
     talk.End();
     EXPECT_NE(talk.Helper().Story().find(ToldLoad(platform::ToUtf8(plain))), std::string::npos);
 }
@@ -115,7 +115,7 @@ TEST(LoadAlt, OfTheSameNameReleasesTheOldModuleFirst)
     Conversation talk(0);
     LoadAlt(talk, "records_lifetime");
     LoadAlt(talk, "records_lifetime");
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
     talk.End();
     EXPECT_EQ(recorder.Lines(), "records_lifetime attach\nrecords_lifetime detach\n"
                                 "records_lifetime attach\nrecords_lifetime detach\n");
@@ -126,7 +126,7 @@ TEST(Command, BeforeAnyLoad)
     Conversation talk(0, {});
     talk.Send(exit_disk_library);
     talk.Expect(Hex("FFFFFFFF"));
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
     talk.End();
     EXPECT_EQ(talk.Helper().Story(), no_library);
 }
@@ -137,7 +137,7 @@ TEST(Command, OfAnExportThatIsNotThere)
     LoadAlt(talk, "first_answer");
     talk.Send(exit_disk_library);
     talk.Expect(Hex("FFFFFFFF"));
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
     talk.End();
     EXPECT_EQ(talk.Helper().Story(), no_function);
 }
@@ -150,7 +150,7 @@ TEST(Command, ReadBlockSignatureIsRefusedAndCallsNothing)
     LoadAlt(talk, "records_lifetime");
     talk.Send(read_block_signature);
     talk.Expect(Hex("FFFFFFFF"));
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
     talk.End();
     EXPECT_EQ(talk.Helper().Story(), no_signature);
     EXPECT_EQ(recorder.Lines(), "records_lifetime attach\nrecords_lifetime detach\n");
@@ -163,7 +163,7 @@ TEST(Command, CallsTheLibrary)
     LoadAlt(talk, "records_lifetime");
     talk.Send(exit_disk_library + exit_disk_library);
     talk.Expect(end_of_lines + end_of_lines);
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
     talk.End();
     EXPECT_EQ(talk.Helper().Story(), "");
     EXPECT_EQ(recorder.Lines(), "records_lifetime attach\nrecords_lifetime call\nrecords_lifetime call\n"
@@ -176,7 +176,7 @@ TEST(Command, WithoutAMeaningLeavesTheNextOneToBeServed)
     LoadAlt(talk, "records_lifetime");
     talk.Send(Hex("66 32") + exit_disk_library);
     talk.Expect(end_of_lines);
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
     talk.End();
     EXPECT_EQ(talk.Helper().Story(), "");
 }
@@ -184,11 +184,11 @@ TEST(Command, WithoutAMeaningLeavesTheNextOneToBeServed)
 TEST(Command, ByteByByte)
 {
     Conversation talk(0, {});
-    talk.SendEachByte(LoadAltFrame(TargetLibrary("records_lifetime")));
+    talk.SendEachByte(LoadAltFrame(Narrowed(TargetLibrary("records_lifetime"))));
     talk.Expect(loaded);
     talk.SendEachByte(exit_disk_library);
     talk.Expect(end_of_lines);
-    talk.SendEachByte(orderly_stop);
+    talk.SendEachByte(OrderlyStop());
 }
 
 TEST(Command, GoesToTheLowestNameWhicheverWasLoadedLast)
@@ -204,7 +204,7 @@ TEST(Command, GoesToTheLowestNameWhicheverWasLoadedLast)
         talk.Send(exit_disk_library);
         talk.Expect(end_of_lines);
         EXPECT_TRUE(recorder.Lines().ends_with("attach\nrecords_lifetime call\n")) << recorder.Lines();
-        talk.Send(orderly_stop);
+        talk.Send(OrderlyStop());
     }
 }
 
@@ -223,7 +223,7 @@ TEST(Generations, DontSeeEachOthersLibraries)
     talk.Expect(refused);
     talk.Call("GetBackupType");
     section.Expect(0, Hex("00000007"));
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
     talk.End();
     EXPECT_EQ(talk.Helper().Story(), no_library + no_library + no_function);
 }
@@ -235,7 +235,7 @@ TEST(Generations, ReleaseTheSecondBeforeTheFirst)
     talk.Load(TargetLibrary("records_lifetime"));
     LoadAlt(talk, "records_lifetime_c");
     LoadAlt(talk, "records_lifetime_b");
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
     talk.End();
     EXPECT_EQ(recorder.Lines(), "records_lifetime attach\nrecords_lifetime_c attach\nrecords_lifetime_b attach\n"
                                 "records_lifetime_b detach\nrecords_lifetime_c detach\nrecords_lifetime detach\n");

@@ -31,7 +31,7 @@ struct Growing
         talk.Load(TargetLibrary("vorn_recorder"), place);
         section.Put(0, ReadFileInList());
         talk.Send(read_file, place);
-        talk.Expect(SectionFrame(talk.SectionName(digit == u'0' ? u'1' : u'0'), 56), place);
+        talk.Expect(ResizeFrame(talk.SectionName(digit == u'0' ? u'1' : u'0'), 56), place);
     }
 
     Conversation talk;
@@ -48,12 +48,12 @@ TEST(ParentsSection, IsOpenedAndAnswered)
 {
     Conversation talk(0);
     Section section = Section::Create(talk.SectionName(u'7'), 16);
-    talk.Send(SectionFrame(section.Name(), 16));
+    talk.Send(ResizeFrame(section.Name(), 16));
     talk.Expect(Hex("53 00000000"));
     talk.Load(TargetLibrary("plain"));
     talk.Call("GetBackupType");
     section.Expect(0, Hex("00000007 00000000 00000000 00000000"));
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
     talk.End();
     EXPECT_TRUE(talk.Helper().Story().ends_with("kessil debug: Exiting on account of command 1\n"
                                                 "commfunc debug: Closing handle m_hSharedMemory #\n"
@@ -69,26 +69,26 @@ TEST(ParentsSection, IsReplacedByTheNext)
     talk.Call("GetBackupType");
     first.Expect(0, Hex("00000000"));
     second.Expect(0, Hex("00000007"));
-    talk.Send(SectionFrame(first.Name(), 16));
-    talk.Expect(success);
+    talk.Send(ResizeFrame(first.Name(), 16));
+    talk.Expect(SuccessFrame());
     talk.Send(CallFrame(u"", "Answer", "SIGNATURE_GetBackupType"));
-    talk.Expect(success);
+    talk.Expect(SuccessFrame());
     first.Expect(0, Hex("0000002A"));
     second.Expect(0, Hex("00000007"));
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
 }
 
 TEST(ParentsSection, MayBeSmallerThanTheObject)
 {
     Conversation talk(0);
     Section section = Section::Create(talk.SectionName(u'7'), 64);
-    section.Put(0, Bytes(64, '\x55'));
-    talk.Send(SectionFrame(section.Name(), 7));
-    talk.Expect(success);
+    section.Put(0, Repeat(0x55, 64));
+    talk.Send(ResizeFrame(section.Name(), 7));
+    talk.Expect(SuccessFrame());
     talk.Load(TargetLibrary("plain"));
     talk.Call("GetBackupType");
     section.Expect(0, Hex("00000007 55555555"));
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
 }
 
 TEST(ParentsSection, HasItsSizeTakenModulo32Bits)
@@ -96,17 +96,17 @@ TEST(ParentsSection, HasItsSizeTakenModulo32Bits)
     Conversation talk(0);
     Section section = Section::Create(talk.SectionName(u'7'), 64);
     talk.Send(Frame('R', Wide(section.Name()) + Hex("00000001 0000002C")));
-    talk.Expect(success);
+    talk.Expect(SuccessFrame());
     talk.Load(TargetLibrary("vorn_recorder"));
     section.Put(0, ReadFileInList());
     // 44 bytes hold the in-list but not the 56 that the out-list may need.
     talk.Send(read_file);
-    talk.Expect(SectionFrame(talk.SectionName(u'0'), 56));
+    talk.Expect(ResizeFrame(talk.SectionName(u'0'), 56));
     const Section grown = Section::Open(talk.SectionName(u'0'), 56);
-    talk.Send(success);
-    talk.Expect(success);
+    talk.Send(SuccessFrame());
+    talk.Expect(SuccessFrame());
     grown.Expect(0, ReadFileOutList());
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
 }
 
 TEST(ParentsSection, OfNoBytesHoldsNothing)
@@ -116,11 +116,11 @@ TEST(ParentsSection, OfNoBytesHoldsNothing)
         Section section = Section::Create(talk.SectionName(u'7'), 64);
         section.Put(0, ReadFileInList());
         talk.Send(Frame('R', Wide(section.Name()) + Hex(size)));
-        talk.Expect(success);
+        talk.Expect(SuccessFrame());
         talk.Load(TargetLibrary("vorn_recorder"));
         talk.Send(read_file);
-        talk.Expect(ErrorFrame(0xFFFFFFFF, 0xFFFFFFFF, u"Failed to serialise input (Process_VornReadFile)"));
-        talk.Send(orderly_stop);
+        talk.Expect(FailureFrame(u"Failed to serialise input (Process_VornReadFile)"));
+        talk.Send(OrderlyStop());
     }
 }
 
@@ -128,9 +128,9 @@ TEST(ParentsSection, ThatDoesNotExistIsRefusedAndEndsTheRun)
 {
     Conversation talk(1, {});
     const Section section = Announce(talk, 16, u'3');
-    talk.Send(SectionFrame(talk.SectionName(u'7'), 16));
+    talk.Send(ResizeFrame(talk.SectionName(u'7'), 16));
     const WideString reason = SystemText(u"No such file or directory", 2);
-    talk.Expect(ErrorFrame(0xFFFFFFFF, 0xFFFFFFFF, reason));
+    talk.Expect(FailureFrame(reason));
     talk.ExpectClosed();
     talk.End();
     EXPECT_EQ(talk.Helper().Story(), Printed(reason) + next_request_failed);
@@ -140,9 +140,9 @@ TEST(ParentsSection, SmallerThanAnnouncedIsRefusedAndEndsTheRun)
 {
     Conversation talk(1, {});
     const Section section = Section::Create(talk.SectionName(u'7'), 4096);
-    talk.Send(SectionFrame(section.Name(), 65536));
+    talk.Send(ResizeFrame(section.Name(), 65536));
     const WideString reason = SystemText(u"Invalid argument", 5);
-    talk.Expect(ErrorFrame(0xFFFFFFFF, 0xFFFFFFFF, reason));
+    talk.Expect(FailureFrame(reason));
     talk.ExpectClosed();
     talk.End();
     EXPECT_EQ(talk.Helper().Story(), Printed(reason) + next_request_failed);
@@ -151,12 +151,12 @@ TEST(ParentsSection, SmallerThanAnnouncedIsRefusedAndEndsTheRun)
 TEST(ParentsSection, AnnouncedBadlyIsRefusedAndEndsTheRun)
 {
     const std::vector<Bytes> payloads = {
-        Hex(""),                                       // no name
-        Hex("61"),                                     // half a unit
-        Hex("6100 6200 0100"),                         // no terminator
-        Hex("6100 0000"),                              // no size
-        Hex("6100 0000 00000000 000000"),              // a byte too few
-        Hex("6100 0000 0000000000000010").substr(0, 5) // one byte of a size
+        Hex(""),                                    // no name
+        Hex("61"),                                  // half a unit
+        Hex("6100 6200 0100"),                      // no terminator
+        Hex("6100 0000"),                           // no size
+        Hex("6100 0000 00000000 000000"),           // a byte too few
+        First(5, Hex("6100 0000 0000000000000010")) // one byte of a size
     };
     for (const Bytes &payload : payloads) {
         Conversation talk(1, {});
@@ -174,11 +174,11 @@ TEST(Growth, IsAnnouncedAndCarriesTheContentOver)
 {
     Growing run(0);
     const Section grown = Section::Open(run.talk.SectionName(u'0'), 56);
-    run.talk.Send(success);
-    run.talk.Expect(success);
+    run.talk.Send(SuccessFrame());
+    run.talk.Expect(SuccessFrame());
     grown.Expect(0, ReadFileOutList());
     run.section.Expect(0, ReadFileInList());
-    run.talk.Send(orderly_stop);
+    run.talk.Send(OrderlyStop());
 }
 
 TEST(Growth, AlternatesBetweenTwoNames)
@@ -190,10 +190,10 @@ TEST(Growth, AlternatesBetweenTwoNames)
     const auto grow = [&talk](Section &old, std::uint32_t item, std::uint32_t needed, char16_t digit) {
         old.Put(0, Be64(1) + Be64(2) + Be32(item));
         talk.Send(CallFrame(u"", "VornGetNextDirItem", "SIGNATURE_VornGetNextDirItem"));
-        talk.Expect(SectionFrame(talk.SectionName(digit), needed));
+        talk.Expect(ResizeFrame(talk.SectionName(digit), needed));
         Section grown = Section::Open(talk.SectionName(digit), needed);
-        talk.Send(success);
-        talk.Expect(success);
+        talk.Send(SuccessFrame());
+        talk.Expect(SuccessFrame());
         grown.Expect(0, Be64(1) + Be64(2) + Be32(item));
         grown.Expect(24 + item, Be32(0));
         return grown;
@@ -202,7 +202,7 @@ TEST(Growth, AlternatesBetweenTwoNames)
     Section third = grow(second, 16, 48, u'1');
     Section fourth = grow(third, 24, 56, u'0');
     Section fifth = grow(fourth, 32, 64, u'1');
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
 }
 
 // Calls a function that reads nothing and writes `out`, in a helper that has no section.
@@ -212,8 +212,8 @@ void ExpectFirstSection(Conversation &talk, const std::string &function, const s
     talk.Send(CallFrame(u"", function, signature));
     talk.Expect(Hex("52 0000000E 2E00 3100 0000") + Be64(size));
     const Section section = Section::Open(u".1", size);
-    talk.Send(success);
-    talk.Expect(success);
+    talk.Send(SuccessFrame());
+    talk.Expect(SuccessFrame());
     section.Expect(0, out);
 }
 
@@ -224,10 +224,10 @@ TEST(Growth, StartsAtNameDotOneWhereThereWasNoSection)
         Conversation talk(0, {});
         talk.Load(TargetLibrary("vorn_recorder"));
         talk.Send(CallFrame(u"", "VornCloseSession", "SIGNATURE_VornCloseSession"));
-        talk.Expect(ErrorFrame(0xFFFFFFFF, 0xFFFFFFFF, u"Failed to serialise input (Process_VornCloseSession)"));
+        talk.Expect(FailureFrame(u"Failed to serialise input (Process_VornCloseSession)"));
         ExpectFirstSection(talk, "GetLibApiVersion", "SIGNATURE_GetLibApiVersion", Hex("00000002"));
         talk.Call("GetBackupType");
-        talk.Send(orderly_stop);
+        talk.Send(OrderlyStop());
         talk.End();
         EXPECT_EQ(platform::OpenSection(u".1", 0), nullptr);
     }
@@ -236,7 +236,7 @@ TEST(Growth, StartsAtNameDotOneWhereThereWasNoSection)
         Conversation talk(0, {});
         talk.Load(TargetLibrary("cwb_recorder"));
         ExpectFirstSection(talk, "cwbSV_CreateErrHandle", "SIGNATURE_CWBSV_CREATEERRHANDLE", Hex("E1E2E3E4 00000007"));
-        talk.Send(orderly_stop);
+        talk.Send(OrderlyStop());
         talk.End();
         EXPECT_EQ(recorder.Lines(), "cwbSV_CreateErrHandle\n");
     }
@@ -249,9 +249,9 @@ TEST(Growth, DoesNotHappenWhereTheBoundJustFits)
     talk.Load(TargetLibrary("vorn_recorder"));
     section.Put(0, ReadFileInList());
     talk.Send(read_file);
-    talk.Expect(success);
+    talk.Expect(SuccessFrame());
     section.Expect(0, ReadFileOutList());
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
 }
 
 TEST(Growth, HappensWhereTheBoundIsOneByteLarger)
@@ -261,26 +261,26 @@ TEST(Growth, HappensWhereTheBoundIsOneByteLarger)
     talk.Load(TargetLibrary("vorn_recorder"));
     section.Put(0, ReadFileInList());
     talk.Send(read_file);
-    talk.Expect(SectionFrame(talk.SectionName(u'0'), 56));
+    talk.Expect(ResizeFrame(talk.SectionName(u'0'), 56));
     const Section grown = Section::Open(talk.SectionName(u'0'), 56);
-    talk.Send(success);
-    talk.Expect(success);
+    talk.Send(SuccessFrame());
+    talk.Expect(SuccessFrame());
     grown.Expect(0, ReadFileOutList());
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
 }
 
 TEST(Growth, TakesTheNameOutOfTheSystemOnceItIsAnswered)
 {
     Growing run(0);
     const Section grown = Section::Open(run.talk.SectionName(u'0'), 56);
-    run.talk.Send(success);
-    run.talk.Expect(success);
+    run.talk.Send(SuccessFrame());
+    run.talk.Expect(SuccessFrame());
     const platform::SectionHandle again = platform::OpenSection(run.talk.SectionName(u'0'), 56);
     // On Windows a name stands for as long as anybody holds the section.
     EXPECT_EQ(again != nullptr, on_windows);
     if (again != nullptr)
         platform::CloseSection(again);
-    run.talk.Send(orderly_stop);
+    run.talk.Send(OrderlyStop());
 }
 
 TEST(Growth, IsAgreedToByAnyFrameButAFailure)
@@ -290,9 +290,9 @@ TEST(Growth, IsAgreedToByAnyFrameButAFailure)
         Growing run(0);
         const Section grown = Section::Open(run.talk.SectionName(u'0'), 56);
         run.talk.Send(Hex(answer));
-        run.talk.Expect(success);
+        run.talk.Expect(SuccessFrame());
         grown.Expect(0, ReadFileOutList());
-        run.talk.Send(orderly_stop);
+        run.talk.Send(OrderlyStop());
     }
 }
 
@@ -303,13 +303,13 @@ TEST(Growth, RefusedByTheParentFailsTheCallAndKeepsTheSection)
         Growing run(0);
         const Section grown = Section::Open(run.talk.SectionName(u'0'), 56);
         run.talk.Send(refusal);
-        run.talk.Expect(ErrorFrame(0xFFFFFFFF, 0xFFFFFFFF, read_file_failure));
-        grown.Expect(0, ReadFileInList() + Bytes(12, '\0'));
+        run.talk.Expect(FailureFrame(read_file_failure));
+        grown.Expect(0, ReadFileInList() + Repeat(0, 12));
         // The helper is on the new section and goes on with it.
         run.talk.Send(read_file);
-        run.talk.Expect(success);
+        run.talk.Expect(SuccessFrame());
         grown.Expect(0, ReadFileOutList());
-        run.talk.Send(orderly_stop);
+        run.talk.Send(OrderlyStop());
     }
 }
 
@@ -317,31 +317,31 @@ TEST(Growth, AnsweredByASectionOfTheParentsOwn)
 {
     Growing run(0);
     Section own = Section::Create(run.talk.SectionName(u'5'), 100);
-    own.Put(0, Bytes(100, '\x55'));
-    run.talk.Send(SectionFrame(own.Name(), 100));
-    run.talk.Expect(success);
+    own.Put(0, Repeat(0x55, 100));
+    run.talk.Send(ResizeFrame(own.Name(), 100));
+    run.talk.Expect(SuccessFrame());
     Section another = Section::Create(run.talk.SectionName(u'6'), 64);
-    run.talk.Send(SectionFrame(another.Name(), 64));
-    run.talk.Expect(success);
-    run.talk.Send(success);
-    run.talk.Expect(success);
+    run.talk.Send(ResizeFrame(another.Name(), 64));
+    run.talk.Expect(SuccessFrame());
+    run.talk.Send(SuccessFrame());
+    run.talk.Expect(SuccessFrame());
     // The out-list lies in the section that stood last. The buffer's data, which nobody carried over, do not.
     another.Expect(0, Hex("0000000000000001 0000000000000002 00000010 00000000"
                           "00000000000000000000000000000000 00000010 00000000 00000000"));
-    own.Expect(0, Bytes(100, '\x55'));
-    run.talk.Send(orderly_stop);
+    own.Expect(0, Repeat(0x55, 100));
+    run.talk.Send(OrderlyStop());
 }
 
 TEST(Growth, AnsweredByASectionThatIsTooSmallFailsTheCall)
 {
     Growing run(0);
     const Section small = Section::Create(run.talk.SectionName(u'5'), 47);
-    run.talk.Send(SectionFrame(small.Name(), 47));
-    run.talk.Expect(success);
-    run.talk.Send(success);
-    run.talk.Expect(ErrorFrame(0xFFFFFFFF, 0xFFFFFFFF, read_file_failure));
+    run.talk.Send(ResizeFrame(small.Name(), 47));
+    run.talk.Expect(SuccessFrame());
+    run.talk.Send(SuccessFrame());
+    run.talk.Expect(FailureFrame(read_file_failure));
     small.Expect(0, Hex("0000000000000001 0000000000000002 00000010 00000000"));
-    run.talk.Send(orderly_stop);
+    run.talk.Send(OrderlyStop());
 }
 
 // The announcement is refused, which fails the call, and the reason is nobody's to print. The run goes on without a
@@ -350,9 +350,9 @@ TEST(Growth, AnsweredByASectionThatDoesNotExist)
 {
     for (const char *function : {"VornReadFile", "GetBackupType"}) {
         Growing run(0);
-        run.talk.Send(SectionFrame(run.talk.SectionName(u'5'), 100));
-        run.talk.Expect(ErrorFrame(0xFFFFFFFF, 0xFFFFFFFF, SystemText(u"No such file or directory", 2)));
-        run.talk.Expect(ErrorFrame(0xFFFFFFFF, 0xFFFFFFFF, read_file_failure));
+        run.talk.Send(ResizeFrame(run.talk.SectionName(u'5'), 100));
+        run.talk.Expect(FailureFrame(SystemText(u"No such file or directory", 2)));
+        run.talk.Expect(FailureFrame(read_file_failure));
         run.talk.Load(TargetLibrary("plain"));
         run.talk.Send(CallFrame(TargetLibrary("vorn_recorder"), function, std::string("SIGNATURE_") + function));
         run.talk.ExpectClosed();
@@ -364,30 +364,30 @@ TEST(Growth, AnsweredByASectionThatDoesNotExist)
 TEST(Growth, AnsweredByASectionThatDoesNotExistAndThenByOneThatDoes)
 {
     Growing run(0);
-    run.talk.Send(SectionFrame(run.talk.SectionName(u'5'), 100));
-    run.talk.Expect(ErrorFrame(0xFFFFFFFF, 0xFFFFFFFF, SystemText(u"No such file or directory", 2)));
-    run.talk.Expect(ErrorFrame(0xFFFFFFFF, 0xFFFFFFFF, read_file_failure));
+    run.talk.Send(ResizeFrame(run.talk.SectionName(u'5'), 100));
+    run.talk.Expect(FailureFrame(SystemText(u"No such file or directory", 2)));
+    run.talk.Expect(FailureFrame(read_file_failure));
     const Section next = Announce(run.talk, 16, u'6');
     run.talk.Call("GetBackupType");
-    run.talk.Send(orderly_stop);
+    run.talk.Send(OrderlyStop());
 }
 
 TEST(Growth, AnsweredByABadAnnouncement)
 {
     Growing run(0);
     run.talk.Send(Hex("52 00000004 6100 0000"));
-    run.talk.Expect(ErrorFrame(0xFFFFFFFF, 0xFFFFFFFF, u"Failed to serialise data"));
-    run.talk.Expect(ErrorFrame(0xFFFFFFFF, 0xFFFFFFFF, read_file_failure));
-    run.talk.Send(orderly_stop);
+    run.talk.Expect(FailureFrame(u"Failed to serialise data"));
+    run.talk.Expect(FailureFrame(read_file_failure));
+    run.talk.Send(OrderlyStop());
 }
 
 TEST(Growth, AnsweredByTheEndOfTheStream)
 {
     Growing run(0);
     run.talk.EndStream();
-    run.talk.Expect(ErrorFrame(0xFFFFFFFF, 0xFFFFFFFF, read_file_failure));
+    run.talk.Expect(FailureFrame(read_file_failure));
     if (on_windows) // where an end of stream is over once it was read
-        run.talk.Send(orderly_stop);
+        run.talk.Send(OrderlyStop());
     run.talk.ExpectClosed();
     run.talk.End();
     EXPECT_EQ(run.talk.Helper().Story(), "");
@@ -442,9 +442,9 @@ TEST(Growth, CutAtEveryByteOfItsAnswer)
                               "commfunc error: ReadFile() returns with error\n"
                               "commfunc error: Back (error) from ReadDataFromPipe() mini\n" +
                               Printed(SystemText(u"Bad file descriptor", 6)) + next_request_failed;
-    for (std::size_t cut = 0; cut < success.size(); ++cut) {
+    for (std::size_t cut = 0; cut < SuccessFrame().size(); ++cut) {
         Growing run(1);
-        run.talk.Send(success.substr(0, cut));
+        run.talk.Send(First(cut, SuccessFrame()));
         run.talk.Close();
         run.talk.End();
         EXPECT_EQ(run.talk.Helper().Story(), story);
@@ -469,7 +469,7 @@ TEST(Growth, CutAtEveryByteOfItsAnnouncement)
         talk.Load(TargetLibrary("vorn_recorder"));
         section.Put(0, ReadFileInList());
         talk.Send(read_file);
-        talk.Expect(SectionFrame(talk.SectionName(u'0'), 56).substr(0, taken));
+        talk.Expect(First(taken, ResizeFrame(talk.SectionName(u'0'), 56)));
         talk.Close();
         talk.End();
         EXPECT_TRUE(talk.Helper().Story().ends_with(next_request_failed)) << talk.Helper().Story();
@@ -502,11 +502,11 @@ TEST(Growth, OnANameThatASectionHas)
     section.Put(0, ReadFileInList());
     talk.Send(read_file);
     if (on_windows) {
-        talk.Expect(SectionFrame(talk.SectionName(u'0'), 56));
-        talk.Send(success);
-        talk.Expect(success);
+        talk.Expect(ResizeFrame(talk.SectionName(u'0'), 56));
+        talk.Send(SuccessFrame());
+        talk.Expect(SuccessFrame());
         there.Expect(0, ReadFileOutList());
-        talk.Send(orderly_stop);
+        talk.Send(OrderlyStop());
     } else {
         talk.ExpectClosed();
     }
@@ -518,12 +518,12 @@ TEST(Growth, IntoASectionThatTheParentShrinks)
 {
     Growing run(0);
     if (ShrinkSection(run.talk.SectionName(u'0'))) {
-        run.talk.Send(success);
+        run.talk.Send(SuccessFrame());
         run.talk.ExpectClosed();
     } else { // no section loses its memory here
-        run.talk.Send(success);
-        run.talk.Expect(success);
-        run.talk.Send(orderly_stop);
+        run.talk.Send(SuccessFrame());
+        run.talk.Expect(SuccessFrame());
+        run.talk.Send(OrderlyStop());
     }
     run.talk.End();
     EXPECT_EQ(run.talk.Helper().Story(), "");
@@ -540,8 +540,8 @@ TEST(ParentsSection, ShrunkBetweenTwoCalls)
     if (shrunk) {
         talk.ExpectClosed();
     } else {
-        talk.Expect(success);
-        talk.Send(orderly_stop);
+        talk.Expect(SuccessFrame());
+        talk.Send(OrderlyStop());
     }
 }
 
@@ -555,14 +555,14 @@ TEST(Growth, ToMegabytes)
     section.Put(0, Be64(1) + Be64(2) + Be32(item));
     section.Put(24, CountUp(item));
     talk.Send(CallFrame(u"", "VornGetNextDirItem", "SIGNATURE_VornGetNextDirItem"));
-    talk.Expect(SectionFrame(talk.SectionName(u'0'), 32 + item));
+    talk.Expect(ResizeFrame(talk.SectionName(u'0'), 32 + item));
     const Section grown = Section::Open(talk.SectionName(u'0'), 32 + item);
-    talk.Send(success);
-    talk.Expect(success);
+    talk.Send(SuccessFrame());
+    talk.Expect(SuccessFrame());
     EXPECT_TRUE(grown.Get(24, item) == CountUp(item));
     grown.Expect(24 + item, Be32(0));
     talk.Call("GetBackupType");
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
 }
 
 } // namespace

@@ -17,16 +17,6 @@ WideString MessageFile()
     return on_windows ? library : library.substr(0, library.rfind(u'.')) + u".cat";
 }
 
-Bytes PathFrame(const WideString &directories)
-{
-    return Frame('P', Wide(directories));
-}
-
-Bytes MessageFrame(std::uint32_t number, const WideString &file)
-{
-    return Frame('X', Be32(number) + Wide(file));
-}
-
 Bytes Message(std::uint32_t number, const WideString &text)
 {
     return ErrorFrame(0xFFFFFFFF, number, text);
@@ -52,7 +42,7 @@ void ExpectAnswer(Conversation &talk, const Section &section, std::uint32_t answ
 {
     talk.Load(library_name, place);
     talk.Send(CallFrame(library_name, "GetBackupType", "SIGNATURE_GetBackupType"), place);
-    talk.Expect(success, place);
+    talk.Expect(SuccessFrame(), place);
     section.Expect(0, Be32(answer), place);
 }
 
@@ -68,15 +58,15 @@ TEST(Path, DecidesWhichLibraryALaterLoadFinds)
     talk.ReadFrame();
 
     talk.Send(PathFrame(first.Path()));
-    talk.Expect(success);
+    talk.Expect(SuccessFrame());
     ExpectAnswer(talk, section, 1);
     talk.Send(PathFrame(second.Path()));
-    talk.Expect(success);
+    talk.Expect(SuccessFrame());
     ExpectAnswer(talk, section, 2);
     talk.Send(PathFrame(first.Path()));
-    talk.Expect(success);
+    talk.Expect(SuccessFrame());
     ExpectAnswer(talk, section, 1);
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
     talk.End();
     EXPECT_NE(talk.Helper().Story().find("kessil debug: Working with AddPath\n"), std::string::npos);
 }
@@ -89,18 +79,18 @@ TEST(Path, ListIsSearchedInItsOrder)
     const Section section = Announce(talk, 16);
     const WideString separator = on_windows ? u";" : u":";
     talk.Send(PathFrame(second.Path() + separator + first.Path()));
-    talk.Expect(success);
+    talk.Expect(SuccessFrame());
     ExpectAnswer(talk, section, 2);
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
 }
 
 TEST(Path, EmptyDirectoryIsASuccess)
 {
     Conversation talk(0);
     talk.Send(PathFrame(u""));
-    talk.Expect(success);
+    talk.Expect(SuccessFrame());
     talk.Load(TargetLibrary("plain"));
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
 }
 
 TEST(Path, NewPartStandsBeforeTheOldWithASeparator)
@@ -110,32 +100,32 @@ TEST(Path, NewPartStandsBeforeTheOldWithASeparator)
         Section section = Announce(talk, told_size);
         talk.Load(TargetLibrary("tells_process"));
         WideString path = Told(talk, section, 0);
-        talk.Send(orderly_stop);
+        talk.Send(OrderlyStop());
         return path;
     }();
     const WideString separator = on_windows ? u";" : u":";
     Conversation talk(0);
     Section section = Announce(talk, told_size);
     talk.Send(PathFrame(u"C:\\a"));
-    talk.Expect(success);
+    talk.Expect(SuccessFrame());
     talk.Send(PathFrame(u"C:\\b" + separator + u"C:\\c"));
-    talk.Expect(success);
+    talk.Expect(SuccessFrame());
     talk.Send(PathFrame(u""));
-    talk.Expect(success);
+    talk.Expect(SuccessFrame());
     talk.Load(TargetLibrary("tells_process"));
     EXPECT_EQ(Told(talk, section, 0),
               separator + u"C:\\b" + separator + u"C:\\c" + separator + u"C:\\a" + separator + old_path);
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
 }
 
 TEST(Message, IsAlwaysAnError)
 {
     Conversation talk(0);
-    talk.Send(MessageFrame(1, MessageFile()));
+    talk.Send(ErrorTextFrame(1, MessageFile()));
     talk.Expect(Message(1, on_windows ? u"Tape %1 is missing in drive %2.\r\n" : u"Tape %1 is missing in drive %2.\n"));
-    talk.Send(MessageFrame(1234, MessageFile()));
+    talk.Send(ErrorTextFrame(1234, MessageFile()));
     talk.Expect(Message(1234, on_windows ? u"Kein Zugriff f\u00FCr \u20AC.\r\n" : u"Kein Zugriff f\u00FCr \u20AC.\n"));
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
     talk.End();
     EXPECT_EQ(talk.Helper().Story().find("ERROR"), std::string::npos);
     EXPECT_NE(talk.Helper().Story().find("kessil debug: Working with ReadErrDLL\n"), std::string::npos);
@@ -144,18 +134,18 @@ TEST(Message, IsAlwaysAnError)
 TEST(Message, NumberThatTheFileLacksIsTakenForACodeOfTheSystem)
 {
     Conversation talk(0);
-    talk.Send(MessageFrame(5, MessageFile()));
+    talk.Send(ErrorTextFrame(5, MessageFile()));
     talk.Expect(Message(5, SystemText(u"Input/output error", 5) + u" (" + MessageFile() + u")"));
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
 }
 
 TEST(Message, OfAFileThatCanNotBeLoadedHasTheTextOfThat)
 {
     Conversation talk(0);
     const WideString absent = TargetLibrary("absent");
-    talk.Send(MessageFrame(1, absent));
+    talk.Send(ErrorTextFrame(1, absent));
     talk.Expect(Message(1, SystemText(u"No such file or directory", 126) + u" (" + absent + u")"));
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
 }
 
 TEST(Message, FileIsNotKept)
@@ -164,12 +154,12 @@ TEST(Message, FileIsNotKept)
     const fs::path copy = directory.Path() / (on_windows ? "copy.dll" : "copy.cat");
     fs::copy_file(fs::u8path(platform::ToUtf8(MessageFile())), copy);
     Conversation talk(0);
-    talk.Send(MessageFrame(1, NativePath(copy.string())));
+    talk.Send(ErrorTextFrame(1, NativePath(copy.string())));
     talk.ReadFrame();
     EXPECT_TRUE(fs::remove(copy)) << "Windows refuses it while the file is loaded";
-    talk.Send(MessageFrame(1, NativePath(copy.string())));
+    talk.Send(ErrorTextFrame(1, NativePath(copy.string())));
     talk.Expect(Message(1, SystemText(u"No such file or directory", 126) + u" (" + NativePath(copy.string()) + u")"));
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
 }
 
 } // namespace kessil::test

@@ -46,7 +46,7 @@ TEST(CommandLine, TellsItsUsageAndLeavesNoLog)
 TEST(CommandLine, TakesItsDefaults)
 {
     Conversation talk(0, {});
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
     talk.End();
     EXPECT_TRUE(fs::exists(talk.Helper().Directory() / "kessil_log.out"));
     EXPECT_EQ(talk.Helper().Log(), "");
@@ -56,7 +56,7 @@ TEST(CommandLine, IgnoresALastWordThatHasNoValue)
 {
     for (const char16_t *word : {u"--log_level", u"--out_file", u"--verbose", u""}) {
         Conversation talk(0, {word});
-        talk.Send(orderly_stop);
+        talk.Send(OrderlyStop());
         talk.End();
         EXPECT_EQ(talk.Helper().Log(), "");
     }
@@ -66,7 +66,7 @@ TEST(CommandLine, TakesAnyWordButDebugForTheErrorLevel)
 {
     for (const char16_t *level : {u"ERROR", u"trace", u"Debug", u"debug ", u"2", u""}) {
         Conversation talk(0, {u"--log_level", level});
-        talk.Send(orderly_stop);
+        talk.Send(OrderlyStop());
         talk.End();
         EXPECT_EQ(talk.Helper().Log(), "") << platform::ToUtf8(level);
     }
@@ -76,7 +76,7 @@ TEST(CommandLine, LetsTheLastOfTwoOptionsWin)
 {
     Conversation talk(0, {u"--log_level", u"debug", u"--out_file", u"first", u"--log_level", u"error", u"--out_file",
                           u"second", u"--log_level", u"debug"});
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
     talk.End();
     EXPECT_FALSE(fs::exists(talk.Helper().Directory() / "first"));
     EXPECT_FALSE(fs::exists(talk.Helper().Directory() / "kessil_log.out"));
@@ -89,7 +89,7 @@ TEST(CommandLine, LetsTheLastOfTwoOptionsWin)
 TEST(CommandLine, TakesAnEmptyFileNameForTheDefault)
 {
     Conversation talk(0, {u"--out_file", u"", u"--log_level", u"debug"});
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
     talk.End();
     EXPECT_NE(talk.Helper().Log().find("log_file==kessil_log.out, log_level==2"), std::string::npos);
 }
@@ -98,7 +98,7 @@ TEST(CommandLine, CutsTheFileNameToBytes)
 {
     // U+1F42 is cut to the letter B.
     Conversation talk(0, {u"--out_file", u"a\u1F42c"});
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
     talk.End();
     EXPECT_TRUE(fs::exists(talk.Helper().Directory() / "aBc"));
 }
@@ -115,7 +115,7 @@ TEST(Log, IsAppendedTo)
 TEST(Log, HasOneLineForEachRecord)
 {
     Conversation talk(0);
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
     talk.End();
     EXPECT_EQ(talk.Helper().Story(), "kessil debug: Ready for logging:  log_file==kessil_log.out, log_level==2\n"
                                      "kessil debug: Attached to comm\n"
@@ -132,7 +132,7 @@ TEST(Log, IsNotNeeded)
         talk.Load(TargetLibrary("plain"));
         talk.Call("GetBackupType");
         section.Expect(0, Hex("00000007"));
-        talk.Send(orderly_stop);
+        talk.Send(OrderlyStop());
         talk.End();
         EXPECT_FALSE(fs::exists(talk.Helper().Directory() / "kessil_log.out"));
     }
@@ -186,8 +186,8 @@ TEST(Attach, FindsAPipeThatIsFreeLater)
     run.AwaitLog("Ready for logging");
     pipe.Vacate();
     pipe.Accept();
-    EXPECT_TRUE(pipe.Write(orderly_stop));
-    EXPECT_EQ(pipe.Read(1), "");
+    EXPECT_TRUE(pipe.Write(OrderlyStop()));
+    EXPECT_EQ(pipe.Read(1), Bytes());
 }
 
 TEST(Attach, FailsAtOnceForANameThatCanBeNoPipe)

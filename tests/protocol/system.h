@@ -3,6 +3,7 @@
 #include "platform/pipe_server.h"
 #include "platform/process.h"
 #include "platform/text.h"
+#include "support/wire.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -44,10 +45,10 @@ public:
     void Vacate();
 
     /// At least 1 and at most `size` bytes; none when the other end is gone.
-    std::string Read(std::size_t size);
+    Bytes Read(std::size_t size);
 
     /// False when the other end is gone.
-    bool Write(const std::string &bytes);
+    bool Write(const Bytes &bytes);
 
     /// Makes the other end's read return nothing while this end still holds the pipe and can read.
     void EndStream();

@@ -110,9 +110,9 @@ void PipeEnd::Vacate()
     CloseOnce(m_native->occupant);
 }
 
-std::string PipeEnd::Read(std::size_t size)
+Bytes PipeEnd::Read(std::size_t size)
 {
-    std::string bytes(size, '\0');
+    Bytes bytes(size);
     WaitUntil(m_native->client, POLLIN);
     const ssize_t count = recv(m_native->client, bytes.data(), size, 0);
     if (count < 0 && !IsGone(errno))
@@ -121,7 +121,7 @@ std::string PipeEnd::Read(std::size_t size)
     return bytes;
 }
 
-bool PipeEnd::Write(const std::string &bytes)
+bool PipeEnd::Write(const Bytes &bytes)
 {
     std::size_t sent = 0;
     while (sent < bytes.size()) {

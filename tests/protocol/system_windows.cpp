@@ -119,9 +119,9 @@ void PipeEnd::Vacate()
     DisconnectNamedPipe(m_native->pipe);
 }
 
-std::string PipeEnd::Read(std::size_t size)
+Bytes PipeEnd::Read(std::size_t size)
 {
-    std::string bytes(size, '\0');
+    Bytes bytes(size);
     OVERLAPPED operation = m_native->Operation();
     DWORD count = 0;
     const bool started = ReadFile(m_native->pipe, bytes.data(), static_cast<DWORD>(size), nullptr, &operation) != 0;
@@ -131,7 +131,7 @@ std::string PipeEnd::Read(std::size_t size)
     return bytes;
 }
 
-bool PipeEnd::Write(const std::string &bytes)
+bool PipeEnd::Write(const Bytes &bytes)
 {
     OVERLAPPED operation = m_native->Operation();
     DWORD count = 0;

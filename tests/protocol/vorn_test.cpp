@@ -14,7 +14,7 @@ public:
                   Place place = Place::Here())
         : m_recorder(script), talk(exit_code, {}, place), section(Announce(talk, section_size, u'7', place))
     {
-        section.Put(0, Bytes(section_size, '\xEE'));
+        section.Put(0, Repeat(0xEE, section_size));
         talk.Load(TargetLibrary("vorn_recorder"), place);
     }
 
@@ -45,13 +45,13 @@ public:
 TEST(Vorn, CreateSession)
 {
     Vorn vorn("VornCreateSession out=0x1122334455667788 result=5\nVornCreateSession\n");
-    vorn.Call("VornCreateSession", "");
+    vorn.Call("VornCreateSession", {});
     vorn.section.Expect(0, Hex("1122334455667788 EEEEEEEE"));
     EXPECT_EQ(vorn.Record(), "VornCreateSession\n");
     // A handle that the library leaves alone is 0.
-    vorn.Call("VornCreateSession", "");
+    vorn.Call("VornCreateSession", {});
     vorn.section.Expect(0, Hex("0000000000000000 EEEEEEEE"));
-    vorn.talk.Send(orderly_stop);
+    vorn.talk.Send(OrderlyStop());
 }
 
 TEST(Vorn, CloseSession)
@@ -60,7 +60,7 @@ TEST(Vorn, CloseSession)
     vorn.Call("VornCloseSession", Hex("8899AABBCCDDEEFF"));
     vorn.section.Expect(0, Hex("8899AABBCCDDEEFF EEEEEEEEEEEEEEEE"));
     EXPECT_EQ(vorn.Record(), "VornCloseSession session=0x8899aabbccddeeff\n");
-    vorn.talk.Send(orderly_stop);
+    vorn.talk.Send(OrderlyStop());
 }
 
 TEST(Vorn, CreateDir)
@@ -71,7 +71,7 @@ TEST(Vorn, CreateDir)
     vorn.Call("VornCreateDir", Hex("000000000000000A"));
     vorn.section.Expect(0, Hex("0000000000000000 00000003 EEEEEEEE"));
     EXPECT_EQ(vorn.Record(), "VornCreateDir session=0x9\nVornCreateDir session=0xa\n");
-    vorn.talk.Send(orderly_stop);
+    vorn.talk.Send(OrderlyStop());
 }
 
 TEST(Vorn, OpenDir)
@@ -83,7 +83,7 @@ TEST(Vorn, OpenDir)
     vorn.section.Expect(0, Hex("01020304 FFFFFFFF 8000000000000000"));
     EXPECT_EQ(vorn.Record(), "VornOpenDir session=0x1 dir=0x2 path=\"/a b/\\xC3\\xA9\\x22\\x5C\"\n"
                              "VornOpenDir session=0xffffffffffffffff dir=0x8000000000000000 path=\"\"\n");
-    vorn.talk.Send(orderly_stop);
+    vorn.talk.Send(OrderlyStop());
 }
 
 TEST(Vorn, GetNextDirItem)
@@ -93,7 +93,7 @@ TEST(Vorn, GetNextDirItem)
     vorn.section.Expect(0, Hex("0000000000000001 0000000000000002 00000008 EEEEEEEE A1A2A3A4A5060708"
                                "00000007 EEEEEEEE"));
     EXPECT_EQ(vorn.Record(), "VornGetNextDirItem session=0x1 dir=0x2 data=01020304\n");
-    vorn.talk.Send(orderly_stop);
+    vorn.talk.Send(OrderlyStop());
 }
 
 TEST(Vorn, GetNextDirItemOfNoBytes)
@@ -101,7 +101,7 @@ TEST(Vorn, GetNextDirItemOfNoBytes)
     Vorn vorn;
     vorn.Call("VornGetNextDirItem", Hex("0000000000000001 0000000000000002 00000000 EEEEEEEE"));
     vorn.section.Expect(0, Hex("0000000000000001 0000000000000002 00000000 EEEEEEEE 00000000 EEEEEEEE"));
-    vorn.talk.Send(orderly_stop);
+    vorn.talk.Send(OrderlyStop());
 }
 
 TEST(Vorn, CloseDir)
@@ -110,7 +110,7 @@ TEST(Vorn, CloseDir)
     vorn.Call("VornCloseDir", Hex("0000000000000001 0000000000000002"));
     vorn.section.Expect(0, Hex("0000000000000001 0000000000000002 EEEEEEEE"));
     EXPECT_EQ(vorn.Record(), "VornCloseDir session=0x1 dir=0x2\n");
-    vorn.talk.Send(orderly_stop);
+    vorn.talk.Send(OrderlyStop());
 }
 
 TEST(Vorn, CreateFile)
@@ -121,7 +121,7 @@ TEST(Vorn, CreateFile)
     vorn.Call("VornCreateFile", Hex("0000000000000009"));
     vorn.section.Expect(0, Hex("0000000000000000 00000000 EEEEEEEE"));
     EXPECT_EQ(vorn.Record(), "VornCreateFile session=0x9\nVornCreateFile session=0x9\n");
-    vorn.talk.Send(orderly_stop);
+    vorn.talk.Send(OrderlyStop());
 }
 
 TEST(Vorn, OpenFile)
@@ -134,7 +134,7 @@ TEST(Vorn, OpenFile)
     vorn.section.Expect(0, Hex("FFFFFFFF 00000001"));
     EXPECT_EQ(vorn.Record(), "VornOpenFile session=0x1 file=0x2 path=\"a\" mode=4026531841\n"
                              "VornOpenFile session=0x1 file=0x2 path=\"ab\" mode=0\n");
-    vorn.talk.Send(orderly_stop);
+    vorn.talk.Send(OrderlyStop());
 }
 
 TEST(Vorn, ReadFile)
@@ -145,7 +145,7 @@ TEST(Vorn, ReadFile)
     vorn.section.Expect(0, Hex("0000000000000001 0000000000000002 00000010 EEEEEEEE"
                                "00010203040506070809AAABACADAEAF 00000010 0000000A 00000003 EEEEEEEE"));
     EXPECT_EQ(vorn.Record(), "VornReadFile session=0x1 file=0x2 size=16 data=a0a1a2a3a4a5a6a7a8a9aaabacadaeaf\n");
-    vorn.talk.Send(orderly_stop);
+    vorn.talk.Send(OrderlyStop());
 }
 
 // The library is asked for more than the block holds; what it writes lies where the size and the results go.
@@ -156,7 +156,7 @@ TEST(Vorn, ReadFilePassesASizeLargerThanTheBlock)
     vorn.section.Expect(0, Hex("0000000000000001 0000000000000002 00000004 EEEEEEEE 00010203"
                                "FFFFFFFF 0000000C 00000000 EEEEEEEE"));
     EXPECT_EQ(vorn.Record(), "VornReadFile session=0x1 file=0x2 size=4294967295 data=\n");
-    vorn.talk.Send(orderly_stop);
+    vorn.talk.Send(OrderlyStop());
 }
 
 TEST(Vorn, ReadFileLeavesItsCountAtNothing)
@@ -164,7 +164,7 @@ TEST(Vorn, ReadFileLeavesItsCountAtNothing)
     Vorn vorn("VornReadFile result=9\n");
     vorn.Call("VornReadFile", Hex("0000000000000001 0000000000000002 00000000 EEEEEEEE 00000000"));
     vorn.section.Expect(0, Hex("0000000000000001 0000000000000002 00000000 EEEEEEEE 00000000 00000000 00000009 EE"));
-    vorn.talk.Send(orderly_stop);
+    vorn.talk.Send(OrderlyStop());
 }
 
 TEST(Vorn, ReadFileGrowsTheSectionAndKeepsTheLibrarysBytes)
@@ -172,13 +172,13 @@ TEST(Vorn, ReadFileGrowsTheSectionAndKeepsTheLibrarysBytes)
     Vorn vorn("VornReadFile count_up=16 out=16 result=0\n", 44);
     vorn.Ask("VornReadFile", Hex("0000000000000001 0000000000000002 00000010 EEEEEEEE"
                                  "A0A1A2A3A4A5A6A7A8A9AAABACADAEAF 00000010"));
-    vorn.talk.Expect(SectionFrame(vorn.talk.SectionName(u'0'), 56));
+    vorn.talk.Expect(ResizeFrame(vorn.talk.SectionName(u'0'), 56));
     const Section grown = Section::Open(vorn.talk.SectionName(u'0'), 56);
     vorn.talk.Send(Hex("53 00000000"));
     vorn.talk.Expect(Hex("53 00000000"));
     grown.Expect(0, Hex("0000000000000001 0000000000000002 00000010 EEEEEEEE"
                         "000102030405060708090A0B0C0D0E0F 00000010 00000010 00000000 00000000"));
-    vorn.talk.Send(orderly_stop);
+    vorn.talk.Send(OrderlyStop());
 }
 
 TEST(Vorn, ReadFileOfAMegabyte)
@@ -190,7 +190,7 @@ TEST(Vorn, ReadFileOfAMegabyte)
     EXPECT_TRUE(vorn.section.Get(24, length) == CountUp(length));
     vorn.section.Expect(24 + length, Hex("00100000 00100000 00000000 EE"));
     EXPECT_EQ(vorn.Record(), "VornReadFile session=0x1 file=0x2 size=1048576 data=ee\n");
-    vorn.talk.Send(orderly_stop);
+    vorn.talk.Send(OrderlyStop());
 }
 
 TEST(Vorn, WriteFile)
@@ -201,7 +201,7 @@ TEST(Vorn, WriteFile)
     // Nothing is echoed: count and result lie at the start, over the session.
     vorn.section.Expect(0, Hex("00000004 00000006 0000000000000002 00000008 EEEEEEEE 0102030405060708 00000005 EE"));
     EXPECT_EQ(vorn.Record(), "VornWriteFile session=0x1 file=0x2 size=5 data=0102030405\n");
-    vorn.talk.Send(orderly_stop);
+    vorn.talk.Send(OrderlyStop());
 }
 
 TEST(Vorn, WriteFilePassesASizeLargerThanTheBlock)
@@ -213,7 +213,7 @@ TEST(Vorn, WriteFilePassesASizeLargerThanTheBlock)
     vorn.section.Expect(0, Hex("00000000 00000001 0000000000000002"));
     EXPECT_EQ(vorn.Record(), "VornWriteFile session=0x1 file=0x2 size=2147483648 data=0102\n"
                              "VornWriteFile session=0x1 file=0x2 size=0 data=0304\n");
-    vorn.talk.Send(orderly_stop);
+    vorn.talk.Send(OrderlyStop());
 }
 
 TEST(Vorn, WriteFileOfNoBytes)
@@ -222,7 +222,7 @@ TEST(Vorn, WriteFileOfNoBytes)
     vorn.Call("VornWriteFile", Hex("0000000000000001 0000000000000002 00000000 EEEEEEEE 00000000"));
     vorn.section.Expect(0, Hex("00000000 00000000 0000000000000002"));
     EXPECT_EQ(vorn.Record(), "VornWriteFile session=0x1 file=0x2 size=0 data=\n");
-    vorn.talk.Send(orderly_stop);
+    vorn.talk.Send(OrderlyStop());
 }
 
 TEST(Vorn, RestoreFile)
@@ -231,7 +231,7 @@ TEST(Vorn, RestoreFile)
     vorn.Call("VornRestoreFile", Hex("0000000000000001 0000000000000002"));
     vorn.section.Expect(0, Hex("80000000 00000001 0000000000000002 EEEEEEEE"));
     EXPECT_EQ(vorn.Record(), "VornRestoreFile session=0x1 file=0x2\n");
-    vorn.talk.Send(orderly_stop);
+    vorn.talk.Send(OrderlyStop());
 }
 
 TEST(Vorn, CloseFile)
@@ -240,7 +240,7 @@ TEST(Vorn, CloseFile)
     vorn.Call("VornCloseFile", Hex("0000000000000001 0000000000000002"));
     vorn.section.Expect(0, Hex("0000000000000001 0000000000000002 EEEEEEEE"));
     EXPECT_EQ(vorn.Record(), "VornCloseFile session=0x1 file=0x2\n");
-    vorn.talk.Send(orderly_stop);
+    vorn.talk.Send(OrderlyStop());
 }
 
 // Session 1, object 2 and code 3, and a text of up to 8 bytes at offset 24.
@@ -261,7 +261,7 @@ TEST(Vorn, GetErrorText)
     // What is left of the size is filled with zeros.
     vorn.section.Expect(0, ErrorTextOutList("6261640000000000", Hex("00000008 EEEEEEEE")));
     EXPECT_EQ(vorn.Record(), "VornGetErrorText session=0x1 object=0x2 code=3\n");
-    vorn.talk.Send(orderly_stop);
+    vorn.talk.Send(OrderlyStop());
 }
 
 TEST(Vorn, GetErrorTextCutsALongTextToItsSize)
@@ -273,7 +273,7 @@ TEST(Vorn, GetErrorTextCutsALongTextToItsSize)
     vorn.section.Expect(0, ErrorTextOutList("30313200A4A5A6A7", Hex("00000004 EEEEEEEE")));
     vorn.Call("VornGetErrorText", ErrorTextInList(Hex("00000001")));
     vorn.section.Expect(0, ErrorTextOutList("00A1A2A3A4A5A6A7", Hex("00000001 EEEEEEEE")));
-    vorn.talk.Send(orderly_stop);
+    vorn.talk.Send(OrderlyStop());
 }
 
 TEST(Vorn, GetErrorTextWithoutATextIsEmpty)
@@ -283,7 +283,7 @@ TEST(Vorn, GetErrorTextWithoutATextIsEmpty)
         vorn.Call("VornGetErrorText", ErrorTextInList(Hex(size)));
         vorn.section.Expect(0, ErrorTextOutList("00A1A2A3A4A5A6A7", Hex(size) + Hex("EEEEEEEE")));
     }
-    vorn.talk.Send(orderly_stop);
+    vorn.talk.Send(OrderlyStop());
 }
 
 TEST(Vorn, GetErrorTextOfExactlyItsSize)
@@ -295,7 +295,7 @@ TEST(Vorn, GetErrorTextOfExactlyItsSize)
     vorn.section.Expect(0, ErrorTextOutList("3031323334353600", Hex("00000008")));
     vorn.Call("VornGetErrorText", ErrorTextInList(Hex("00000008")));
     vorn.section.Expect(0, ErrorTextOutList("0000000000000000", Hex("00000008")));
-    vorn.talk.Send(orderly_stop);
+    vorn.talk.Send(OrderlyStop());
 }
 
 // The limit is the size and not the block's length: the text runs into the bytes behind the block, over which the size
@@ -305,7 +305,7 @@ TEST(Vorn, GetErrorTextOfASizeLargerThanTheBlock)
     Vorn vorn("VornGetErrorText text=0123456789ABCDEFGHIJ\n");
     vorn.Call("VornGetErrorText", ErrorTextInList(Hex("00000010")));
     vorn.section.Expect(0, ErrorTextOutList("3031323334353637", Hex("00000010 43444500 EEEEEEEE")));
-    vorn.talk.Send(orderly_stop);
+    vorn.talk.Send(OrderlyStop());
 }
 
 // Its terminator would lie 4 GiB behind the text, where nothing is: the run ends as a fault there ends it.
@@ -322,22 +322,22 @@ TEST(Vorn, GetLibApiVersion)
 {
     Vorn vorn("GetLibApiVersion result=2\nGetLibApiVersion result=0\nGetLibApiVersion result=1\n"
               "GetLibApiVersion result=3\nGetLibApiVersion result=0x80000002\nGetLibApiVersion result=0xFFFFFFFF\n");
-    vorn.Call("GetLibApiVersion", "");
+    vorn.Call("GetLibApiVersion", {});
     vorn.section.Expect(0, Hex("00000002 EEEEEEEE"));
     for (int other = 0; other < 5; ++other) {
         vorn.Call("GetLibApiVersion", Hex("00000000"));
         vorn.section.Expect(0, Hex("FFFFFFFF EEEEEEEE"));
     }
-    vorn.talk.Send(orderly_stop);
+    vorn.talk.Send(OrderlyStop());
 }
 
 TEST(Vorn, GetBackupType)
 {
     Vorn vorn("GetBackupType result=0x01020304\n");
-    vorn.Call("GetBackupType", "");
+    vorn.Call("GetBackupType", {});
     vorn.section.Expect(0, Hex("01020304 EEEEEEEE"));
     EXPECT_EQ(vorn.Record(), "GetBackupType\n");
-    vorn.talk.Send(orderly_stop);
+    vorn.talk.Send(OrderlyStop());
 }
 
 // An in-list that breaks off, at each of its fields: the section ends inside the last that is there.
@@ -382,12 +382,12 @@ TEST(Vorn, InListThatIsTooShortNamesTheHandlerAndCallsNothing)
             const auto size = static_cast<std::uint32_t>(list.size() - 1);
             Section section = Announce(talk, size, digit);
             digit = digit == u'7' ? u'8' : u'7'; // the name before is still in use
-            section.Put(0, list.substr(0, size));
+            section.Put(0, First(size, list));
             talk.Send(CallFrame(u"", each.function, std::string("SIGNATURE_") + each.function));
-            talk.Expect(ErrorFrame(0xFFFFFFFF, 0xFFFFFFFF, u"Failed to serialise input (" + each.failure + u")"));
+            talk.Expect(FailureFrame(u"Failed to serialise input (" + each.failure + u")"));
         }
     }
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
     talk.End();
     EXPECT_EQ(recorder.Lines(), "");
     EXPECT_EQ(talk.Helper().Story(), "");
@@ -396,13 +396,13 @@ TEST(Vorn, InListThatIsTooShortNamesTheHandlerAndCallsNothing)
 TEST(Vorn, FailureFrameByteForByte)
 {
     Vorn vorn("", 7);
-    vorn.Ask("VornCloseDir", "");
+    vorn.Ask("VornCloseDir", {});
     vorn.talk.Expect(Hex("45 0000006A FFFFFFFF FFFFFFFF"
                          "4600 6100 6900 6C00 6500 6400 2000 7400 6F00 2000"
                          "7300 6500 7200 6900 6100 6C00 6900 7300 6500 2000 6900 6E00 7000 7500 7400 2000"
                          "2800 5000 7200 6F00 6300 6500 7300 7300 5F00"
                          "5600 6F00 7200 6E00 4300 6C00 6F00 7300 6500 4400 6900 7200 2900 0000"));
-    vorn.talk.Send(orderly_stop);
+    vorn.talk.Send(OrderlyStop());
 }
 
 TEST(Vorn, BlockLengthThatPassesTheSection)
@@ -411,11 +411,11 @@ TEST(Vorn, BlockLengthThatPassesTheSection)
     for (const char *length : {"00000029", "7FFFFFFF", "FFFFFFF8", "FFFFFFFC", "FFFFFFFF"}) {
         for (const char *function : {"VornReadFile", "VornWriteFile"}) {
             vorn.Ask(function, Hex("0000000000000001 0000000000000002") + Hex(length));
-            vorn.talk.Expect(ErrorFrame(0xFFFFFFFF, 0xFFFFFFFF,
-                                        u"Failed to serialise input (Process_" + platform::FromUtf8(function) + u")"));
+            vorn.talk.Expect(
+                FailureFrame(u"Failed to serialise input (Process_" + platform::FromUtf8(function) + u")"));
         }
     }
-    vorn.talk.Send(orderly_stop);
+    vorn.talk.Send(OrderlyStop());
 }
 
 // The road of a whole file through one helper, with handles that only the library understands.
@@ -423,8 +423,8 @@ TEST(Vorn, OneSessionFromItsStartToItsEnd)
 {
     Vorn vorn("VornCreateSession out=0xAAAAAAAAAAAAAAAA\nVornCreateFile out=0xBBBBBBBBBBBBBBBB\n"
               "VornWriteFile out=3\nVornGetErrorText text=none\n");
-    vorn.Call("GetLibApiVersion", "");
-    vorn.Call("VornCreateSession", "");
+    vorn.Call("GetLibApiVersion", {});
+    vorn.Call("VornCreateSession", {});
     const Bytes session = vorn.section.Get(0, 8);
     vorn.Call("VornCreateFile", session);
     const Bytes file = vorn.section.Get(0, 8);
@@ -434,7 +434,7 @@ TEST(Vorn, OneSessionFromItsStartToItsEnd)
     vorn.Call("VornRestoreFile", session + file);
     vorn.Call("VornCloseFile", session + file);
     vorn.Call("VornCloseSession", session);
-    vorn.talk.Send(orderly_stop);
+    vorn.talk.Send(OrderlyStop());
     vorn.talk.End();
     EXPECT_EQ(vorn.Record(), "GetLibApiVersion\nVornCreateSession\n"
                              "VornCreateFile session=0xaaaaaaaaaaaaaaaa\n"

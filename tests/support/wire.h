@@ -1,113 +1,71 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <string>
 #include <string_view>
 #include <vector>
 
-// What crosses the pipe and the section, put together by the tests' own hands: nothing here comes from src/ or parent/.
+// What crosses the pipe and the section, spelled by the tests themselves: nothing here comes from src/ or parent/.
 
 namespace kessil::test {
 
 using Bytes = std::vector<unsigned char>;
 
-inline Bytes operator+(Bytes left, const Bytes &right)
-{
-    left.insert(left.end(), right.begin(), right.end());
-    return left;
-}
+Bytes operator+(Bytes left, const Bytes &right);
+Bytes &operator+=(Bytes &left, const Bytes &right);
 
-/// Pairs of hexadecimal digits, with blanks where they help the eye: "53 0000001A" as five bytes.
-inline Bytes Hex(const std::string &text)
-{
-    Bytes bytes;
-    std::string pair;
-    for (const char digit : text) {
-        if (digit == ' ')
-            continue;
-        pair += digit;
-        if (pair.size() < 2)
-            continue;
-        char *end = nullptr;
-        bytes.push_back(static_cast<unsigned char>(std::strtoul(pair.c_str(), &end, 16)));
-        if (*end != '\0')
-            std::abort();
-        pair.clear();
-    }
-    if (!pair.empty())
-        std::abort();
-    return bytes;
-}
+/// Pairs of hexadecimal digits, with blanks where they help the eye: "53 0000001A" as five bytes. Anything else throws
+/// std::invalid_argument.
+Bytes Hex(std::string_view digits);
 
-inline Bytes Repeat(unsigned char byte, std::size_t count)
-{
-    return Bytes(count, byte);
-}
+/// The reverse, in pairs with blanks, for messages.
+std::string Show(const Bytes &bytes);
+
+/// The same byte `count` times; and 0, 1, ... 255, 0, 1, ...
+Bytes Repeat(unsigned char byte, std::size_t count);
+Bytes CountUp(std::size_t count);
+
+/// The first `count` bytes, those behind them, and the last `count` bytes; as many of them as there are.
+Bytes First(std::size_t count, const Bytes &bytes);
+Bytes Behind(std::size_t count, const Bytes &bytes);
+Bytes Last(std::size_t count, const Bytes &bytes);
+
+/// The same bytes but for one bit, counted from the lowest of the first byte.
+Bytes FlipBit(Bytes bytes, std::size_t bit);
 
 /// 4 and 8 bytes, most significant first.
-inline Bytes Be32(std::uint32_t value)
-{
-    return {static_cast<unsigned char>(value >> 24), static_cast<unsigned char>(value >> 16),
-            static_cast<unsigned char>(value >> 8), static_cast<unsigned char>(value)};
-}
-inline Bytes Be64(std::uint64_t value)
-{
-    return Be32(static_cast<std::uint32_t>(value >> 32)) + Be32(static_cast<std::uint32_t>(value));
-}
+Bytes Be32(std::uint32_t value);
+Bytes Be64(std::uint64_t value);
 
-/// The characters alone.
-inline Bytes Plain(std::string_view text)
-{
-    return {text.begin(), text.end()};
-}
-
-/// The characters and a zero byte.
-inline Bytes Narrow(std::string_view text)
-{
-    return Plain(text) + Bytes{0};
-}
+/// The characters alone; the characters and a zero byte.
+Bytes Plain(std::string_view text);
+Bytes Narrow(std::string_view text);
 
 /// The units, least significant byte first, and a zero unit.
-inline Bytes Wide(std::u16string_view text)
-{
-    Bytes bytes;
-    for (const char16_t unit : text) {
-        bytes.push_back(static_cast<unsigned char>(unit & 0xFF));
-        bytes.push_back(static_cast<unsigned char>(unit >> 8));
-    }
-    return bytes + Bytes{0, 0};
-}
+Bytes Wide(std::u16string_view text);
 
-inline Bytes Frame(char type, const Bytes &payload)
-{
-    return Bytes{static_cast<unsigned char>(type)} + Be32(static_cast<std::uint32_t>(payload.size())) + payload;
-}
+/// Type byte, length of the payload in 4 bytes, payload.
+Bytes Frame(char type, const Bytes &payload);
 
-inline Bytes SuccessFrame()
-{
-    return Frame('S', {});
-}
+/// Requests: log on, add to the search path, ask for the text of an error, load a library for the first and for the
+/// second generation, call a function, a command of the second generation with its bare values, and the orderly stop.
+Bytes LogonFrame(std::u16string_view user, std::u16string_view domain, std::u16string_view password,
+                 std::uint32_t flag);
+Bytes PathFrame(std::u16string_view directories);
+Bytes ErrorTextFrame(std::uint32_t code, std::u16string_view file);
+Bytes LoadFrame(std::u16string_view library);
+Bytes LoadAltFrame(std::string_view library);
+Bytes CallFrame(std::u16string_view library, std::string_view function, std::string_view signature);
+Bytes CommandRequest(std::uint8_t command, const Bytes &values = {});
+Bytes OrderlyStop();
 
-inline Bytes ErrorFrame(std::uint32_t return_code, std::uint32_t system_error, std::u16string_view text)
-{
-    return Frame('E', Be32(return_code) + Be32(system_error) + Wide(text));
-}
+/// The announcement of a section, in both directions.
+Bytes ResizeFrame(std::u16string_view name, std::uint64_t size);
 
-/// A failure of marshalling: both codes -1.
-inline Bytes FailureFrame(std::u16string_view text)
-{
-    return ErrorFrame(0xFFFFFFFF, 0xFFFFFFFF, text);
-}
-
-inline Bytes ResizeFrame(std::u16string_view name, std::uint64_t size)
-{
-    return Frame('R', Wide(name) + Be64(size));
-}
-
-inline Bytes CallFrame(std::u16string_view library, std::string_view function, std::string_view signature)
-{
-    return Frame('F', Wide(library) + Narrow(function) + Narrow(signature));
-}
+/// Answers. A failure of marshalling is an error with both codes -1.
+Bytes SuccessFrame();
+Bytes ErrorFrame(std::uint32_t return_code, std::uint32_t system_error, std::u16string_view text);
+Bytes FailureFrame(std::u16string_view text);
 
 } // namespace kessil::test

@@ -125,8 +125,7 @@ TEST_F(CallerTest, LibraryIsNotInTheTableBeforeItsReplyIsOut)
     caller->LoadLibraryW(u"a", channel);
     const Bytes missing = ErrorFrame(0, 0, u"Failed to find library...");
     ASSERT_GE(fake_pipe.written.size(), missing.size());
-    EXPECT_EQ(Bytes(fake_pipe.written.begin(), fake_pipe.written.begin() + static_cast<std::ptrdiff_t>(missing.size())),
-              missing);
+    EXPECT_EQ(First(missing.size(), fake_pipe.written), missing);
     EXPECT_THAT(seen, IsEmpty());
 }
 

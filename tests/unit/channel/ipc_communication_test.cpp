@@ -288,7 +288,7 @@ TEST_P(ReaderTest, FrameInSingleBytes)
 
 TEST_P(ReaderTest, FramesThatArriveTogetherAreTakenOneByOne)
 {
-    fake_pipe.Deliver(Frame('S', {}) + Frame('E', Hex("01")) + Frame('M', Hex("02 03")));
+    fake_pipe.Deliver(SuccessFrame() + Frame('E', Hex("01")) + Frame('M', Hex("02 03")));
     ASSERT_TRUE(Read());
     EXPECT_EQ(type, 'S');
     EXPECT_EQ(size, 0u);
@@ -460,7 +460,7 @@ TEST_P(ReaderTest, ParentsSectionsOneBehindTheOther)
 {
     fake_section.Add(u"s0", 32);
     fake_section.Add(u"s1", 48);
-    fake_pipe.Deliver(ResizeFrame(u"s0", 32) + ResizeFrame(u"s1", 48) + Frame('S', {}));
+    fake_pipe.Deliver(ResizeFrame(u"s0", 32) + ResizeFrame(u"s1", 48) + SuccessFrame());
     ASSERT_TRUE(Read());
     EXPECT_EQ(type, 'S');
     EXPECT_EQ(fake_pipe.written, SuccessFrame() + SuccessFrame());
@@ -480,7 +480,7 @@ TEST_P(ReaderTest, EndBehindTheParentsSectionIsEof)
 TEST_P(ReaderTest, AnswerToTheParentsSectionThatCantBeWrittenIsIgnored)
 {
     fake_section.Add(u"s", 32);
-    fake_pipe.Deliver(ResizeFrame(u"s", 32) + Frame('S', {}));
+    fake_pipe.Deliver(ResizeFrame(u"s", 32) + SuccessFrame());
     fake_pipe.FailWrite(232);
     ASSERT_TRUE(Read());
     EXPECT_EQ(type, 'S');

@@ -27,17 +27,6 @@ private:
     std::uint32_t m_size;
 };
 
-Bytes Cut(const Bytes &bytes, std::size_t size)
-{
-    return {bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(size)};
-}
-
-Bytes FlipBit(Bytes bytes, std::size_t bit)
-{
-    bytes[bit / 8] = static_cast<unsigned char>(bytes[bit / 8] ^ (1U << (bit % 8)));
-    return bytes;
-}
-
 std::uint32_t ReadWide(WideString &target, const Bytes &bytes)
 {
     const Exact exact(bytes);
@@ -175,7 +164,7 @@ TEST_P(RecordTest, WholePayloadParses)
 TEST_P(RecordTest, PayloadCutAtAnyByteFails)
 {
     for (std::size_t size = 0; size < GetParam().payload.size(); ++size) {
-        EXPECT_FALSE(Parse(Cut(GetParam().payload, size))) << size;
+        EXPECT_FALSE(Parse(First(size, GetParam().payload))) << size;
         EXPECT_EQ(error, u"Failed to serialise data") << size;
     }
 }

@@ -107,7 +107,7 @@ TEST_F(SectionTest, MalformedPayloadsAreRefusedAndTheOldSectionStays)
         fake_section = FakeSection();
         ASSERT_TRUE(fresh.Attach(u"pipe", error));
         error.clear();
-        fake_pipe.Deliver(Frame('R', Bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size))));
+        fake_pipe.Deliver(Frame('R', First(size, whole)));
         char type = 0;
         unsigned char *data = nullptr;
         std::uint32_t count = 0;

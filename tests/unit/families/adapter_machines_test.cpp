@@ -165,8 +165,7 @@ TEST_F(MachinesSequenceTest, CloseDiskOfTheFirstGenerationKeepsTheCredentialsWhe
     EXPECT_EQ(g_pCredentials, Object(0x701));
     const Bytes refusal = FailureFrame(u"Failed to serialize output (Process_VADPCloseDisk)");
     ASSERT_GE(fake_pipe.written.size(), refusal.size());
-    EXPECT_EQ(Bytes(fake_pipe.written.end() - static_cast<std::ptrdiff_t>(refusal.size()), fake_pipe.written.end()),
-              refusal);
+    EXPECT_EQ(Last(refusal.size(), fake_pipe.written), refusal);
 }
 
 TEST_F(MachinesSequenceTest, CloseDiskOfTheSecondGenerationDropsTheDiskAndLeavesTheCredentials)

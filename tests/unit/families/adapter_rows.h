@@ -204,8 +204,7 @@ private:
     void ExpectSection(const Bytes &out, const Bytes &before)
     {
         ASSERT_LE(out.size(), before.size());
-        EXPECT_EQ(Section(before.size()),
-                  out + Bytes(before.begin() + static_cast<std::ptrdiff_t>(out.size()), before.end()));
+        EXPECT_EQ(Section(before.size()), out + Behind(out.size(), before));
     }
 };
 

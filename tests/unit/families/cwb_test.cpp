@@ -241,7 +241,7 @@ TEST_F(CwbTest, DeleteBufferReleasesTheBlock)
     Process_cwbRC_CallPgm_DeleteBuffer(channel, nullptr);
     EXPECT_EQ(released, block);
     EXPECT_EQ(fake_pipe.written, SuccessFrame());
-    EXPECT_EQ(Section(8), Be32(0) + Bytes(in_list.begin() + 4, in_list.end()));
+    EXPECT_EQ(Section(8), Be32(0) + Behind(4, in_list));
 }
 
 TEST_F(CwbTest, DeleteBufferOfNoAddressReleasesNothing)
@@ -390,7 +390,7 @@ TEST_F(CwbTest, SetStatementTextRefusesATextWithoutAnEnd)
     Call(RowOf("cwbDB_SetStatementText"), exports, Hex("D1 D2 D3 D4") + Wide(u"SELECT") + Hex("E1 E2 E3 E4"));
     const Bytes whole = Section(22);
     EXPECT_EQ(fake_pipe.written, SuccessFrame());
-    Call(RowOf("cwbDB_SetStatementText"), exports, Bytes(whole.begin(), whole.begin() + 16));
+    Call(RowOf("cwbDB_SetStatementText"), exports, First(16, whole));
     EXPECT_EQ(fake_pipe.written, FailureFrame(u"Failed to serialise input (Process_cwbDB_SetStatementText)"));
     EXPECT_EQ(stand_in.lines.size(), 1u);
 }

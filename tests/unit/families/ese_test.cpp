@@ -50,8 +50,8 @@ TEST_F(EseTest, ReadFileInASectionOf48StaysThere)
     GiveSection(u"s0", read_16 + Repeat(0xEE, 16));
     Process_HrESEBackupReadFile(channel, reinterpret_cast<void *>(HrESEBackupReadFile));
     EXPECT_EQ(fake_pipe.written, SuccessFrame());
-    EXPECT_EQ(Section(48), Bytes(read_16.begin(), read_16.begin() + 16) + Plain("abcd------------") +
-                               Hex("00 00 00 04 00 00 00 00 00 00 00 00") + Repeat(0xEE, 4));
+    EXPECT_EQ(Section(48), First(16, read_16) + Plain("abcd------------") + Hex("00 00 00 04 00 00 00 00 00 00 00 00") +
+                               Repeat(0xEE, 4));
 }
 
 // Of the 48 bytes four are never used; so 47 would do, and are replaced all the same.
@@ -62,8 +62,7 @@ TEST_F(EseTest, ReadFileInASectionOf47GrowsItAndTheDataMoveAlong)
     fake_pipe.Deliver(SuccessFrame());
     Process_HrESEBackupReadFile(channel, reinterpret_cast<void *>(HrESEBackupReadFile));
     EXPECT_EQ(fake_pipe.written, ResizeFrame(u"s1", 48) + SuccessFrame());
-    EXPECT_EQ(Section(44), Bytes(read_16.begin(), read_16.begin() + 16) + Plain("abcd------------") +
-                               Hex("00 00 00 04 00 00 00 00 00 00 00 00"));
+    EXPECT_EQ(Section(44), First(16, read_16) + Plain("abcd------------") + Hex("00 00 00 04 00 00 00 00 00 00 00 00"));
 }
 
 // No copy on the way: the library gets the place in the section where the parent will look.

@@ -39,7 +39,7 @@ protected:
         Call(row, exports, before);
         EXPECT_EQ(fake_pipe.written, SuccessFrame());
         const Bytes out = Hex(row.out);
-        const Bytes after = out + Bytes(before.begin() + static_cast<std::ptrdiff_t>(out.size()), before.end());
+        const Bytes after = out + Behind(out.size(), before);
         EXPECT_EQ(Section(before.size()), after);
         EXPECT_THAT(stand_in.lines, ::testing::ElementsAre(row.function + row.recorded));
     }

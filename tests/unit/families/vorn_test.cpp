@@ -530,7 +530,7 @@ TEST_P(VornInputTest, SectionCutAtAnyByteIsTheInputFailure)
         fake_section = FakeSection();
         CIPCCommunication fresh;
         ASSERT_TRUE(fresh.Attach(u"pipe", error));
-        fake_section.Add(u"s", Bytes(request.begin(), request.begin() + static_cast<std::ptrdiff_t>(size)));
+        fake_section.Add(u"s", First(size, request));
         fake_pipe.Deliver(ResizeFrame(u"s", size) + Frame('z', {}));
         char type = 0;
         unsigned char *data = nullptr;

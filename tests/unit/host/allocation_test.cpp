@@ -36,7 +36,7 @@ protected:
         fake_module.Add(u"lib", {{"GetBackupType", reinterpret_cast<void *>(BackupType)},
                                  {"VornReadFile", reinterpret_cast<void *>(ReadFile)}});
         fake_section.Add(u"s0", section);
-        fake_pipe.Deliver(Frame('L', Wide(u"lib")));
+        fake_pipe.Deliver(LoadFrame(u"lib"));
         fake_pipe.Deliver(ResizeFrame(u"s0", section.size()));
         std::size_t before = 0;
         std::size_t after = 0;

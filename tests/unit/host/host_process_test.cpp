@@ -94,13 +94,13 @@ protected:
     void DeliverLoads(std::initializer_list<const char16_t *> names)
     {
         for (const char16_t *name : names)
-            fake_pipe.Deliver(Frame('L', Wide(name)));
+            fake_pipe.Deliver(LoadFrame(name));
     }
 
     void DeliverAltLoads(std::initializer_list<std::string_view> names)
     {
         for (const std::string_view name : names)
-            fake_pipe.Deliver(Frame('l', Plain(name)));
+            fake_pipe.Deliver(LoadAltFrame(name));
     }
 
     // The calls from the release of the first library on.
@@ -162,7 +162,7 @@ TEST_F(HostTest, LevelOneIsSilentAboutTheStory)
 TEST_F(HostTest, LogFileThatCantBeOpenedStopsNothing)
 {
     options.out_file = (LogPath() / "no" / "such" / "directory").string();
-    fake_pipe.Deliver(Frame('L', Wide(u"a")) + Hex("66 01"));
+    fake_pipe.Deliver(LoadFrame(u"a") + Hex("66 01"));
     const auto run = [this] {
         const int exit_code = RunHost(options, {rows, commands, NoHook});
         std::_Exit(exit_code == 0 && fake_pipe.written == SuccessFrame() ? 42 : 1);
@@ -350,7 +350,7 @@ TEST_F(HostTest, EndWithoutAFaultHasNoLimit)
 TEST_F(HostTest, GuardThatCantBePreparedStopsNothing)
 {
     fake_guard.can_prepare = false;
-    fake_pipe.Deliver(Frame('L', Wide(u"a")) + Hex("66 01"));
+    fake_pipe.Deliver(LoadFrame(u"a") + Hex("66 01"));
     EXPECT_EQ(Run(), 0);
     EXPECT_EQ(fake_pipe.written, SuccessFrame());
 }

@@ -156,12 +156,12 @@ TEST_F(LoopTest, FrameThatBreaksOffWithinTheLengthIsExitCodeOne)
 // No text that broke off passes for a whole one.
 TEST_F(LoopTest, PayloadThatBreaksOffIsExitCodeOne)
 {
-    const Bytes load = Frame('L', Wide(u"abcdef"));
+    const Bytes load = LoadFrame(u"abcdef");
     for (std::size_t size = 6; size < load.size(); ++size) {
         CIPCCommunication fresh;
         fake_pipe = FakePipe();
         ASSERT_TRUE(fresh.Attach(u"pipe", error));
-        fake_pipe.Deliver(Bytes(load.begin(), load.begin() + static_cast<std::ptrdiff_t>(size)));
+        fake_pipe.Deliver(First(size, load));
         fake_pipe.DeliverNothing();
         RequestLoop loop(fresh, caller, caller_alt, commands, error);
         ::testing::internal::CaptureStdout();
@@ -287,7 +287,7 @@ TEST_F(LoopTest, UnknownTypeWhosePayloadDoesNotComeIsAFailedRead)
 TEST_F(LoopTest, LoadIsLoggedAfterItsParseAndAnsweredByTheCaller)
 {
     fake_module.Add(u"a.dll", {});
-    fake_pipe.Deliver(Frame('L', Wide(u"a.dll")));
+    fake_pipe.Deliver(LoadFrame(u"a.dll"));
     Stop();
     EXPECT_EQ(Run(), 0);
     EXPECT_EQ(fake_pipe.written, SuccessFrame());
@@ -297,7 +297,7 @@ TEST_F(LoopTest, LoadIsLoggedAfterItsParseAndAnsweredByTheCaller)
 
 TEST_F(LoopTest, LoadThatFailsLeavesTheLoopAtWork)
 {
-    fake_pipe.Deliver(Frame('L', Wide(u"none")) + Frame('L', Wide(u"none")));
+    fake_pipe.Deliver(LoadFrame(u"none") + LoadFrame(u"none"));
     Stop();
     EXPECT_EQ(Run(), 0);
     EXPECT_EQ(fake_pipe.written,
@@ -338,7 +338,7 @@ const Bytes refused = Hex("FF FF FF FF");
 TEST_F(LoopTest, LoadAltTakesTheWholePayloadForTheName)
 {
     fake_module.Add(u"a.dll", {});
-    fake_pipe.Deliver(Frame('l', Plain("a.dll")));
+    fake_pipe.Deliver(LoadAltFrame("a.dll"));
     Stop();
     EXPECT_EQ(Run(), 0);
     EXPECT_EQ(fake_pipe.written, loaded);
@@ -389,7 +389,7 @@ TEST_F(LoopTest, LoadAltEndsTheNameAtAZeroByte)
 TEST_F(LoopTest, LoadAltThatFailsLeavesTheLoopAtWork)
 {
     fake_module.Add(u"a", {});
-    fake_pipe.Deliver(Frame('l', Plain("none")) + Frame('l', Plain("none")) + Frame('l', Plain("a")));
+    fake_pipe.Deliver(LoadAltFrame("none") + LoadAltFrame("none") + LoadAltFrame("a"));
     Stop();
     EXPECT_EQ(Run(), 0);
     EXPECT_EQ(fake_pipe.written, refused + refused + loaded);
@@ -398,7 +398,7 @@ TEST_F(LoopTest, LoadAltThatFailsLeavesTheLoopAtWork)
 TEST_F(LoopTest, LoadAltWhoseAnswerCantBeWrittenLeavesTheLoopAtWork)
 {
     fake_module.Add(u"a", {});
-    fake_pipe.Deliver(Frame('l', Plain("a")) + Frame('l', Plain("none")));
+    fake_pipe.Deliver(LoadAltFrame("a") + LoadAltFrame("none"));
     fake_pipe.FailWrite(232);
     fake_pipe.FailWrite(232);
     Stop();
@@ -411,7 +411,7 @@ TEST_F(LoopTest, LoadAltWhoseAnswerCantBeWrittenLeavesTheLoopAtWork)
 TEST_F(LoopTest, CommandCallsTheFirstLibraryOfTheSecondGeneration)
 {
     fake_module.Add(u"a", {{"one", &printed}});
-    fake_pipe.DeliverInChunks(Frame('l', Plain("a")) + Hex("66 02 00 00 00 06") + Hex("66 02 FF FF FF FE"), 1);
+    fake_pipe.DeliverInChunks(LoadAltFrame("a") + Hex("66 02 00 00 00 06") + Hex("66 02 FF FF FF FE"), 1);
     Stop();
     EXPECT_EQ(Run(), 0);
     EXPECT_EQ(fake_pipe.written, loaded + Be32(7) + Be32(0xFFFFFFFF));
@@ -422,7 +422,7 @@ TEST_F(LoopTest, CommandCallsTheFirstLibraryOfTheSecondGeneration)
 TEST_F(LoopTest, CommandOfAFirstGenerationHandlerIsAnsweredWithAFrame)
 {
     fake_module.Add(u"a", {{"one", &printed}});
-    fake_pipe.Deliver(Frame('l', Plain("a")) + Hex("66 03"));
+    fake_pipe.Deliver(LoadAltFrame("a") + Hex("66 03"));
     Stop();
     EXPECT_EQ(Run(), 0);
     EXPECT_EQ(fake_pipe.written, loaded + SuccessFrame());
@@ -431,7 +431,7 @@ TEST_F(LoopTest, CommandOfAFirstGenerationHandlerIsAnsweredWithAFrame)
 TEST_F(LoopTest, CommandThatTheTableLacksLeavesNoTrace)
 {
     fake_module.Add(u"a", {{"one", &printed}});
-    fake_pipe.Deliver(Frame('l', Plain("a")) + Hex("66 00 66 05 66 32 66 FD") + Hex("66 02 00 00 00 06"));
+    fake_pipe.Deliver(LoadAltFrame("a") + Hex("66 00 66 05 66 32 66 FD") + Hex("66 02 00 00 00 06"));
     Stop();
     EXPECT_EQ(Run(), 0);
     EXPECT_EQ(fake_pipe.written, loaded + Be32(7));
@@ -443,7 +443,7 @@ TEST_F(LoopTest, CommandThatTheTableLacksLeavesNoTrace)
 TEST_F(LoopTest, CommandThatCantBeCalledIsRefusedWithTheReasonInTheLog)
 {
     fake_module.Add(u"a", {{"one", &printed}});
-    fake_pipe.Deliver(Hex("66 02") + Frame('l', Plain("a")) + Hex("66 FF") + Hex("66 FE"));
+    fake_pipe.Deliver(Hex("66 02") + LoadAltFrame("a") + Hex("66 FF") + Hex("66 FE"));
     Stop();
     EXPECT_EQ(Run(), 0);
     EXPECT_EQ(fake_pipe.written, refused + loaded + refused + refused);
@@ -466,7 +466,7 @@ TEST_F(LoopTest, GenerationsDontSeeEachOthersLibraries)
 {
     fake_module.Add(u"a", {{"one", &printed}});
     fake_module.Add(u"b", {{"one", &printed}});
-    fake_pipe.Deliver(Frame('L', Wide(u"a")) + Hex("66 03") + Frame('l', Plain("b")) + CallFrame(u"b", "one", "SIG") +
+    fake_pipe.Deliver(LoadFrame(u"a") + Hex("66 03") + LoadAltFrame("b") + CallFrame(u"b", "one", "SIG") +
                       Hex("66 03") + CallFrame(u"", "one", "SIG"));
     Stop();
     EXPECT_EQ(Run(), 0);
@@ -480,7 +480,7 @@ TEST_F(LoopTest, CommandsBetweenTwoEqualCallsChangeNothing)
     fake_module.Add(u"a", {{"one", &printed}});
     fake_module.Add(u"b", {{"one", &printed}});
     const Bytes call = CallFrame(u"", "one", "SIG");
-    fake_pipe.Deliver(Frame('L', Wide(u"b")) + call + Frame('l', Plain("a")) + Hex("66 03") + call);
+    fake_pipe.Deliver(LoadFrame(u"b") + call + LoadAltFrame("a") + Hex("66 03") + call);
     Stop();
     EXPECT_EQ(Run(), 0);
     EXPECT_EQ(fake_pipe.written, SuccessFrame() + SuccessFrame() + loaded + SuccessFrame() + SuccessFrame());
@@ -491,7 +491,7 @@ TEST_F(LoopTest, CommandsBetweenTwoEqualCallsChangeNothing)
 TEST_F(LoopTest, ExceptionInACommandPassesThrough)
 {
     fake_module.Add(u"a", {{"one", &printed}});
-    fake_pipe.Deliver(Frame('l', Plain("a")) + Hex("66 04"));
+    fake_pipe.Deliver(LoadAltFrame("a") + Hex("66 04"));
     EXPECT_THROW(Run(), std::bad_alloc);
     EXPECT_THAT(printed, Not(HasSubstr("ERROR")));
     EXPECT_EQ(fake_pipe.written, loaded);
@@ -572,7 +572,7 @@ TEST_F(LoopTest, PasswordOfARecordThatCanNotBeParsedIsGoneToo)
 TEST_F(LoopTest, PathIsExtended)
 {
     fake_environment.variables[u"PATH"] = u"old";
-    fake_pipe.Deliver(Frame('P', Wide(u"new")));
+    fake_pipe.Deliver(PathFrame(u"new"));
     Stop();
     EXPECT_EQ(Run(), 0);
     EXPECT_EQ(fake_pipe.written, SuccessFrame());
@@ -584,7 +584,7 @@ TEST_F(LoopTest, PathIsExtended)
 TEST_F(LoopTest, PathThatIsMissingLeavesTheLoopAtWork)
 {
     fake_environment.unset_code = 203;
-    fake_pipe.Deliver(Frame('P', Wide(u"new")));
+    fake_pipe.Deliver(PathFrame(u"new"));
     Stop();
     EXPECT_EQ(Run(), 0);
     EXPECT_EQ(fake_pipe.written, FailureFrame(u"text of 203\r\n (getenv)"));
@@ -594,7 +594,7 @@ TEST_F(LoopTest, PathThatIsMissingLeavesTheLoopAtWork)
 TEST_F(LoopTest, MessageIsAlwaysAnError)
 {
     fake_message_table.files[u"m"][5] = u"five";
-    fake_pipe.Deliver(Frame('X', Be32(5) + Wide(u"m")) + Frame('X', Be32(5) + Wide(u"n")));
+    fake_pipe.Deliver(ErrorTextFrame(5, u"m") + ErrorTextFrame(5, u"n"));
     Stop();
     EXPECT_EQ(Run(), 0);
     EXPECT_EQ(fake_pipe.written,
@@ -606,7 +606,7 @@ TEST_F(LoopTest, MessageIsAlwaysAnError)
 
 TEST_F(LoopTest, MessageThatCanNotBeSentLeavesTheLoopAtWork)
 {
-    fake_pipe.Deliver(Frame('X', Be32(5) + Wide(u"n")));
+    fake_pipe.Deliver(ErrorTextFrame(5, u"n"));
     fake_pipe.FailWrite(232);
     Stop();
     EXPECT_EQ(Run(), 0);
@@ -625,20 +625,19 @@ struct ServiceRequest
 class ServiceTest : public LoopTest, public ::testing::WithParamInterface<ServiceRequest>
 {};
 
-INSTANTIATE_TEST_SUITE_P(
-    All, ServiceTest,
-    ::testing::Values(ServiceRequest{"Logon", 'A', Bytes(logon.begin() + 5, logon.end()), "Working with Auth"},
-                      ServiceRequest{"Path", 'P', Wide(u"new"), "Working with AddPath"},
-                      ServiceRequest{"Message", 'X', Be32(5) + Wide(u"m"), "Working with ReadErrDLL"}),
-    [](const auto &request) { return request.param.name; });
+INSTANTIATE_TEST_SUITE_P(All, ServiceTest,
+                         ::testing::Values(ServiceRequest{"Logon", 'A', Behind(5, logon), "Working with Auth"},
+                                           ServiceRequest{"Path", 'P', Wide(u"new"), "Working with AddPath"},
+                                           ServiceRequest{"Message", 'X', Be32(5) + Wide(u"m"),
+                                                          "Working with ReadErrDLL"}),
+                         [](const auto &request) { return request.param.name; });
 
 TEST_P(ServiceTest, PayloadCutAtAnyByteIsExitCodeOneWithoutAReply)
 {
     const Bytes &payload = GetParam().payload;
     for (std::size_t size = 0; size < payload.size(); ++size) {
         Forget();
-        fake_pipe.Deliver(
-            Frame(GetParam().type, Bytes(payload.begin(), payload.begin() + static_cast<std::ptrdiff_t>(size))));
+        fake_pipe.Deliver(Frame(GetParam().type, First(size, payload)));
         EXPECT_EQ(Run(), 1) << size;
         EXPECT_EQ(printed, "ERROR: 'Failed to serialise data'\n") << size;
         EXPECT_THAT(fake_pipe.written, IsEmpty()) << size;
@@ -651,7 +650,7 @@ TEST_P(ServiceTest, PayloadCutAtAnyByteIsExitCodeOneWithoutAReply)
 TEST_F(LoopTest, AnswerOfTheLoopThatCanNotBeWrittenIsExitCodeOneWithoutAPrint)
 {
     fake_environment.variables[u"PATH"] = u"old";
-    for (const Bytes &request : {logon, Frame('P', Wide(u"new")), Frame('P', Wide(u""))}) {
+    for (const Bytes &request : {logon, PathFrame(u"new"), PathFrame(u"")}) {
         fake_pipe.Deliver(request);
         fake_pipe.FailWrite(232);
         EXPECT_EQ(Run(), 1);
@@ -666,7 +665,7 @@ TEST_F(LoopTest, AnswerOfTheLoopThatCanNotBeWrittenIsExitCodeOneWithoutAPrint)
 TEST_F(LoopTest, CallsAreServedUntilTheStop)
 {
     fake_module.Add(u"a", {{"one", &printed}});
-    fake_pipe.DeliverInChunks(Frame('L', Wide(u"a")) + CallFrame(u"a", "one", "SIG") + CallFrame(u"", "one", "SIG") +
+    fake_pipe.DeliverInChunks(LoadFrame(u"a") + CallFrame(u"a", "one", "SIG") + CallFrame(u"", "one", "SIG") +
                                   CallFrame(u"b", "one", "SIG"),
                               3);
     Stop();
@@ -682,7 +681,7 @@ TEST_F(LoopTest, SameRequestIsLookedUpAgainOnceALibraryWasLoaded)
     fake_module.Add(u"b", {{"one", &printed}});
     fake_module.Add(u"a", {});
     const Bytes call = CallFrame(u"", "one", "SIG");
-    fake_pipe.Deliver(Frame('L', Wide(u"b")) + call + call + Frame('L', Wide(u"a")) + call + call);
+    fake_pipe.Deliver(LoadFrame(u"b") + call + call + LoadFrame(u"a") + call + call);
     Stop();
     EXPECT_EQ(Run(), 0);
     const Bytes missing = ErrorFrame(0, 0, u"Failed to get function address...");
@@ -693,7 +692,7 @@ TEST_F(LoopTest, RefusedRequestIsRefusedAgainAndServedOnceItCanBe)
 {
     fake_module.Add(u"a", {{"one", &printed}});
     const Bytes call = CallFrame(u"a", "one", "SIG");
-    fake_pipe.Deliver(call + call + Frame('L', Wide(u"a")) + call);
+    fake_pipe.Deliver(call + call + LoadFrame(u"a") + call);
     Stop();
     EXPECT_EQ(Run(), 0);
     const Bytes missing = ErrorFrame(0, 0, u"Failed to find library...");
@@ -704,8 +703,7 @@ TEST_F(LoopTest, RequestThatOnlyBeginsLikeTheLastOneIsItsOwn)
 {
     fake_module.Add(u"a", {{"one", &printed}});
     const Bytes call = CallFrame(u"a", "one", "SIG");
-    fake_pipe.Deliver(Frame('L', Wide(u"a")) + call + CallFrame(u"a", "one", "SIGN") + call +
-                      CallFrame(u"a", "on", "SIG") +
+    fake_pipe.Deliver(LoadFrame(u"a") + call + CallFrame(u"a", "one", "SIGN") + call + CallFrame(u"a", "on", "SIG") +
                       Frame('F', Wide(u"a") + Narrow("one") + Narrow("SIG") + Hex("00")));
     Stop();
     EXPECT_EQ(Run(), 0);
@@ -733,7 +731,7 @@ TEST_F(LoopTest, CallCutAtAnyByteIsExitCodeOne)
 {
     const Bytes payload = Wide(u"a") + Narrow("one") + Narrow("SIG");
     for (std::size_t size = 0; size < payload.size(); ++size) {
-        fake_pipe.Deliver(Frame('F', Bytes(payload.begin(), payload.begin() + static_cast<std::ptrdiff_t>(size))));
+        fake_pipe.Deliver(Frame('F', First(size, payload)));
         EXPECT_EQ(Run(), 1) << size;
         EXPECT_EQ(printed, "ERROR: 'Failed to serialise data'\n") << size;
     }
@@ -743,7 +741,7 @@ TEST_F(LoopTest, CallCutAtAnyByteIsExitCodeOne)
 TEST_F(LoopTest, AnswerThatCantBeWrittenLeavesTheLoopAtWork)
 {
     fake_module.Add(u"a", {{"one", &printed}});
-    fake_pipe.Deliver(Frame('L', Wide(u"a")) + CallFrame(u"a", "one", "SIG"));
+    fake_pipe.Deliver(LoadFrame(u"a") + CallFrame(u"a", "one", "SIG"));
     fake_pipe.FailWrite(232);
     Stop();
     EXPECT_EQ(Run(), 0);
@@ -754,7 +752,7 @@ TEST_F(LoopTest, AnswerThatCantBeWrittenLeavesTheLoopAtWork)
 TEST_F(LoopTest, ExceptionsPassThroughWithoutAReplyOrAPrint)
 {
     fake_module.Add(u"a", {{"one", &printed}});
-    fake_pipe.Deliver(Frame('L', Wide(u"a")));
+    fake_pipe.Deliver(LoadFrame(u"a"));
     fake_pipe.Deliver(CallFrame(u"a", "one", "THROWS"));
     Logged().clear();
     EXPECT_THROW(Run(), std::bad_alloc);

@@ -43,12 +43,6 @@ Bytes Fill(Bytes form, std::size_t left)
     return form;
 }
 
-Bytes FlipBit(Bytes bytes, std::size_t bit)
-{
-    bytes[bit / 8] = static_cast<unsigned char>(bytes[bit / 8] ^ (1U << (bit % 8)));
-    return bytes;
-}
-
 // Integers.
 
 using NumberTypes = ::testing::Types<std::uint8_t, std::uint16_t, std::uint32_t, std::uint64_t>;
@@ -72,7 +66,7 @@ TYPED_TEST(NumberTest, BoundIsItsWidth)
 TYPED_TEST(NumberTest, IsReadAndWrittenAtAnyAddressAndCutAtAnyByte)
 {
     const Bytes whole = Hex("01 02 03 04 05 06 07 08");
-    const Bytes form(whole.end() - static_cast<std::ptrdiff_t>(sizeof(TypeParam)), whole.end());
+    const Bytes form = Last(sizeof(TypeParam), whole);
     const auto value = static_cast<TypeParam>(0x0102030405060708U);
     for (std::size_t left = 0; left < 24; ++left) {
         SCOPED_TRACE(left);
