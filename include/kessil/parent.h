@@ -212,8 +212,10 @@ struct Statistics
     std::uint64_t result_bytes = 0;             ///< bytes of all out-lists read with Results(), padding included
     std::uint64_t pipe_bytes_sent = 0;
     std::uint64_t pipe_bytes_received = 0;
-    std::uint64_t strangers_turned_away = 0; ///< processes other than the helper that tried the pipe
+    std::uint64_t rejected_clients = 0; ///< processes other than the helper that tried the pipe
 };
+
+class Session;
 
 /// The arguments of the next call, written straight into the section, element after element. Obtained from
 /// Helper::Begin. A list that can't be sent (a text with a zero inside, no memory) is remembered as such: the elements
@@ -254,10 +256,9 @@ public:
     bool Good() const;
 
 private:
-    friend class Helper;
-    struct State;
-    explicit InList(State &state) : m_state(state) {}
-    State &m_state;
+    friend class Session;
+    explicit InList(Session &session) : m_session(session) {}
+    Session &m_session;
 };
 
 /// The results of the last call, read out of the section, element after element. Obtained from Helper::Results. A value
@@ -284,13 +285,10 @@ public:
     Result Complete();
 
 private:
-    friend class Helper;
-    struct State;
-    explicit OutList(State &state) : m_state(state) {}
-    State &m_state;
+    friend class Session;
+    explicit OutList(Session &session) : m_session(session) {}
+    Session &m_session;
 };
-
-class CommandKeeper;
 
 /// One helper process and the conversation with it. For one thread at a time, except Cancel. The destructor kills the
 /// process if it still runs. The process never outlives this one, however this one ends.
@@ -339,7 +337,7 @@ public:
     OutList &Results();
 
     /// For a caller that finds results to be impossible: kills the helper and returns BrokenProtocol with this reason.
-    Result Distrust(std::string_view reason);
+    Result RejectResults(std::string_view reason);
 
     /// The orderly stop: asks the helper to end and waits for it. Answered when it ended with exit code 0; Hung when it
     /// was killed after `limit` milliseconds; Died for any other exit code. Answered, too, when it was stopped before.
@@ -361,11 +359,8 @@ public:
     Statistics Figures() const;
 
 private:
-    friend class Adapter;
-    CommandKeeper &Commands();
-
-    struct Impl;
-    std::unique_ptr<Impl> m_impl;
+    friend class Adapter; // makes its requests in the same session
+    std::unique_ptr<Session> m_session;
 };
 
 } // namespace parent

@@ -155,7 +155,7 @@ bool VornLibrary::NextItem(std::uint64_t dir, Entry &entry)
     if (result == VORN_END)
         return false;
     if (item.size() != VORN_ITEM_SIZE)
-        Require(m_helper.Distrust("VornGetNextDirItem came back with an item of another size"));
+        Require(m_helper.RejectResults("VornGetNextDirItem came back with an item of another size"));
     entry = Decode(item);
     if (result == VORN_OK)
         return true;
@@ -212,7 +212,7 @@ std::span<const std::byte> VornFile::Read()
                 .Complete());
     m_library.Check(result, m_file.Handle());
     if (count > block.size())
-        Require(m_library.m_helper.Distrust("VornReadFile counts more bytes than it had room for"));
+        Require(m_library.m_helper.RejectResults("VornReadFile counts more bytes than it had room for"));
     return block.first(count);
 }
 

@@ -1,25 +1,31 @@
 #include "parent/adapter/section_command.h"
 
-#include "platform/text.h"
+#include "parent/session/calls.h"
 
 namespace kessil::parent {
+namespace {
+
+Request FunctionRequest(const CommandContext &context, std::string_view name, std::string_view signature)
+{
+    Request request = CommandRequest(context, 0, name);
+    request.signature = signature;
+    return request;
+}
+
+} // namespace
+
+SectionCommand::SectionCommand(CommandContext &context, const Request &request, std::uint32_t size)
+    : m_context(context), m_session(context.session), m_request(request)
+{
+    BeginArguments(m_session, size);
+}
 
 SectionCommand::SectionCommand(CommandContext &context, int number, std::string_view name, std::uint32_t size)
-    : m_context(context), m_request{.deed = {},
-                                    .subject = context.keeper.AdapterName(),
-                                    .function = name,
-                                    .command = number,
-                                    .on_log = &context.options.on_log},
-      m_in(context.helper.Begin(size))
+    : SectionCommand(context, CommandRequest(context, number, name), size)
 {}
 
 SectionCommand::SectionCommand(CommandContext &context, std::string_view name, std::string_view signature)
-    : m_context(context), m_request{.deed = {},
-                                    .subject = context.keeper.AdapterName(),
-                                    .function = name,
-                                    .signature = signature,
-                                    .on_log = &context.options.on_log},
-      m_in(context.helper.Begin())
+    : SectionCommand(context, FunctionRequest(context, name, signature), 0)
 {}
 
 SectionCommand &SectionCommand::Require(bool good, const char *reason)
@@ -29,34 +35,41 @@ SectionCommand &SectionCommand::Require(bool good, const char *reason)
     return *this;
 }
 
+Result SectionCommand::MakeCall()
+{
+    if (!m_fault.empty())
+        return m_session.NotSent(m_request.Description() + ": " + m_fault);
+    if (std::optional<Result> end = CheckAdapter(m_context, m_request))
+        return std::move(*end);
+    return Call(m_session, m_request, m_context.options.limit);
+}
+
 OutList &SectionCommand::Ask()
 {
-    m_result = m_fault.empty() ? m_context.keeper.CallBySection(m_request, m_context.options.limit)
-                               : m_context.keeper.NotSent(m_request.Description() + ": " + m_fault);
-    m_out = &m_context.helper.Results();
-    return *m_out;
+    m_result = MakeCall();
+    return Results(m_session);
 }
 
 Answer SectionCommand::End(bool okay)
 {
-    // What the helper says when the adapter had no text to give.
-    std::string excuse = platform::ToUtf8(m_result.text);
+    // What the helper said when the adapter gave no text.
+    std::string lookup_failure = platform::ToUtf8(m_result.text);
     if (m_result) {
-        if (Result read = m_out->Complete(); !read)
+        if (Result read = m_session.Out().Complete(); !read)
             m_result = std::move(read);
     }
     if (m_error.empty() && m_result)
-        m_error = std::move(excuse);
+        m_error = std::move(lookup_failure);
     okay = okay && m_error.empty();
     return MakeAnswer(std::move(m_result), okay, std::move(m_error), m_request);
 }
 
-Answer SectionCommand::Distrust(std::string_view reason)
+Answer SectionCommand::RejectResults(std::string_view reason)
 {
     if (m_result)
-        m_result = m_out->Complete();
+        m_result = m_session.Out().Complete();
     if (m_result)
-        m_result = m_context.helper.Distrust(m_request.Description() + ": " + std::string(reason));
+        m_result = m_session.EndByResults(m_request.Description() + ": " + std::string(reason));
     return MakeAnswer(std::move(m_result), false, {}, m_request);
 }
 

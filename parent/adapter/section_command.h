@@ -1,6 +1,6 @@
 #pragma once
 
-#include "parent/adapter/command.h"
+#include "parent/adapter/command_context.h"
 
 namespace kessil::parent {
 
@@ -11,23 +11,26 @@ class SectionCommand
 public:
     SectionCommand(CommandContext &context, int number, std::string_view name, std::uint32_t size = 0);
 
-    /// By names, of the library that the commands go to. The helper needs it loaded by Helper::Load, too.
+    /// By name and signature, of the library that the commands go to. The helper must have loaded it for such calls,
+    /// too.
     SectionCommand(CommandContext &context, std::string_view name, std::string_view signature);
 
-    InList &In() { return m_in; }
+    InList &In() { return m_session.In(); }
+
+    /// Makes the call NotSent for this reason unless `good`.
     SectionCommand &Require(bool good, const char *reason);
 
     OutList &Ask();
 
-    /// Where the adapter's text goes, which is empty when the adapter said yes.
+    /// Where the adapter's text is to be read to; it is empty when the adapter said yes.
     std::string &Error() { return m_error; }
 
     /// `okay` false: the adapter said no by a number.
     Answer End(bool okay = true);
 
-    /// In the place of End, when the results make no sense: BrokenProtocol for this reason, unless the request has
+    /// In the place of End, when the results are impossible: BrokenProtocol for this reason, unless the request has
     /// ended already.
-    Answer Distrust(std::string_view reason);
+    Answer RejectResults(std::string_view reason);
 
     // Whole calls, from Ask to End.
 
@@ -44,11 +47,13 @@ public:
     }
 
 private:
+    SectionCommand(CommandContext &context, const Request &request, std::uint32_t size);
+    Result MakeCall();
+
     CommandContext &m_context;
-    Request m_request;
-    InList &m_in;
-    OutList *m_out = nullptr;
-    std::string m_fault;
+    Session &m_session;
+    const Request m_request;
+    std::string m_fault; ///< why the call can't be sent; empty when it can
     Result m_result;
     std::string m_error;
 };

@@ -3,12 +3,15 @@
 #include "platform/section.h"
 
 #include <cstdint>
+#include <limits>
 #include <string>
 
 namespace kessil::parent {
 
-/// A section of memory that this process has mapped; owns the view and the handle. Move only; what is assigned
-/// to gives up its own section first, at once.
+constexpr std::uint32_t largest_section = std::numeric_limits<std::uint32_t>::max();
+
+/// A section of memory that this process has mapped; owns the view and the handle. Move only; an object that is
+/// assigned to releases its own section first.
 class SharedSection
 {
 public:
@@ -17,10 +20,10 @@ public:
     SharedSection &operator=(SharedSection &&other) noexcept;
     ~SharedSection();
 
-    /// A new section for this user alone. Without a view on failure; the last error tells.
+    /// A new section for this user alone. Without a view on failure, with the reason in the last error.
     static SharedSection Create(const WideString &name, std::uint32_t size);
 
-    /// A section that the other side made. Without a view on failure; the last error tells.
+    /// A section that the other side made. Without a view on failure, with the reason in the last error.
     static SharedSection Open(const WideString &name, std::uint32_t size);
 
     unsigned char *View() const { return m_view; }
@@ -35,7 +38,7 @@ private:
 };
 
 /// A name for a section that can't be guessed, ending in '0'. The helper makes the name of a section of its own by
-/// changing the last character, which gives a name that is free, too.
+/// changing the last character, and that name is free, too.
 WideString RandomSectionName();
 
 /// The name that the helper gives its next section when the current one has this name.

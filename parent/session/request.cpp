@@ -16,7 +16,7 @@ std::string Request::Description() const
         text.append(") of ");
         text.append(subject.empty() ? "the first library" : "library ");
     } else {
-        text.append(deed);
+        text.append(action);
         if (!subject.empty())
             text += ' ';
     }

@@ -1,5 +1,7 @@
 #include "parent/wire/connection.h"
 
+#include "parent/wire/big_endian.h"
+
 #include <algorithm>
 #include <cstring>
 #include <thread>
@@ -14,7 +16,7 @@ constexpr std::size_t longest_read = 1 << 30;
 constexpr std::uint32_t longest_text_frame = 1 << 20;
 constexpr std::uint32_t longest_announcement = 1 << 16;
 
-// How long a payload from the helper may be; nothing for a type that a helper doesn't send.
+// The largest length of a payload from the helper; empty for a type that no helper sends.
 std::optional<std::uint32_t> LongestPayload(char type)
 {
     switch (type) {
@@ -115,7 +117,7 @@ PipeStatus Connection::ReadBytes(std::span<unsigned char> place, std::size_t &do
     return PipeStatus::Done;
 }
 
-PipeStatus Connection::Look(std::size_t size, std::span<const unsigned char> &bytes, platform::Deadline deadline)
+PipeStatus Connection::Peek(std::size_t size, std::span<const unsigned char> &bytes, platform::Deadline deadline)
 {
     const PipeStatus status = Receive(size, deadline);
     if (status == PipeStatus::Done)

@@ -13,7 +13,7 @@ struct Frame
 {
     char type = 0;
     std::uint32_t length = 0;
-    bool allowed = true; ///< false: no frame of this type, or of this length, may come; the payload was not read
+    bool allowed = true; ///< false: no helper sends a frame of this type, or of this length; the payload was not read
     std::span<const unsigned char> payload;
 };
 
@@ -26,31 +26,34 @@ public:
     Connection(const Connection &) = delete;
     Connection &operator=(const Connection &) = delete;
 
-    /// Creates the pipe under a fresh random name. False on failure; the last error tells.
+    /// Creates the pipe under a fresh random name. False on failure, with the reason in the last error.
     bool Create();
     const WideString &Name() const { return m_name; }
 
+    /// Waits for the process of this id to connect. WrongClient: another one did, and was turned away.
     platform::PipeStatus Accept(std::uint32_t process_id, platform::Deadline deadline);
+
+    /// Writes all of `bytes`.
     platform::PipeStatus Write(std::span<const unsigned char> bytes, platform::Deadline deadline);
 
-    /// Waits for one whole frame. After TimedOut the next call goes on where this one stopped.
+    /// Waits for one whole frame. After TimedOut the next call continues where this one stopped.
     platform::PipeStatus ReadFrame(Frame &frame, platform::Deadline deadline);
 
-    /// Waits for bare bytes until `place` is full; `done` of them are there already. Long ones go straight from the
-    /// pipe to their place. After TimedOut the next call goes on where this one stopped.
+    /// Waits for bare bytes until `place` is full; `done` of them are there already. Many bytes are read from the pipe
+    /// straight into `place`. After TimedOut the next call continues where this one stopped.
     platform::PipeStatus ReadBytes(std::span<unsigned char> place, std::size_t &done, platform::Deadline deadline);
 
-    /// Waits for the next `size` bytes and shows them without taking them. `bytes` lives until the next read.
-    platform::PipeStatus Look(std::size_t size, std::span<const unsigned char> &bytes, platform::Deadline deadline);
+    /// Waits for the next `size` bytes and shows them; the next read returns them again. `bytes` lives until then.
+    platform::PipeStatus Peek(std::size_t size, std::span<const unsigned char> &bytes, platform::Deadline deadline);
 
-    /// Whether bytes have come that nothing has read so far.
+    /// Whether bytes have been received that nothing has read so far.
     bool HasMore() const { return m_begin != m_end; }
 
-    /// Ends the operation under way, or the next one, and with it the connection. From any thread, and on Linux from a
-    /// signal handler.
+    /// Ends the operation under way, or the next one, and with it the connection. May be called from any thread, and on
+    /// Linux from a signal handler.
     void Interrupt() noexcept;
 
-    /// Closes the pipe and takes its name out of the system. Harmless when there is none.
+    /// Closes the pipe and removes its name from the system. Does nothing when there is none.
     void Close();
 
     std::uint64_t BytesSent() const { return m_sent; }

@@ -1,23 +1,14 @@
 #include "parent/wire/frame.h"
 
+#include "parent/wire/big_endian.h"
 #include "platform/wipe.h"
 
 namespace kessil::parent {
-namespace {
-
-void AppendBigEndian(std::vector<unsigned char> &bytes, std::uint64_t value, int width)
-{
-    for (int shift = 8 * (width - 1); shift >= 0; shift -= 8)
-        bytes.push_back(static_cast<unsigned char>(value >> shift));
-}
-
-} // namespace
-
 FrameWriter &FrameWriter::Begin(char type)
 {
     m_bytes.assign(frame_header_size, 0);
     m_bytes[0] = static_cast<unsigned char>(type);
-    m_spoiled = false;
+    m_has_zero_in_text = false;
     return *this;
 }
 
@@ -40,7 +31,7 @@ FrameWriter &FrameWriter::Wide(std::u16string_view text)
         m_bytes.push_back(static_cast<unsigned char>(unit >> 8));
     }
     m_bytes.insert(m_bytes.end(), 2, 0);
-    m_spoiled = m_spoiled || text.find(u'\0') != text.npos;
+    m_has_zero_in_text = m_has_zero_in_text || text.find(u'\0') != text.npos;
     return *this;
 }
 
@@ -48,7 +39,7 @@ FrameWriter &FrameWriter::Narrow(std::string_view text)
 {
     m_bytes.insert(m_bytes.end(), text.begin(), text.end());
     m_bytes.push_back(0);
-    m_spoiled = m_spoiled || text.find('\0') != text.npos;
+    m_has_zero_in_text = m_has_zero_in_text || text.find('\0') != text.npos;
     return *this;
 }
 
@@ -72,9 +63,7 @@ void FrameWriter::Wipe()
 
 std::span<const unsigned char> FrameWriter::Finish()
 {
-    const std::size_t length = m_bytes.size() - frame_header_size;
-    for (int i = 0; i < 4; ++i)
-        m_bytes[1 + i] = static_cast<unsigned char>(length >> (24 - 8 * i));
+    PutBigEndian(m_bytes.data() + 1, m_bytes.size() - frame_header_size, 4);
     return m_bytes;
 }
 
@@ -107,14 +96,6 @@ std::optional<WideString> PayloadReader::Wide()
         text += unit;
     }
     return std::nullopt;
-}
-
-std::uint64_t FromBigEndian(std::span<const unsigned char> bytes)
-{
-    std::uint64_t value = 0;
-    for (const unsigned char byte : bytes)
-        value = value << 8 | byte;
-    return value;
 }
 
 } // namespace kessil::parent

@@ -30,28 +30,28 @@ public:
     FrameWriter &Wide(std::u16string_view text);
     FrameWriter &Narrow(std::string_view text);
 
-    /// Bytes as they are, without an end mark.
+    /// Bytes without a terminator.
     FrameWriter &Raw(std::string_view bytes);
 
     /// The whole frame, its length filled in; valid until the next Begin.
     std::span<const unsigned char> Finish();
 
-    /// Makes room for a payload of `size` bytes. A frame that stays within leaves no copy of itself behind in memory
-    /// that was given back.
+    /// Allocates room for a payload of `size` bytes. A frame that stays within it isn't moved, so that no copy of a
+    /// secret stays behind in released memory.
     FrameWriter &Reserve(std::size_t size);
 
-    /// Overwrites the frame, which held a secret, and is empty then.
+    /// Overwrites a frame that held a secret, and leaves it empty.
     void Wipe();
 
-    /// Whether a text held a zero, so that the frame would say something else than was meant.
-    bool Spoiled() const { return m_spoiled; }
+    /// Whether a text of this frame has a zero inside. The helper would take it for the text's end.
+    bool HasZeroInText() const { return m_has_zero_in_text; }
 
 private:
     std::vector<unsigned char> m_bytes;
-    bool m_spoiled = false;
+    bool m_has_zero_in_text = false;
 };
 
-/// Takes a payload apart, field by field.
+/// Reads a payload field by field. A field that the payload doesn't hold whole is empty.
 class PayloadReader
 {
 public:
@@ -66,8 +66,5 @@ public:
 private:
     std::span<const unsigned char> m_left;
 };
-
-/// A number out of its big-endian bytes.
-std::uint64_t FromBigEndian(std::span<const unsigned char> bytes);
 
 } // namespace kessil::parent

@@ -160,7 +160,7 @@ TEST_F(FailureRoads, AStrangerComesBeforeTheHelper)
     StartWell();
     EXPECT_TRUE(stranger->IsAlone());
     EXPECT_FALSE(client->IsAlone());
-    EXPECT_EQ(helper->Figures().strangers_turned_away, 1u);
+    EXPECT_EQ(helper->Figures().rejected_clients, 1u);
 }
 
 TEST_F(FailureRoads, NoSectionForTheArguments)

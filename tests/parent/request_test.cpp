@@ -346,11 +346,11 @@ TEST_F(RequestTest, CancelledBetweenRequests)
     EXPECT_EQ(CallF().outcome, Outcome::Cancelled);
 }
 
-TEST_F(RequestTest, AReasonForDistrustEndsTheHelper)
+TEST_F(RequestTest, RejectedResultsEndTheHelper)
 {
     StartWithSection(call_f + success + "hang\n");
     EXPECT_TRUE(CallF());
-    const Result result = helper->Distrust("a count larger than the block");
+    const Result result = helper->RejectResults("a count larger than the block");
     EXPECT_EQ(result.outcome, Outcome::BrokenProtocol);
     EXPECT_THAT(result.message, HasSubstr("a count larger than the block"));
     EXPECT_FALSE(helper->Running());

@@ -102,7 +102,7 @@ TEST_F(StartTest, AStrangerIsTurnedAwayAndTheHelperStillGetsIn)
 {
     directory.WriteFile("stranger", "attach\nexpect_end\n");
     Start("run stranger\nattach\nlog_names\n" + stop);
-    EXPECT_EQ(helper->Figures().strangers_turned_away, 1U);
+    EXPECT_EQ(helper->Figures().rejected_clients, 1U);
     ExpectGoodEnd();
     EXPECT_EQ(Leftovers(directory), "");
 }
