@@ -11,8 +11,10 @@ set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/archive)
 
 find_program(CCACHE ccache)
 if(CCACHE)
-    set(CMAKE_C_COMPILER_LAUNCHER ${CCACHE})
-    set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE})
+    # Without this it refuses whatever uses compiled headers.
+    set(sloppiness CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime)
+    set(CMAKE_C_COMPILER_LAUNCHER env ${sloppiness} ${CCACHE})
+    set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_C_COMPILER_LAUNCHER})
 endif()
 
 set(KESSIL_TIDY_WINDOWS "")

@@ -3,11 +3,12 @@ set(tidy ${CMAKE_CXX_CLANG_TIDY})
 unset(CMAKE_CXX_CLANG_TIDY)
 add_subdirectory(/usr/src/googletest ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL)
 set(CMAKE_CXX_CLANG_TIDY ${tidy})
-if(KESSIL_SANITIZE)
-    foreach(target gtest gmock gtest_main gmock_main)
+foreach(target gtest gmock gtest_main gmock_main)
+    target_compile_options(${target} PRIVATE $<$<CONFIG:Release>:-O0>)
+    if(KESSIL_SANITIZE)
         target_compile_options(${target} PRIVATE -fsanitize=${KESSIL_SANITIZE})
-    endforeach()
-endif()
+    endif()
+endforeach()
 include(GoogleTest)
 
 # kessil_test(NAME SOURCES ... LINKS ... [PREFIX text] [TIMEOUT seconds] [ENVIRONMENT ...] [SHARDS n]): one test
@@ -20,10 +21,9 @@ function(kessil_test name)
         set(ARG_TIMEOUT 120)
     endif()
     add_executable(${name} ${ARG_SOURCES})
+    target_precompile_headers(${name} REUSE_FROM test_headers)
     target_link_libraries(${name} PRIVATE kessil_flags ${ARG_LINKS} GTest::gmock GTest::gtest GTest::gtest_main)
     target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
-    # Only the code under test has to be fast; without this the tests take half of a build's time.
-    target_compile_options(${name} PRIVATE $<$<CONFIG:Release>:-O0>)
     # ctest takes only one variable of the list from the discovery.
     if(ARG_ENVIRONMENT)
         set_target_properties(${name} PROPERTIES
