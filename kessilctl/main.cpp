@@ -15,5 +15,6 @@ int kessil::platform::Main(const std::vector<WideString> &arguments)
         columns = TerminalColumns(StandardStream::Error);
         columns = columns > 0 ? columns : usual_width;
     }
-    return kessilctl::Run(arguments, {std::cout, std::cerr, columns});
+    kessilctl::Console console(std::cout, std::cerr, columns);
+    return kessilctl::Run(arguments, console);
 }

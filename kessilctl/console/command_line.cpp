@@ -1,24 +1,23 @@
 #include "kessilctl/console/command_line.h"
 
-#include "kessilctl/console/adapter_options.h"
 #include "kessilctl/console/exit_code.h"
+#include "kessilctl/console/job_parser.h"
 #include "kessilctl/console/local_path.h"
 #include "platform/program_path.h"
 
 #include <charconv>
-
-#include <CLI/CLI.hpp>
+#include <filesystem>
 
 namespace kessil::kessilctl {
 namespace {
 
 constexpr const char *footer = R"(
-For ls, backup and restore the library must have the fifteen functions of a data-source plug-in, with the listing items
-of samples/vorn_fs. What it serves is its own affair; vorn_fs serves the directory that VORN_FS_ROOT names.
-`kessilctl adapter --help` tells of adapters.
+ls, backup and restore work with a data source: a library with the fifteen functions and the layouts of
+kessil/data_source.h. samples/vorn_fs is one; it serves the directory that VORN_FS_ROOT names. `kessilctl adapter --help`
+describes the jobs with an adapter.
 
-The helper logs on first, then takes the directories to search, then loads the library. A password is asked for on the
-terminal, or is the first line of --password-fd; it is never an argument, and no variable of the environment.
+The helper logs on first, then adds the directories to its search path, then loads the library. A password is asked for
+on the terminal, or is the first line of --password-fd; it is never taken from an argument or the environment.
 
 A backup is a directory with the files in files/ and their digests in MANIFEST.sha256, which
 `sha256sum -c MANIFEST.sha256` checks. The manifest is written last: a backup without one is not complete.
@@ -35,7 +34,7 @@ Exit codes:
   8  restore, write-disk: something differs from what was backed up or written
   130  interrupted)";
 
-/// What stands behind the domain, if there is one.
+/// The user's name without the domain.
 std::string LastName(const std::string &user)
 {
     return user.substr(user.find('\\') + 1);
@@ -49,7 +48,7 @@ std::string DefaultHelper()
     return ToText(helper);
 }
 
-/// What CLI11 fills and Command has in another form.
+/// Options in the form that they are given in.
 struct Words
 {
     double seconds = 300;
@@ -58,39 +57,34 @@ struct Words
     Logon logon;
 };
 
-void AddLibrary(CLI::App &app, Command &command)
-{
-    app.add_option("-l,--library", command.library, "The library to host: a path, or a name to search for")->required();
-}
-
-void AddLogonOptions(CLI::App &app, Command &command, Words &words)
+void AddLogonOptions(CLI::App &app, CommandLine &command, Words &words)
 {
     CLI::Option *const logon =
         app.add_option("--logon", words.user, "The helper logs on as this user: USER or DOMAIN\\USER")
-            ->check([](const std::string &user) { return LastName(user).empty() ? "a user has a name" : ""; });
+            ->check([](const std::string &user) { return LastName(user).empty() ? "the user name is empty" : ""; });
     app.add_option("--password-fd", command.password_descriptor,
-                   "The password is the first line of this open descriptor; 0 is standard input (default: the terminal "
-                   "asks)")
+                   "The password is the first line of this open descriptor; 0 is standard input (default: it is asked "
+                   "for on the terminal)")
         ->check(CLI::NonNegativeNumber);
-    app.add_flag("--credentials-only", words.logon.credentials_only, "Log on for outgoing connections alone (Windows)")
+    app.add_flag("--credentials-only", words.logon.credentials_only, "Log on for outgoing connections only (Windows)")
         ->needs(logon);
 }
 
-void AddCommonOptions(CLI::App &app, Command &command, Words &words)
+void AddCommon(CLI::App &app, CommandLine &command, Words &words)
 {
     app.add_option("--path", words.directories,
-                   "Directories, separated as in PATH, that the helper searches before all others; may be given again")
+                   "Directories, separated as in PATH, that the helper searches before all others; may be repeated")
         ->allow_extra_args(false);
     AddLogonOptions(app, command, words);
-    app.add_option("--helper", command.helper, "The helper's program (default: kessil beside kessilctl)");
-    app.add_option("--log", command.log, "The helper appends its log to this file (default: none is kept)");
-    app.add_flag("--debug", command.debug, "The helper's log tells everything");
+    app.add_option("--helper", command.helper.program, "The helper's program (default: kessil beside kessilctl)");
+    app.add_option("--log", command.helper.log, "The helper appends its log to this file (default: none is kept)");
+    app.add_flag("--debug", command.helper.debug, "The helper logs everything");
     app.add_option("--time-limit", words.seconds, "Seconds that one call may take; 0 for no limit (default: 300)")
         ->check(CLI::Range(0.0, 1e6));
     app.add_flag("--json", command.json, "Print the result as JSON");
 }
 
-/// Decimal, or hexadecimal behind 0x. None when it isn't a number of 32 bits.
+/// Decimal, or hexadecimal with 0x in front. None when it isn't a number of 32 bits.
 std::optional<std::uint32_t> ParseNumber(std::string_view text)
 {
     const bool hexadecimal = text.starts_with("0x") || text.starts_with("0X");
@@ -102,17 +96,52 @@ std::optional<std::uint32_t> ParseNumber(std::string_view text)
     return number;
 }
 
-void AddErrorText(CLI::App &app, Command &command)
+void AddList(CLI::App &app, CommandLine &command, const AddCommonOptions &add_common)
 {
-    app.add_option("file", command.file, "The file with the messages: a path, or a name to search for")->required();
-    app.add_option_function<std::string>(
-           "number", [&command](const std::string &text) { command.message = ParseNumber(text).value_or(0); },
-           "The message: decimal, or hexadecimal behind 0x")
+    const auto [job, options] = AddJob<ListOptions>(app, command, "", "ls", "List a directory");
+    AddLibrary(job, options.library);
+    add_common(job);
+    job.add_option("subtree", options.subtree, "The directory in the library's tree (default: the topmost)");
+    job.add_flag("-r,--recursive", options.recursive, "List everything below it as well");
+}
+
+void AddBackup(CLI::App &app, CommandLine &command, const AddCommonOptions &add_common)
+{
+    const auto [job, options] =
+        AddJob<BackupOptions>(app, command, "", "backup", "Copy files and directories into a new backup");
+    AddLibrary(job, options.library);
+    add_common(job);
+    job.add_option("--subtree", options.subtree, "The directory in the library's tree (default: the topmost)");
+    job.add_option("--to", options.directory, "The backup: a directory that is empty or doesn't exist")->required();
+}
+
+void AddRestore(CLI::App &app, CommandLine &command, const AddCommonOptions &add_common)
+{
+    const auto [job, options] =
+        AddJob<RestoreOptions>(app, command, "", "restore", "Write a backup back, and verify what was written");
+    AddLibrary(job, options.library);
+    add_common(job);
+    job.add_option("--from", options.directory, "The backup")->required();
+    job.add_option("--subtree", options.subtree,
+                   "The directory in the library's tree to restore to (default: the topmost)");
+}
+
+void AddErrorText(CLI::App &app, CommandLine &command, const AddCommonOptions &add_common)
+{
+    const auto parser = AddJob<ErrorTextOptions>(app, command, "", "errtext", "Print the text of a message in a file");
+    ErrorTextOptions &options = parser.options;
+    add_common(parser.app);
+    parser.app.add_option("file", options.file, "The file with the messages: a path, or a name to search for")
+        ->required();
+    parser.app
+        .add_option_function<std::string>(
+            "number", [&options](const std::string &text) { options.message = ParseNumber(text).value_or(0); },
+            "The message's number: decimal, or hexadecimal with 0x in front")
         ->check([](const std::string &text) { return ParseNumber(text) ? "" : "not a number of 32 bits: " + text; })
         ->required();
 }
 
-/// One list, in which what was given first is searched first.
+/// One list, in the order in which the parts were given.
 std::string SearchPath(const std::vector<std::string> &directories)
 {
     constexpr char separator = std::filesystem::path::preferred_separator == '/' ? ':' : ';';
@@ -125,64 +154,53 @@ std::string SearchPath(const std::vector<std::string> &directories)
     return all;
 }
 
-std::optional<Logon> LogonOf(Words words)
+std::optional<Logon> LogonOf(const Words &words)
 {
     if (words.user.empty())
         return std::nullopt;
-    words.logon.user = LastName(words.user);
-    const std::size_t domain_and_separator = words.user.size() - words.logon.user.size();
-    words.logon.domain = words.user.substr(0, std::max<std::size_t>(domain_and_separator, 1) - 1);
-    return std::move(words.logon);
+    Logon logon = words.logon;
+    logon.user = LastName(words.user);
+    const std::size_t domain_and_separator = words.user.size() - logon.user.size();
+    logon.domain = words.user.substr(0, std::max<std::size_t>(domain_and_separator, 1) - 1);
+    return logon;
 }
 
-void Complete(Command &command, const Words &words)
+void Complete(CommandLine &command, const Words &words)
 {
-    if (command.password_descriptor && words.user.empty() && !command.adapter.credentials)
-        throw CLI::RequiresError("--password-fd", IsOfAdapter(command.task) ? "--logon or --credentials" : "--logon");
-    command.time_limit = std::chrono::milliseconds(static_cast<std::int64_t>(words.seconds * 1000));
-    command.search_path = SearchPath(words.directories);
-    command.logon = LogonOf(words);
+    const AdapterOptions *adapter = AdapterOf(command.job);
+    if (command.password_descriptor && words.user.empty() && !(adapter && adapter->credentials))
+        throw CLI::RequiresError("--password-fd", adapter ? "--logon or --credentials" : "--logon");
+    command.helper.time_limit = std::chrono::milliseconds(static_cast<std::int64_t>(words.seconds * 1000));
+    command.helper.search_path = SearchPath(words.directories);
+    command.helper.logon = LogonOf(words);
 }
 
 } // namespace
 
-std::optional<Command> ParseCommandLine(const std::vector<WideString> &arguments, std::ostream &out, std::ostream &err,
-                                        int &exit_code)
+void AddLibrary(CLI::App &app, std::string &library)
 {
-    Command command;
-    Words words;
-    command.helper = DefaultHelper();
+    app.add_option("-l,--library", library, "The library to host: a path, or a name to search for")->required();
+}
 
-    CLI::App app(
-        "Lists, backs up and restores what a data-source library serves, with the library in a process of its own.\n"
-        "Works with an adapter's virtual machines and disks. Looks up messages.",
-        "kessilctl");
+std::optional<CommandLine> ParseCommandLine(const std::vector<WideString> &arguments, std::ostream &out,
+                                            std::ostream &err, int &exit_code)
+{
+    CommandLine command;
+    Words words;
+    command.helper.program = DefaultHelper();
+
+    CLI::App app("Lists, backs up and restores what a data source serves, with the library in a process of its own.\n"
+                 "Works with an adapter's virtual machines and disks. Looks up messages.",
+                 "kessilctl");
     app.footer(footer);
     app.set_version_flag("--version", "kessilctl " KESSIL_VERSION);
     app.require_subcommand(1);
-    CLI::App *list = app.add_subcommand("ls", "List a directory");
-    CLI::App *backup = app.add_subcommand("backup", "Copy files and directories into a new backup");
-    CLI::App *restore = app.add_subcommand("restore", "Write a backup back, and verify what was written");
-    CLI::App *error_text = app.add_subcommand("errtext", "Print the text that a file has for a message's number");
-    for (CLI::App *task : {list, backup, restore})
-        AddLibrary(*task, command);
-    for (CLI::App *task : {list, backup, restore, error_text})
-        AddCommonOptions(*task, command, words);
-    AddAdapterTasks(app, command, [&](CLI::App &task) {
-        AddLibrary(task, command);
-        AddCommonOptions(task, command, words);
-    });
-    for (const auto &[task, meaning] : {std::pair(list, Task::List), std::pair(backup, Task::Backup),
-                                        std::pair(restore, Task::Restore), std::pair(error_text, Task::ErrorText)})
-        task->callback([&command, wanted = meaning] { command.task = wanted; });
-    AddErrorText(*error_text, command);
-    list->add_option("subtree", command.path, "The directory in the library's tree (default: the topmost)");
-    list->add_flag("-r,--recursive", command.recursive, "And everything below it");
-    backup->add_option("--subtree", command.path, "The directory in the library's tree (default: the topmost)");
-    backup->add_option("--to", command.directory, "The backup: a directory that is empty or doesn't exist")->required();
-    restore->add_option("--from", command.directory, "The backup")->required();
-    restore->add_option("--subtree", command.path,
-                        "The directory in the library's tree to restore to (default: the topmost)");
+    const AddCommonOptions add_common = [&](CLI::App &job) { AddCommon(job, command, words); };
+    AddList(app, command, add_common);
+    AddBackup(app, command, add_common);
+    AddRestore(app, command, add_common);
+    AddErrorText(app, command, add_common);
+    AddAdapterJobs(app, command, add_common);
 
     std::vector<std::string> texts;
     for (std::size_t at = arguments.size(); at-- > 1;)

@@ -20,11 +20,11 @@ constexpr std::array signals = {
 };
 
 constexpr int none = 0;
-constexpr int over = -1;
+constexpr int over = -1; // the object is being destroyed
 
 std::atomic<parent::Helper *> g_helper{nullptr};
 std::atomic<int> g_cancelling{0};
-std::atomic<int> g_requests{none}; ///< how many came, or `over`
+std::atomic<int> g_requests{none}; ///< how many there were, or `over`
 
 static_assert(std::atomic<parent::Helper *>::is_always_lock_free && std::atomic<int>::is_always_lock_free);
 
@@ -54,16 +54,16 @@ extern "C" void OnInterruption(int signal)
 {
     const int kept = errno;
     const bool first = g_requests.fetch_add(1) == none;
-    const bool insists = !first && !IsLossOfTerminal(signal);
-    // Some systems take the handler away before they call it.
+    const bool repeated = !first && !IsLossOfTerminal(signal);
+    // Some systems reset the handler before they call it.
     std::signal(signal, OnInterruption);
-    if (insists) {
+    if (repeated) {
         for (const int any : signals)
             std::signal(any, EndAtOnce);
     }
     if (first)
         g_requests.notify_all();
-    if (insists)
+    if (repeated)
         Cancel();
     errno = kept;
 }
@@ -92,7 +92,7 @@ Interruption::~Interruption()
     g_requests.notify_all();
     m_watch.join();
     g_helper = nullptr;
-    // The signal may have come on another thread, which must be done with the helper.
+    // A handler on another thread may still be using the helper.
     while (g_cancelling.load() != 0)
         std::this_thread::yield();
 }

@@ -9,11 +9,12 @@
 
 namespace kessil::kessilctl {
 
-/// While it lives, a request to end (Ctrl-C, a request to terminate, a terminal that went away, and what
-/// platform::TakeConsoleEventsAsSignals turns into one of these) doesn't end this process. The first one is taken note
-/// of, so that the run can stop in order; when it hasn't within `grace`, or when a second one comes, what the helper is
-/// doing is cancelled; a third one ends the process at once. The loss of the terminal, which may be told more than
-/// once, is no second request. What the process was started to ignore stays ignored. One at a time.
+/// While it exists, a request to end (Ctrl-C, SIGTERM, SIGHUP, and the console events that
+/// platform::TakeConsoleEventsAsSignals turns into one of these) doesn't end this process. The first one is recorded,
+/// so that the run can stop in order. If it hasn't stopped within `grace`, or when a second request comes, the helper's
+/// request under way is cancelled; a third one ends the process at once. A SIGHUP is never counted as a second request,
+/// since the loss of a terminal may be signalled twice. A signal that the process was started to ignore stays ignored.
+/// One object at a time.
 class Interruption
 {
 public:

@@ -9,7 +9,7 @@ namespace kessil::kessilctl {
 
 using platform::SecretStatus;
 
-void Password::Forget()
+void Password::Clear()
 {
     platform::Wipe(m_text.data(), m_text.size() * sizeof(char16_t));
     m_text.clear();
@@ -26,7 +26,7 @@ void Password::Read(const std::string &whom, std::optional<int> descriptor)
         throw Failure(ExitCode::Interrupted, "interrupted");
     case SecretStatus::NoTerminal:
         throw Failure(ExitCode::Usage,
-                      "there is no terminal to ask for the password on; --password-fd reads it elsewhere");
+                      "there is no terminal to ask for the password; --password-fd reads it from elsewhere");
     case SecretStatus::Nothing:
         throw Failure(ExitCode::LocalFailed, "no password could be read");
     case SecretStatus::TooLong:

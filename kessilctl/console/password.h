@@ -8,21 +8,21 @@
 
 namespace kessil::kessilctl {
 
-/// The one copy of a password in this process. Wiped when it is forgotten, and at the end.
+/// The one copy of a password in this process. Overwritten when it is cleared, and by the destructor.
 class Password
 {
 public:
     Password() = default;
-    ~Password() { Forget(); }
+    ~Password() { Clear(); }
     Password(const Password &) = delete;
     Password &operator=(const Password &) = delete;
 
-    /// Reads it, one line: from the terminal, which asks for the password of `whom` and doesn't show it, or from an
-    /// open descriptor, and not one byte more. Throws Failure.
+    /// Reads one line: from the terminal, with a prompt that names `whom` and without echo, or from an open descriptor,
+    /// of which no byte behind the line is read. Throws Failure.
     void Read(const std::string &whom, std::optional<int> descriptor);
 
     std::u16string_view Text() const { return m_text; }
-    void Forget();
+    void Clear();
 
 private:
     WideString m_text;

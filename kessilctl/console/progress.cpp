@@ -41,38 +41,46 @@ std::string ReadableTime(std::chrono::seconds time)
     return text;
 }
 
-Progress::Progress(std::ostream &stream, unsigned columns, std::string verb, std::uint64_t total_files,
-                   std::uint64_t total_bytes, Clock::time_point now)
-    : m_stream(stream), m_columns(columns), m_verb(std::move(verb)), m_total_files(total_files),
-      m_total_bytes(total_bytes), m_start(now), m_next(now)
-{}
+Progress::Progress(Console &console, std::string verb, std::uint64_t total_files, std::uint64_t total_bytes,
+                   Clock::time_point now)
+    : m_console(console), m_verb(std::move(verb)), m_total_files(total_files), m_total_bytes(total_bytes), m_start(now),
+      m_next(now)
+{
+    m_console.m_progress = this;
+}
+
+Progress::~Progress()
+{
+    ClearBar();
+    m_console.m_progress = nullptr;
+}
 
 void Progress::Advance(std::uint64_t files, std::uint64_t bytes, Clock::time_point now)
 {
     if (now < m_next)
         return;
-    m_next = now + (m_columns > 0 ? between_bars : between_lines);
-    Show(files, bytes, now);
+    m_next = now + (m_console.columns > 0 ? between_bars : between_lines);
+    Draw(files, bytes, now);
 }
 
-void Progress::MakeRoom()
+void Progress::ClearBar()
 {
     if (m_bar_shown)
-        m_stream << '\r' << std::string(m_columns - 1, ' ') << '\r' << std::flush;
+        m_console.err << '\r' << std::string(m_console.columns - 1, ' ') << '\r' << std::flush;
     m_bar_shown = false;
 }
 
 void Progress::Finish(std::uint64_t files, std::uint64_t bytes, Clock::time_point now)
 {
-    Show(files, bytes, now);
+    Draw(files, bytes, now);
     if (m_bar_shown)
-        m_stream << '\n' << std::flush;
+        m_console.err << '\n' << std::flush;
     m_bar_shown = false;
 }
 
-void Progress::Show(std::uint64_t files, std::uint64_t bytes, Clock::time_point now)
+void Progress::Draw(std::uint64_t files, std::uint64_t bytes, Clock::time_point now)
 {
-    // A tree of empty files has no bytes to go by.
+    // Empty files have no bytes to count.
     const bool by_bytes = m_total_bytes > 0;
     const double total = static_cast<double>(by_bytes ? m_total_bytes : m_total_files);
     const double came = static_cast<double>(by_bytes ? bytes : files);
@@ -88,17 +96,17 @@ void Progress::Show(std::uint64_t files, std::uint64_t bytes, Clock::time_point 
         text += ", " + ReadableTime(std::chrono::ceil<std::chrono::seconds>(left)) + " left";
     }
 
-    if (m_columns == 0) {
-        m_stream << text << '\n' << std::flush;
+    if (m_console.columns == 0) {
+        m_console.err << text << '\n' << std::flush;
         return;
     }
     constexpr unsigned widest_bar = 40;
     constexpr unsigned narrowest_bar = 5;
     const std::size_t taken = text.size() + 4; // the bar's brackets, a space, and the last column
-    if (m_columns >= taken + narrowest_bar)
-        text = Bar(done, std::min(widest_bar, static_cast<unsigned>(m_columns - taken))).append(text);
-    text.resize(m_columns - 1, ' ');
-    m_stream << '\r' << text << std::flush;
+    if (m_console.columns >= taken + narrowest_bar)
+        text = Bar(done, std::min(widest_bar, static_cast<unsigned>(m_console.columns - taken))).append(text);
+    text.resize(m_console.columns - 1, ' ');
+    m_console.err << '\r' << text << std::flush;
     m_bar_shown = true;
 }
 

@@ -1,41 +1,41 @@
 #pragma once
 
+#include "kessilctl/console/console.h"
+
 #include <chrono>
 #include <cstdint>
-#include <iosfwd>
 #include <string>
 
 namespace kessil::kessilctl {
 
-/// Shows how far a long task is: on a terminal a bar that stays in its line, anywhere else a line now and then.
+/// Shows how far a long job is: on a terminal a bar that is redrawn in place, elsewhere a line every two seconds.
 class Progress
 {
 public:
     using Clock = std::chrono::steady_clock;
 
-    /// `columns` is the width of the terminal, 0 for anything else. `now` is the task's beginning.
-    Progress(std::ostream &stream, unsigned columns, std::string verb, std::uint64_t total_files,
-             std::uint64_t total_bytes, Clock::time_point now);
+    /// Shown on `console`, which has one at a time and outlives it. `now` is when the job begins.
+    Progress(Console &console, std::string verb, std::uint64_t total_files, std::uint64_t total_bytes,
+             Clock::time_point now);
 
-    /// Clears the bar that an early end left standing.
-    ~Progress() { MakeRoom(); }
+    /// Clears the bar if the job ended early.
+    ~Progress();
     Progress(const Progress &) = delete;
     Progress &operator=(const Progress &) = delete;
 
-    /// To be told often; shows something only when it is time.
+    /// May be called often; draws only when it is time. `files` and `bytes` are those done so far.
     void Advance(std::uint64_t files, std::uint64_t bytes, Clock::time_point now);
 
-    /// Clears the line that the bar stands in, so that something else can be written; the bar comes back with Advance.
-    void MakeRoom();
+    /// Clears the bar's line, so that something else can be written there. Advance draws the bar again.
+    void ClearBar();
 
-    /// The last word: shows where it came to.
+    /// Draws the final state and ends the bar's line.
     void Finish(std::uint64_t files, std::uint64_t bytes, Clock::time_point now);
 
 private:
-    void Show(std::uint64_t files, std::uint64_t bytes, Clock::time_point now);
+    void Draw(std::uint64_t files, std::uint64_t bytes, Clock::time_point now);
 
-    std::ostream &m_stream;
-    unsigned m_columns;
+    Console &m_console;
     std::string m_verb;
     std::uint64_t m_total_files;
     std::uint64_t m_total_bytes;

@@ -2,7 +2,6 @@
 
 #include "kessilctl/console/local_path.h"
 #include "kessilctl/console/progress.h"
-#include "platform/text.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -10,27 +9,8 @@
 #include <ostream>
 #include <sstream>
 
-#include <nlohmann/json.hpp>
-
 namespace kessil::kessilctl {
 namespace {
-
-using Json = nlohmann::ordered_json;
-
-const char *NameOf(Kind kind)
-{
-    switch (kind) {
-    case Kind::File:
-        return "file";
-    case Kind::Directory:
-        return "directory";
-    case Kind::Link:
-        return "link";
-    case Kind::Other:
-        break;
-    }
-    return "other";
-}
 
 /// "2024-02-29 12:00:00Z", or the seconds where a calendar has no name for the year.
 std::string ReadableMoment(const Modified &modified)
@@ -52,167 +32,28 @@ std::string ReadableMoment(const Modified &modified)
     return text;
 }
 
-bool IsUtf8(const std::string &text)
-{
-    // Bytes that are no UTF-8 become lone low surrogates.
-    const WideString wide = platform::FromUtf8(text);
-    for (std::size_t at = 0; at < wide.size(); ++at) {
-        const bool pair = wide[at] >= 0xD800 && wide[at] < 0xDC00;
-        if (!pair && wide[at] >= 0xDC00 && wide[at] < 0xE000)
-            return false;
-        at += pair ? 1 : 0;
-    }
-    return true;
-}
-
-void AddName(Json &object, const char *key, const std::string &name)
-{
-    object[key] = name;
-    if (IsUtf8(name))
-        return;
-    Json bytes = Json::array();
-    for (const char byte : name)
-        bytes.push_back(static_cast<unsigned char>(byte));
-    object[std::string(key) + "_bytes"] = bytes;
-}
-
-Json ToJson(const std::vector<Remark> &remarks)
-{
-    Json array = Json::array();
-    for (const Remark &remark : remarks) {
-        Json object;
-        AddName(object, "file", remark.file);
-        object["text"] = remark.text;
-        array.push_back(object);
-    }
-    return array;
-}
-
-Json ToJson(const std::vector<Entry> &entries)
-{
-    Json array = Json::array();
-    for (const Entry &entry : entries) {
-        Json object;
-        AddName(object, "name", entry.name);
-        object["kind"] = NameOf(entry.kind);
-        object["bytes"] = entry.bytes;
-        object["seconds"] = entry.modified.seconds;
-        object["nanoseconds"] = entry.modified.nanoseconds;
-        array.push_back(object);
-    }
-    return array;
-}
-
-void AddEnd(Json &object, const Report &report)
-{
-    object["exit_code"] = static_cast<int>(report.exit_code);
-    if (!report.end.empty())
-        object["end"] = report.end;
-}
-
-void AddMessage(Json &object, const Message &message)
-{
-    object["number"] = message.number;
-    AddName(object, "file", message.file);
-    object["text"] = message.text;
-}
-
-void AddNumbers(Json &object, const parent::AdapterItem &item)
-{
-    object["number"] = item.number;
-    object["value"] = item.value;
-    if (item.extra)
-        object["extra"] = *item.extra;
-}
-
-Json ToJson(const std::vector<parent::AdapterItem> &items)
-{
-    Json array = Json::array();
-    for (const parent::AdapterItem &item : items) {
-        Json object;
-        AddName(object, "name", item.name);
-        AddNumbers(object, item);
-        array.push_back(object);
-    }
-    return array;
-}
-
-Json ToJson(const std::vector<LogLine> &log)
-{
-    Json array = Json::array();
-    for (const LogLine &line : log)
-        array.push_back({{"level", line.level}, {"text", line.text}});
-    return array;
-}
-
-void AddDisk(Json &object, const Report &report)
-{
-    object["bytes"] = report.bytes;
-    if (!report.adapter->digest.empty())
-        object["sha256"] = report.adapter->digest;
-    if (report.adapter->verified)
-        object["verified"] = *report.adapter->verified;
-}
-
-void AddAdapter(Json &object, const Report &report)
-{
-    if (report.adapter->items)
-        object["items"] = ToJson(*report.adapter->items);
-    else
-        AddDisk(object, report);
-    object["log"] = ToJson(report.adapter->log);
-}
-
-void AddFiles(Json &object, const Report &report)
-{
-    if (report.task == "ls")
-        object["entries"] = ToJson(report.entries);
-    object["files"] = report.files;
-    object["directories"] = report.directories;
-    object["bytes"] = report.bytes;
-    object["failures"] = ToJson(report.failures);
-    object["unusable"] = ToJson(report.unusable);
-    object["differences"] = ToJson(report.differences);
-    object["skipped"] = ToJson(report.skipped);
-    object["calls"] = report.figures.calls;
-    object["sections_announced"] = report.figures.sections_announced;
-    object["sections_grown_by_helper"] = report.figures.sections_grown_by_helper;
-}
-
 /// "3.0 MB in 0.01 s (300 MB/s)"
-std::string Pace(const Report &report)
+std::string Pace(std::uint64_t bytes, std::chrono::microseconds elapsed)
 {
-    const double seconds = std::chrono::duration<double>(report.elapsed).count();
-    const auto bytes = static_cast<double>(report.bytes);
+    const double seconds = std::chrono::duration<double>(elapsed).count();
+    const auto amount = static_cast<double>(bytes);
     std::ostringstream text;
-    text << ReadableSize(bytes) << " in " << std::fixed << std::setprecision(2) << seconds << " s ("
-         << ReadableSize(seconds > 0 ? bytes / seconds : 0) << "/s)";
+    text << ReadableSize(amount) << " in " << std::fixed << std::setprecision(2) << seconds << " s ("
+         << ReadableSize(seconds > 0 ? amount / seconds : 0) << "/s)";
     return text.str();
 }
 
-} // namespace
-
-ExitCode CodeOf(const Report &report)
+/// One line for each item: kind, size, time, name.
+void PrintEntries(const std::vector<Entry> &entries, std::ostream &out)
 {
-    if (!report.failures.empty())
-        return ExitCode::LibraryFailed;
-    if (!report.unusable.empty())
-        return ExitCode::LocalFailed;
-    return report.differences.empty() ? ExitCode::Done : ExitCode::Different;
-}
-
-void PrintListing(const Report &report, std::ostream &out)
-{
-    for (const Entry &entry : report.entries)
+    for (const Entry &entry : entries)
         out << std::left << std::setw(9) << NameOf(entry.kind) << ' ' << std::right << std::setw(14) << entry.bytes
             << ' ' << ReadableMoment(entry.modified) << ' ' << Printable(entry.name) << '\n';
 }
 
-void PrintMessage(const Report &report, std::ostream &out)
+void PrintMessage(const Message &message, std::ostream &out)
 {
-    if (!report.message)
-        return;
-    std::istringstream text(report.message->text);
+    std::istringstream text(message.text);
     for (std::string line; std::getline(text, line);) {
         if (line.ends_with('\r'))
             line.pop_back();
@@ -220,6 +61,7 @@ void PrintMessage(const Report &report, std::ostream &out)
     }
 }
 
+/// One line for each item: its numbers, its name.
 void PrintItems(const std::vector<parent::AdapterItem> &items, std::ostream &out)
 {
     std::size_t number = 0;
@@ -241,40 +83,58 @@ void PrintItems(const std::vector<parent::AdapterItem> &items, std::ostream &out
 
 void PrintDiskSummary(const Report &report, std::ostream &out)
 {
-    out << report.task << ": " << report.bytes / parent::sector_size << " sectors, " << Pace(report) << '\n'
-        << "sha256 " << report.adapter->digest;
-    if (report.adapter->verified)
-        out << (*report.adapter->verified ? ", verified" : ", not what is read back");
+    const AdapterReport &disk = *report.adapter;
+    out << report.job << ": " << disk.bytes / parent::sector_size << " sectors, " << Pace(disk.bytes, report.elapsed)
+        << '\n'
+        << "sha256 " << disk.digest;
+    if (disk.verified)
+        out << (*disk.verified ? ", verified" : ", not verified: something else was read back");
     out << '\n';
 }
 
-void PrintSummary(const Report &report, std::ostream &out)
+void PrintTreeSummary(const Report &report, std::ostream &out)
 {
-    out << report.task << ": " << report.files << " files, " << report.directories << " directories, " << Pace(report)
-        << ", " << report.figures.calls << " calls, sections: " << report.figures.sections_announced << " announced, "
+    const TreeReport &tree = *report.tree;
+    out << report.job << ": " << tree.files << " files, " << tree.directories << " directories, "
+        << Pace(tree.bytes, report.elapsed) << ", " << report.figures.calls
+        << " calls, sections: " << report.figures.sections_announced << " announced, "
         << report.figures.sections_grown_by_helper << " grown by the helper\n";
-    if (!report.skipped.empty())
-        out << report.skipped.size() << " skipped: neither file nor directory\n";
-    const std::size_t failed = report.failures.size() + report.unusable.size();
+    if (!tree.skipped.empty())
+        out << tree.skipped.size() << " skipped: neither file nor directory\n";
+    const std::size_t failed = tree.failures.size() + tree.unusable.size();
     if (failed > 0)
         out << failed << " failed\n";
-    if (!report.differences.empty())
-        out << report.differences.size() << " differences\n";
+    if (!tree.differences.empty())
+        out << tree.differences.size() << " differences\n";
 }
 
-void PrintJson(const Report &report, std::ostream &out)
+} // namespace
+
+ExitCode CodeOf(const Report &report)
 {
-    Json object;
-    object["task"] = report.task;
-    AddEnd(object, report);
-    if (report.message)
-        AddMessage(object, *report.message);
-    if (report.adapter)
-        AddAdapter(object, report);
-    else if (report.task != "errtext")
-        AddFiles(object, report);
-    object["seconds"] = std::chrono::duration<double>(report.elapsed).count();
-    out << object.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
+    if (report.adapter && !report.adapter->verified.value_or(true))
+        return ExitCode::Different;
+    if (!report.tree)
+        return ExitCode::Done;
+    if (!report.tree->failures.empty())
+        return ExitCode::LibraryFailed;
+    if (!report.tree->unusable.empty())
+        return ExitCode::LocalFailed;
+    return report.tree->differences.empty() ? ExitCode::Done : ExitCode::Different;
+}
+
+void PrintText(const Report &report, std::ostream &out)
+{
+    if (report.tree && report.tree->entries)
+        PrintEntries(*report.tree->entries, out);
+    else if (report.message)
+        PrintMessage(*report.message, out);
+    else if (report.adapter && report.adapter->items)
+        PrintItems(*report.adapter->items, out);
+    else if (report.adapter && report.end.empty())
+        PrintDiskSummary(report, out);
+    else if (report.tree && report.end.empty())
+        PrintTreeSummary(report, out);
 }
 
 } // namespace kessil::kessilctl

@@ -1,7 +1,8 @@
 #pragma once
 
+#include "kessilctl/console/entry.h"
 #include "kessilctl/console/exit_code.h"
-#include "kessilctl/tree/vorn_library.h"
+
 #include <kessil/adapter.h>
 
 #include <chrono>
@@ -13,14 +14,27 @@
 
 namespace kessil::kessilctl {
 
-/// Something about one file, or about a directory.
+/// A text about one file or directory.
 struct Remark
 {
     std::string file;
     std::string text;
 };
 
-/// A message that the helper looked up. That the text is the message's isn't certain: it may tell why there is none.
+/// The result of a job with a data source.
+struct TreeReport
+{
+    std::uint64_t files = 0;
+    std::uint64_t directories = 0;
+    std::uint64_t bytes = 0;
+    std::vector<Remark> failures;              ///< that the library reported
+    std::vector<Remark> unusable;              ///< what this side could not take
+    std::vector<Remark> differences;           ///< from what was backed up
+    std::vector<Remark> skipped;               ///< what is neither a file nor a directory
+    std::optional<std::vector<Entry>> entries; ///< each with its path for a name; none: the job is no listing
+};
+
+/// The answer to the lookup of a message. The text may be the message's, or the reason why there is none.
 struct Message
 {
     std::uint32_t number = 0;
@@ -35,55 +49,38 @@ struct LogLine
     std::string text;
 };
 
-/// What a run came to with an adapter.
+/// The result of a job with an adapter.
 struct AdapterReport
 {
-    std::optional<std::vector<parent::AdapterItem>> items; ///< none: the task is no listing
-    /// Kept for JSON alone.
-    std::vector<LogLine> log;
-    std::string digest;           ///< of the sectors that were moved; empty: not all of them were
-    std::optional<bool> verified; ///< whether they were read back the same; none: they weren't
+    std::optional<std::vector<parent::AdapterItem>> items; ///< none: the job is no listing
+    std::optional<std::vector<LogLine>> log;               ///< none: it isn't kept, since a long job may log for hours
+    std::uint64_t bytes = 0;                               ///< of the sectors that were read or written
+    std::string digest;           ///< of all sectors that were asked for; empty: some were not read or written
+    std::optional<bool> verified; ///< whether what was written was read back the same; none: it wasn't read back
 };
 
-/// What a run came to; filled as the run goes.
+/// The result of a run. It has the part of its job from the start; the job fills it as it proceeds.
 struct Report
 {
-    std::string task;
-    std::uint64_t files = 0;
-    std::uint64_t directories = 0;
-    std::uint64_t bytes = 0;
-    std::vector<Remark> failures;    ///< the library's
-    std::vector<Remark> unusable;    ///< this side's
-    std::vector<Remark> differences; ///< from what was backed up
-    std::vector<Remark> skipped;     ///< what is neither file nor directory
-    std::vector<Entry> entries;      ///< of a listing, each name with the way to it
+    std::string job; ///< its name, such as "adapter hosts"
+    std::optional<TreeReport> tree;
     std::optional<Message> message;
     std::optional<AdapterReport> adapter;
-    std::string end; ///< why the run ended early; empty when it didn't
+    std::string end; ///< why the run ended early; empty: it didn't
     ExitCode exit_code = ExitCode::Done;
     std::chrono::microseconds elapsed{0};
     parent::Statistics figures;
 };
 
-/// The exit code of a run that came to its end.
+/// The exit code of a run that didn't end early.
 ExitCode CodeOf(const Report &report);
 
-/// The listing, one line an item: kind, size, time, name.
-void PrintListing(const Report &report, std::ostream &out);
+/// Prints the result of the run for a person: a listing, a text, or a summary. After an early end only what a listing
+/// or a lookup had by then.
+void PrintText(const Report &report, std::ostream &out);
 
-/// The message's text, line by line; nothing when there is none.
-void PrintMessage(const Report &report, std::ostream &out);
-
-/// An adapter's listing, one line an item: its numbers, its name.
-void PrintItems(const std::vector<parent::AdapterItem> &items, std::ostream &out);
-
-/// What was read or written, and its digest.
-void PrintDiskSummary(const Report &report, std::ostream &out);
-
-/// What was done, in one or two lines.
-void PrintSummary(const Report &report, std::ostream &out);
-
-/// All of it, as one JSON object. Names that aren't UTF-8 have U+FFFD in them; beside such a name stand its bytes.
+/// Prints all of it as one JSON object. Names that aren't UTF-8 have U+FFFD in them; their bytes follow in a field of
+/// their own.
 void PrintJson(const Report &report, std::ostream &out);
 
 } // namespace kessil::kessilctl

@@ -6,7 +6,7 @@
 
 namespace kessil::kessilctl {
 
-/// The SHA-256 of bytes that come piece by piece.
+/// The SHA-256 of bytes that are added piece by piece.
 class Sha256
 {
 public:
@@ -17,7 +17,7 @@ public:
 
     void Add(std::span<const std::byte> bytes);
 
-    /// 64 hexadecimal digits in lower case. Add is over after that.
+    /// 64 hexadecimal digits in lower case. Nothing can be added afterwards.
     std::string Digest();
 
 private:

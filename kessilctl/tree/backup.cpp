@@ -1,7 +1,10 @@
 #include "kessilctl/console/local_path.h"
+#include "kessilctl/console/progress.h"
 #include "kessilctl/file/sha256.h"
-#include "kessilctl/run.h"
+#include "kessilctl/tree/item_path.h"
+#include "kessilctl/tree/jobs.h"
 #include "kessilctl/tree/new_backup.h"
+#include "kessilctl/tree/subtree.h"
 
 #include <algorithm>
 #include <set>
@@ -9,124 +12,126 @@
 namespace kessil::kessilctl {
 namespace {
 
-/// Leaves what this side's file system can hold; the rest is noted. A directory that goes takes its content along.
-std::vector<Found> Usable(Job &job, std::vector<Found> tree)
+/// Drops items whose names this side's file system can't hold, and with a directory all that is in it.
+std::vector<Found> Usable(Subtree &subtree, std::vector<Found> tree, TreeReport &report)
 {
-    std::set<std::string> refused;
+    std::set<std::string> dropped;
     std::vector<Found> usable;
     for (Found &found : tree) {
         const std::size_t name_and_slash = found.entry.name.size() + 1;
-        const bool lost = found.path.size() > name_and_slash &&
-                          refused.contains(found.path.substr(0, found.path.size() - name_and_slash));
-        if (!lost && IsPlainName(found.entry.name)) {
+        const bool orphan = found.path.size() > name_and_slash &&
+                            dropped.contains(found.path.substr(0, found.path.size() - name_and_slash));
+        if (!orphan && IsPlainName(found.entry.name)) {
             usable.push_back(std::move(found));
             continue;
         }
-        refused.insert(found.path);
-        job.Note(job.report.unusable, found.path,
-                 lost ? "its directory isn't in the backup" : "the name can't be kept here");
+        dropped.insert(found.path);
+        subtree.Note(report.unusable, found.path,
+                     orphan ? "its directory isn't in the backup" : "this file system can't hold the name");
     }
     return usable;
 }
 
-class BackupTask
+/// Copies a tree into a new backup.
+class Copy
 {
 public:
-    BackupTask(Job &job, std::vector<Found> tree)
-        : m_job(job), m_tree(std::move(tree)), m_backup(ToPath(job.command.directory))
+    Copy(Subtree &subtree, std::vector<Found> tree, const std::filesystem::path &directory, Console &console,
+         TreeReport &report)
+        : m_subtree(subtree), m_tree(std::move(tree)), m_report(report), m_backup(directory),
+          m_progress(console, "backup", TotalsOf(m_tree).files, TotalsOf(m_tree).bytes, Progress::Clock::now())
     {}
 
     void Perform()
     {
-        std::uint64_t total_files = 0;
-        std::uint64_t total_bytes = 0;
-        for (const Found &found : m_tree) {
-            total_files += found.entry.kind == Kind::File ? 1 : 0;
-            total_bytes += found.entry.kind == Kind::File ? found.entry.bytes : 0;
-        }
-        Progress progress(m_job.screen.err, m_job.screen.columns, "backup", total_files, total_bytes,
-                          Progress::Clock::now());
-        m_job.progress = &progress;
         for (const Found &found : m_tree)
-            Keep(found);
+            CopyItem(found);
+        // A directory's time changes with what is put into it.
         std::for_each(m_tree.rbegin(), m_tree.rend(), [this](const Found &found) {
             if (found.entry.kind == Kind::Directory)
-                KeepTime(found);
+                SetTime(found);
         });
         m_backup.WriteManifest();
-        progress.Finish(m_job.report.files, m_job.report.bytes, Progress::Clock::now());
-        m_job.progress = nullptr;
+        m_progress.Finish(m_report.files, m_report.bytes, Progress::Clock::now());
     }
 
 private:
-    void Keep(const Found &found)
+    void CopyItem(const Found &found)
     {
-        Report &report = m_job.report;
         switch (found.entry.kind) {
         case Kind::Directory:
             if (m_backup.AddDirectory(found.path))
-                ++report.directories;
+                ++m_report.directories;
             else
-                m_job.Note(report.unusable, found.path, "the directory can't be made here");
+                m_subtree.Note(m_report.unusable, found.path, "the directory can't be made here");
             return;
         case Kind::File:
-            return KeepFile(found);
+            return CopyFile(found);
         case Kind::Link:
         case Kind::Other:
-            report.skipped.push_back({found.path, found.entry.kind == Kind::Link ? "a link" : "not a regular file"});
+            m_report.skipped.push_back({found.path, found.entry.kind == Kind::Link ? "a link" : "not a regular file"});
             return;
         }
     }
 
-    void KeepFile(const Found &found)
+    void CopyFile(const Found &found)
     {
-        Report &report = m_job.report;
-        const std::uint64_t bytes_before = report.bytes;
+        const std::uint64_t bytes_before = m_report.bytes;
         try {
-            Sha256 digest;
             m_backup.BeginFile();
-            Copy(found, digest);
-            if (!m_backup.EndFile(found.path, digest.Digest())) {
-                m_job.Note(report.unusable, found.path, "the file can't be kept here under its name");
+            const std::string digest = CopyContent(found.path);
+            if (!m_backup.EndFile(found.path, digest)) {
+                m_subtree.Note(m_report.unusable, found.path, "the file can't be given its name here");
                 return;
             }
-            ++report.files;
-            KeepTime(found);
+            ++m_report.files;
+            SetTime(found);
         } catch (const LibraryError &error) {
-            report.bytes = bytes_before;
+            m_report.bytes = bytes_before;
             m_backup.DropFile();
-            m_job.Note(report.failures, found.path, error.what());
+            m_subtree.Note(m_report.failures, found.path, error.what());
         }
     }
 
-    void Copy(const Found &found, Sha256 &digest)
+    /// Returns the content's digest.
+    std::string CopyContent(const std::string &path)
     {
-        VornFile file(m_job.library, m_job.InLibrary(found.path), VornFile::Mode::Read);
+        VornFile file = m_subtree.Open(path, VornFile::Mode::Read);
+        Sha256 digest;
         for (auto bytes = file.Read(); !bytes.empty(); bytes = file.Read()) {
             m_backup.Write(bytes);
             digest.Add(bytes);
-            m_job.report.bytes += bytes.size();
-            m_job.progress->Advance(m_job.report.files, m_job.report.bytes, Progress::Clock::now());
+            m_report.bytes += bytes.size();
+            Advance();
         }
-        m_job.progress->Advance(m_job.report.files, m_job.report.bytes, Progress::Clock::now());
+        Advance();
+        return digest.Digest();
     }
 
-    void KeepTime(const Found &found)
+    void Advance() { m_progress.Advance(m_report.files, m_report.bytes, Progress::Clock::now()); }
+
+    void SetTime(const Found &found)
     {
         if (!m_backup.SetTime(found.path, found.entry.modified))
-            m_job.Note(m_job.report.unusable, found.path, "its time can't be kept here");
+            m_subtree.Note(m_report.unusable, found.path, "its time can't be set here");
     }
 
-    Job &m_job;
+    Subtree &m_subtree;
     std::vector<Found> m_tree;
+    TreeReport &m_report;
     NewBackup m_backup;
+    Progress m_progress;
 };
 
 } // namespace
 
-void Backup(Job &job)
+void Backup(const BackupOptions &options, const RunningHelper &running, Console &console, TreeReport &report)
 {
-    BackupTask(job, Usable(job, job.Walk(true))).Perform();
+    VornLibrary library(running, LibraryName(options.library));
+    Subtree subtree(library, options.subtree, console, report);
+    std::vector<Found> tree = Usable(subtree, subtree.Walk(true), report);
+    Copy(subtree, std::move(tree), ToPath(options.directory), console, report).Perform();
+    library.Close();
 }
 
 } // namespace kessil::kessilctl

@@ -1,21 +1,26 @@
-#include "kessilctl/console/local_path.h"
-#include "kessilctl/run.h"
+#include "kessilctl/tree/jobs.h"
+#include "kessilctl/tree/subtree.h"
 
 #include <algorithm>
 
 namespace kessil::kessilctl {
 
-void List(Job &job)
+void List(const ListOptions &options, const RunningHelper &running, Console &console, TreeReport &report)
 {
-    for (Found &found : job.Walk(job.command.recursive)) {
-        Report &report = job.report;
-        report.files += found.entry.kind == Kind::File ? 1 : 0;
+    VornLibrary library(running, LibraryName(options.library));
+    Subtree subtree(library, options.subtree, console, report);
+    std::vector<Found> tree = subtree.Walk(options.recursive);
+    const Totals totals = TotalsOf(tree);
+    report.files = totals.files;
+    report.bytes = totals.bytes;
+    std::vector<Entry> &entries = report.entries.value();
+    for (Found &found : tree) {
         report.directories += found.entry.kind == Kind::Directory ? 1 : 0;
-        report.bytes += found.entry.kind == Kind::File ? found.entry.bytes : 0;
         found.entry.name = found.path;
-        report.entries.push_back(std::move(found.entry));
+        entries.push_back(std::move(found.entry));
     }
-    std::ranges::sort(job.report.entries, {}, &Entry::name);
+    std::ranges::sort(entries, {}, &Entry::name);
+    library.Close();
 }
 
 } // namespace kessil::kessilctl

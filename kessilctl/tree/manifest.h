@@ -6,9 +6,9 @@
 
 namespace kessil::kessilctl {
 
-/// The digests of a backup's files, by path. The text form is that of sha256sum: a line has the digest, two spaces and
-/// the path; if the path has a `\`, a line feed or a carriage return in it, the line starts with a `\`, and those are
-/// written `\\`, `\n` and `\r`.
+/// The digests of a backup's files, by path. The text form is that of sha256sum: each line has the digest, two spaces
+/// and the path. If the path contains a `\`, a line feed or a carriage return, the line starts with a `\`, and they are
+/// written as `\\`, `\n` and `\r`.
 using Manifest = std::map<std::string, std::string>;
 
 std::string Format(const Manifest &manifest);

@@ -16,10 +16,10 @@ NewBackup::NewBackup(const std::filesystem::path &directory) : m_directory(direc
         FailLocally("cannot make", m_directory, failure);
     const bool empty = std::filesystem::is_empty(m_directory, failure);
     if (failure)
-        FailLocally("cannot look into", m_directory, failure);
+        FailLocally("cannot read", m_directory, failure);
     if (!empty)
-        throw Failure(ExitCode::Usage, "the backup goes into an empty directory, and " +
-                                           Printable(ToText(m_directory)) + " has something in it");
+        throw Failure(ExitCode::Usage, "a new backup needs an empty directory, but " + Printable(ToText(m_directory)) +
+                                           " has something in it");
     std::filesystem::create_directory(m_directory / files_directory, failure);
     if (failure)
         FailLocally("cannot make", m_directory / files_directory, failure);

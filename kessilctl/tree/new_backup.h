@@ -1,8 +1,8 @@
 #pragma once
 
+#include "kessilctl/console/entry.h"
 #include "kessilctl/file/partial_file.h"
 #include "kessilctl/tree/manifest.h"
-#include "kessilctl/tree/vorn_library.h"
 
 #include <cstddef>
 #include <filesystem>
@@ -11,33 +11,33 @@
 
 namespace kessil::kessilctl {
 
-/// Where a backup keeps its parts.
+/// Names in a backup's directory.
 inline constexpr const char *files_directory = "files";
 inline constexpr const char *manifest_name = "MANIFEST.sha256";
 
-/// A backup that is being written: files/ takes the tree, and the manifest comes last. What is being written stands
-/// under the name `partial`, which goes with the object. Throws Failure(LocalFailed) when this side's file system
-/// refuses.
+/// A backup that is being written: the tree goes to files/, and the manifest is written last. The file that is being
+/// written is called `partial`; the destructor removes it. Throws Failure(LocalFailed) for an error of this side's file
+/// system.
 class NewBackup
 {
 public:
-    /// Makes the directory, or takes it when it is empty; anything else is Failure(Usage).
+    /// Makes the directory unless it exists. Throws Failure(Usage) when it isn't empty.
     explicit NewBackup(const std::filesystem::path &directory);
 
-    /// False when the file system doesn't take it, or takes the name for that of something it has.
+    /// False when the file system refuses the name, or already has something by it.
     bool AddDirectory(const std::string &path);
 
-    /// Starts the content of the next file.
+    /// Begins the next file.
     void BeginFile() { m_partial.Begin(); }
     void Write(std::span<const std::byte> bytes) { m_partial.Write(bytes); }
 
-    /// Gives the content its name and puts its digest into the manifest. False as with AddDirectory.
+    /// Ends the file, gives it its name, and adds its digest to the manifest. False as with AddDirectory.
     bool EndFile(const std::string &path, const std::string &digest);
 
-    /// Forgets the content.
+    /// Removes the file that was begun.
     void DropFile() { m_partial.Drop(); }
 
-    /// False when the file system doesn't take the time.
+    /// False when the file system can't.
     bool SetTime(const std::string &path, const Modified &modified);
 
     void WriteManifest();

@@ -1,80 +1,82 @@
 #include "kessilctl/console/local_path.h"
+#include "kessilctl/console/progress.h"
 #include "kessilctl/file/sha256.h"
-#include "kessilctl/run.h"
+#include "kessilctl/tree/comparison.h"
+#include "kessilctl/tree/item_path.h"
+#include "kessilctl/tree/jobs.h"
 #include "kessilctl/tree/stored_backup.h"
+#include "kessilctl/tree/subtree.h"
 
 #include <algorithm>
 #include <fstream>
-#include <map>
 #include <set>
 
 namespace kessil::kessilctl {
 namespace {
 
-class RestoreTask
+/// Writes a backup's tree into the library, file by file, and reads each file back.
+class WriteBack
 {
 public:
-    RestoreTask(Job &job, StoredBackup backup) : m_job(job), m_backup(std::move(backup)) {}
+    WriteBack(Subtree &subtree, const StoredBackup &backup, Console &console, TreeReport &report)
+        : m_subtree(subtree), m_backup(backup), m_report(report),
+          m_progress(console, "restore", TotalsOf(backup.tree).files, TotalsOf(backup.tree).bytes,
+                     Progress::Clock::now())
+    {}
 
     void Perform()
     {
-        std::uint64_t total_files = 0;
-        std::uint64_t total_bytes = 0;
-        for (const Found &found : m_backup.tree) {
-            total_files += found.entry.kind == Kind::File ? 1 : 0;
-            total_bytes += found.entry.bytes;
-        }
-        Progress progress(m_job.screen.err, m_job.screen.columns, "restore", total_files, total_bytes,
-                          Progress::Clock::now());
-        m_job.progress = &progress;
         for (const Found &found : m_backup.tree)
-            WriteBack(found);
+            WriteItem(found);
+        // A directory's time changes with what is put into it.
         std::for_each(m_backup.tree.rbegin(), m_backup.tree.rend(), [this](const Found &found) {
-            if (m_written.contains(found.path) && found.entry.kind == Kind::Directory)
+            if (found.entry.kind == Kind::Directory && m_written.contains(found.path))
                 WriteTime(found);
         });
-        CompareManifest();
-        CompareListings();
-        progress.Finish(m_job.report.files, m_job.report.bytes, Progress::Clock::now());
-        m_job.progress = nullptr;
+        CompareManifest(m_backup, m_subtree, m_report);
+        CompareListings(m_backup.tree, m_written, m_subtree, m_report);
+        m_progress.Finish(m_report.files, m_report.bytes, Progress::Clock::now());
     }
 
 private:
-    void Differs(const std::string &path, const std::string &text) { m_job.Note(m_job.report.differences, path, text); }
-
-    void WriteBack(const Found &found)
+    void NoteDifference(const Found &found, const std::string &text)
     {
-        const std::uint64_t bytes_before = m_job.report.bytes;
-        const std::uint64_t files_before = m_job.report.files;
+        m_subtree.Note(m_report.differences, found.path, text);
+    }
+
+    void WriteItem(const Found &found)
+    {
+        const std::uint64_t bytes_before = m_report.bytes;
+        const std::uint64_t files_before = m_report.files;
         try {
             if (found.entry.kind == Kind::Directory)
                 MakeDirectory(found);
             else if (found.entry.kind == Kind::File)
                 WriteFile(found);
             else
-                Differs(found.path, "neither file nor directory: no backup has that");
+                NoteDifference(found, "neither a file nor a directory; not restored");
         } catch (const LibraryError &error) {
-            m_job.Note(m_job.report.failures, found.path, error.what());
+            m_subtree.Note(m_report.failures, found.path, error.what());
         }
-        if (m_job.report.files == files_before)
-            m_job.report.bytes = bytes_before;
+        if (m_report.files == files_before)
+            m_report.bytes = bytes_before;
     }
 
     void MakeDirectory(const Found &found)
     {
-        const VornFile directory(m_job.library, m_job.InLibrary(found.path), VornFile::Mode::Directory);
+        const VornFile directory = m_subtree.Open(found.path, VornFile::Mode::Directory);
         m_written.insert(found.path);
-        ++m_job.report.directories;
+        ++m_report.directories;
     }
 
     void WriteTime(const Found &found)
     {
         try {
-            VornFile directory(m_job.library, m_job.InLibrary(found.path), VornFile::Mode::Directory);
+            VornFile directory = m_subtree.Open(found.path, VornFile::Mode::Directory);
             directory.WriteTime(found.entry.modified);
             directory.Commit();
         } catch (const LibraryError &error) {
-            m_job.Note(m_job.report.failures, found.path, error.what());
+            m_subtree.Note(m_report.failures, found.path, error.what());
         }
     }
 
@@ -82,21 +84,21 @@ private:
     {
         const auto expected = m_backup.manifest.find(found.path);
         if (expected == m_backup.manifest.end())
-            return Differs(found.path, "the manifest doesn't have it; not restored");
+            return NoteDifference(found, "not in the manifest; not restored");
         if (!WriteContent(found, expected->second))
-            return Differs(found.path, "the backup's file isn't what the manifest says; not restored");
+            return NoteDifference(found, "the file in the backup doesn't match the manifest; not restored");
         m_written.insert(found.path);
-        ++m_job.report.files;
+        ++m_report.files;
         if (DigestInLibrary(found.path) != expected->second)
-            Differs(found.path, "what is read back isn't what was written");
-        m_job.progress->Advance(m_job.report.files, m_job.report.bytes, Progress::Clock::now());
+            NoteDifference(found, "what was read back differs from what was written");
+        Advance();
     }
 
-    /// False, with nothing committed, when the backup's file isn't whole.
+    /// False, with nothing committed, when the file in the backup doesn't have this digest.
     bool WriteContent(const Found &found, const std::string &expected)
     {
         std::ifstream source(m_backup.Place(found.path), std::ios::binary);
-        VornFile file(m_job.library, m_job.InLibrary(found.path), VornFile::Mode::Write);
+        VornFile file = m_subtree.Open(found.path, VornFile::Mode::Write);
         file.WriteTime(found.entry.modified);
         Sha256 digest;
         for (std::uint64_t left = found.entry.bytes; left > 0;) {
@@ -107,8 +109,8 @@ private:
             digest.Add(room);
             file.Write(size);
             left -= size;
-            m_job.report.bytes += size;
-            m_job.progress->Advance(m_job.report.files, m_job.report.bytes, Progress::Clock::now());
+            m_report.bytes += size;
+            Advance();
         }
         if (!source.is_open() || digest.Digest() != expected)
             return false;
@@ -118,72 +120,31 @@ private:
 
     std::string DigestInLibrary(const std::string &path)
     {
-        VornFile file(m_job.library, m_job.InLibrary(path), VornFile::Mode::Read);
+        VornFile file = m_subtree.Open(path, VornFile::Mode::Read);
         Sha256 digest;
         for (auto bytes = file.Read(); !bytes.empty(); bytes = file.Read())
             digest.Add(bytes);
         return digest.Digest();
     }
 
-    void CompareManifest()
-    {
-        std::set<std::string> there;
-        for (const Found &found : m_backup.tree)
-            there.insert(found.path);
-        for (const auto &[path, digest] : m_backup.manifest)
-            if (!there.contains(path))
-                Differs(path, "the backup has lost it");
-    }
+    void Advance() { m_progress.Advance(m_report.files, m_report.bytes, Progress::Clock::now()); }
 
-    /// Kind, size and time of everything that was written, as the library lists it now.
-    void CompareListings()
-    {
-        std::map<std::string, Entry> listed;
-        std::set<std::string> directories = {""};
-        for (const Found &found : m_backup.tree)
-            if (m_written.contains(found.path) && found.entry.kind == Kind::Directory)
-                directories.insert(found.path);
-        for (const std::string &directory : directories)
-            ListInto(listed, directory);
-        for (const Found &found : m_backup.tree)
-            if (m_written.contains(found.path))
-                Compare(found, listed);
-    }
-
-    void ListInto(std::map<std::string, Entry> &listed, const std::string &directory)
-    {
-        try {
-            for (Entry &entry : m_job.library.List(m_job.InLibrary(directory)))
-                listed.emplace(Join(directory, entry.name), std::move(entry));
-        } catch (const LibraryError &error) {
-            m_job.Note(m_job.report.failures, directory, error.what());
-        }
-    }
-
-    void Compare(const Found &found, const std::map<std::string, Entry> &listed)
-    {
-        const auto there = listed.find(found.path);
-        if (there == listed.end())
-            return Differs(found.path, "was written, and the library doesn't list it");
-        if (there->second.kind != found.entry.kind)
-            Differs(found.path, "is now something else");
-        else if (there->second.bytes != found.entry.bytes)
-            Differs(found.path, "its size is " + std::to_string(there->second.bytes) + " and not " +
-                                    std::to_string(found.entry.bytes));
-        else if (there->second.modified != found.entry.modified)
-            Differs(found.path, "its time is not the one that was written");
-    }
-
-    Job &m_job;
-    StoredBackup m_backup;
-    std::set<std::string> m_written; ///< what the library took
+    Subtree &m_subtree;
+    const StoredBackup &m_backup;
+    TreeReport &m_report;
+    std::set<std::string> m_written; ///< paths of what the library took
+    Progress m_progress;
 };
 
 } // namespace
 
-void Restore(Job &job)
+void Restore(const RestoreOptions &options, const RunningHelper &running, Console &console, TreeReport &report)
 {
-    RestoreTask(job, ReadBackup(ToPath(job.command.directory))).Perform();
+    VornLibrary library(running, LibraryName(options.library));
+    Subtree subtree(library, options.subtree, console, report);
+    const StoredBackup backup = ReadBackup(ToPath(options.directory));
+    WriteBack(subtree, backup, console, report).Perform();
+    library.Close();
 }
 
 } // namespace kessil::kessilctl

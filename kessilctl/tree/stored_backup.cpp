@@ -1,6 +1,7 @@
 #include "kessilctl/tree/stored_backup.h"
 
 #include "kessilctl/console/local_path.h"
+#include "kessilctl/tree/item_path.h"
 #include "kessilctl/tree/new_backup.h"
 #include "platform/file_time.h"
 
@@ -22,7 +23,7 @@ Manifest ReadManifest(const std::filesystem::path &path)
     Manifest manifest;
     for (const auto &[name, digest] : ParseManifest(text)) {
         if (!name.starts_with(prefix))
-            throw Failure(ExitCode::LocalFailed, "the manifest has a file that lies elsewhere: " + Printable(name));
+            throw Failure(ExitCode::LocalFailed, "the manifest names a file that is not in files/: " + Printable(name));
         manifest.emplace(name.substr(prefix.size()), digest);
     }
     return manifest;
@@ -37,7 +38,7 @@ Kind KindOf(const std::filesystem::file_status &status)
     return std::filesystem::is_symlink(status) ? Kind::Link : Kind::Other;
 }
 
-Entry LookAt(const std::filesystem::directory_entry &found)
+Entry ReadEntry(const std::filesystem::directory_entry &found)
 {
     Entry entry;
     entry.name = ToText(found.path().filename());
@@ -55,7 +56,7 @@ std::vector<Entry> EntriesOf(const std::filesystem::path &directory)
 {
     std::vector<Entry> entries;
     for (const auto &found : std::filesystem::directory_iterator(directory))
-        entries.push_back(LookAt(found));
+        entries.push_back(ReadEntry(found));
     std::ranges::sort(entries, {}, &Entry::name);
     return entries;
 }

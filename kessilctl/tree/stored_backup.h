@@ -1,7 +1,7 @@
 #pragma once
 
-#include "kessilctl/run.h"
 #include "kessilctl/tree/manifest.h"
+#include "kessilctl/tree/subtree.h"
 
 #include <filesystem>
 #include <string>
@@ -9,17 +9,18 @@
 
 namespace kessil::kessilctl {
 
-/// A backup that is there, to be restored.
+/// A complete backup, to be restored.
 struct StoredBackup
 {
-    std::filesystem::path files; ///< where its files lie
+    std::filesystem::path files; ///< the directory of its tree
     Manifest manifest;           ///< without files/ in front of the paths
     std::vector<Found> tree;     ///< every directory ahead of what is in it, in the order of the names
 
+    /// Where the file with this path is stored.
     std::filesystem::path Place(const std::string &path) const;
 };
 
-/// Reads a backup's manifest and tree. Throws Failure(LocalFailed) when there is no whole backup in the directory.
+/// Reads a backup's manifest and tree. Throws Failure(LocalFailed) when it can't, or the backup has no manifest.
 StoredBackup ReadBackup(const std::filesystem::path &directory);
 
 } // namespace kessil::kessilctl

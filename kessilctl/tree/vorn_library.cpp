@@ -1,11 +1,8 @@
 #include "kessilctl/tree/vorn_library.h"
 
-#include "kessilctl/helper/helper_requests.h"
-
 #include <kessil/data_source.h>
 
 #include <algorithm>
-#include <cstring>
 #include <utility>
 
 namespace kessil::kessilctl {
@@ -13,7 +10,7 @@ namespace {
 
 constexpr std::uint32_t interface_version = 2;
 constexpr std::uint32_t error_text_room = 1024;
-constexpr std::uint32_t list_overhead = 256; ///< more than all numbers and paddings beside one block take
+constexpr std::uint32_t list_overhead = 256; ///< at least what the numbers and paddings around a block take
 
 std::uint64_t LittleEndian(std::span<const std::byte> item, std::size_t offset, std::size_t bytes)
 {
@@ -29,12 +26,24 @@ void StoreLittleEndian(std::span<std::byte> block, std::size_t offset, std::uint
         block[offset + at] = static_cast<std::byte>(value >> (8 * at));
 }
 
+Kind KindOf(std::uint64_t code)
+{
+    switch (code) {
+    case VORN_KIND_FILE:
+        return Kind::File;
+    case VORN_KIND_DIRECTORY:
+        return Kind::Directory;
+    case VORN_KIND_LINK:
+        return Kind::Link;
+    default:
+        return Kind::Other;
+    }
+}
+
 Entry Decode(std::span<const std::byte> item)
 {
     Entry entry;
-    const auto kind = LittleEndian(item, VORN_ITEM_KIND, 4);
-    const bool known = kind >= VORN_KIND_FILE && kind <= VORN_KIND_OTHER;
-    entry.kind = known ? static_cast<Kind>(kind) : Kind::Other;
+    entry.kind = KindOf(LittleEndian(item, VORN_ITEM_KIND, 4));
     entry.bytes = LittleEndian(item, VORN_ITEM_BYTES, 8);
     entry.modified.seconds = static_cast<std::int64_t>(LittleEndian(item, VORN_ITEM_SECONDS, 8));
     entry.modified.nanoseconds = static_cast<std::uint32_t>(LittleEndian(item, VORN_ITEM_NANOSECONDS, 4));
@@ -57,9 +66,9 @@ std::uint32_t ModeBits(VornFile::Mode mode)
     return VORN_MODE_READ;
 }
 
-/// For the way out: where this fails the helper is gone, and whoever asks it next is told so.
+/// For destructors. If the helper has ended, the next request reports it.
 template <typename Action>
-void Quietly(const Action &action) noexcept
+void IgnoreFailure(const Action &action) noexcept
 {
     try {
         action();
@@ -70,42 +79,41 @@ void Quietly(const Action &action) noexcept
 
 } // namespace
 
-VornLibrary::VornLibrary(parent::Helper &helper, const Interruption &interruption, WideString library,
-                         parent::TimeLimit limit)
-    : m_helper(helper), m_interruption(interruption), m_library(std::move(library)), m_limit(limit)
+VornLibrary::VornLibrary(const RunningHelper &running, WideString library)
+    : m_running(running), m_library(std::move(library))
 {
-    Require(m_helper.Load(m_library));
+    Require(m_running.helper.Load(m_library));
     std::uint32_t version = 0;
-    m_helper.Begin();
+    m_running.helper.Begin();
     Require(Call("GetLibApiVersion").U32(version).Complete());
     if (version != interface_version)
         throw Failure(ExitCode::LibraryFailed, "the library doesn't have version 2 of the data-source interface");
-    m_helper.Begin();
+    m_running.helper.Begin();
     Require(Call("VornCreateSession").U64(m_session).Complete());
     m_open = true;
 }
 
 VornLibrary::~VornLibrary()
 {
-    Quietly([this] { Close(); });
+    IgnoreFailure([this] { Close(); });
 }
 
 parent::OutList &VornLibrary::Call(const char *function)
 {
-    m_interruption.Check();
+    m_running.interruption.Check();
     return CallUninterrupted(function);
 }
 
 parent::OutList &VornLibrary::CallUninterrupted(const char *function)
 {
-    Require(m_helper.Call(m_library, function, std::string("SIGNATURE_") + function, m_limit));
-    return m_helper.Results();
+    Require(m_running.helper.Call(m_library, function, std::string("SIGNATURE_") + function, m_running.limit));
+    return m_running.helper.Results();
 }
 
 void VornLibrary::Check(std::uint32_t result, std::uint64_t object)
 {
     if (result != VORN_OK)
-        throw LibraryError(result, ErrorText(object, result));
+        throw LibraryError(ErrorText(object, result));
 }
 
 std::string VornLibrary::ErrorText(std::uint64_t object, std::uint32_t code)
@@ -113,7 +121,7 @@ std::string VornLibrary::ErrorText(std::uint64_t object, std::uint32_t code)
     std::uint64_t ignored_handle = 0;
     std::uint32_t ignored_code = 0;
     std::span<const std::byte> text;
-    m_helper.Begin().U64(m_session).U64(object).U32(code).Room(error_text_room).U32(error_text_room);
+    m_running.helper.Begin().U64(m_session).U64(object).U32(code).Room(error_text_room).U32(error_text_room);
     Require(Call("VornGetErrorText").U64(ignored_handle).U64(ignored_handle).U32(ignored_code).Buffer(text).Complete());
     const auto end = std::find(text.begin(), text.end(), std::byte{0});
     const std::string words(reinterpret_cast<const char *>(text.data()), static_cast<std::size_t>(end - text.begin()));
@@ -124,7 +132,7 @@ std::uint64_t VornLibrary::Create(const char *function)
 {
     std::uint64_t object = 0;
     std::uint32_t result = 0;
-    m_helper.Begin().U64(m_session);
+    m_running.helper.Begin().U64(m_session);
     Require(Call(function).U64(object).U32(result).Complete());
     Check(result, 0);
     return object;
@@ -134,7 +142,7 @@ std::vector<Entry> VornLibrary::List(const std::string &path)
 {
     const VornObject dir(*this, "VornCreateDir", "VornCloseDir");
     std::uint32_t result = 0;
-    m_helper.Begin().U64(m_session).U64(dir.Handle()).Str(path);
+    m_running.helper.Begin().U64(m_session).U64(dir.Handle()).Str(path);
     Require(Call("VornOpenDir").U32(result).Complete());
     Check(result, dir.Handle());
     std::vector<Entry> entries;
@@ -148,14 +156,14 @@ bool VornLibrary::NextItem(std::uint64_t dir, Entry &entry)
     std::uint64_t ignored = 0;
     std::uint32_t result = 0;
     std::span<const std::byte> item;
-    parent::InList &arguments = m_helper.Begin(VORN_ITEM_SIZE + list_overhead).U64(m_session).U64(dir);
-    // Zeroed, so that a name in a failed item is known to be this item's.
+    parent::InList &arguments = m_running.helper.Begin(VORN_ITEM_SIZE + list_overhead).U64(m_session).U64(dir);
+    // Zeros, so that a name in an item that failed can't be that of another one.
     std::ranges::fill(arguments.Block(VORN_ITEM_SIZE), std::byte{0});
     Require(Call("VornGetNextDirItem").U64(ignored).U64(ignored).Buffer(item).U32(result).Complete());
     if (result == VORN_END)
         return false;
     if (item.size() != VORN_ITEM_SIZE)
-        Require(m_helper.RejectResults("VornGetNextDirItem came back with an item of another size"));
+        Require(m_running.helper.RejectResults("VornGetNextDirItem returned an item of another size"));
     entry = Decode(item);
     if (result == VORN_OK)
         return true;
@@ -169,14 +177,14 @@ void VornLibrary::Close()
 {
     if (!std::exchange(m_open, false))
         return;
-    m_helper.Begin().U64(m_session);
+    m_running.helper.Begin().U64(m_session);
     CallUninterrupted("VornCloseSession");
 }
 
 VornObject::~VornObject()
 {
-    Quietly([this] {
-        m_library.m_helper.Begin().U64(m_library.m_session).U64(m_object);
+    IgnoreFailure([this] {
+        m_library.m_running.helper.Begin().U64(m_library.m_session).U64(m_object);
         m_library.CallUninterrupted(m_closer);
     });
 }
@@ -185,7 +193,7 @@ VornFile::VornFile(VornLibrary &library, const std::string &path, Mode mode)
     : m_library(library), m_file(library, "VornCreateFile", "VornCloseFile")
 {
     std::uint32_t result = 0;
-    m_library.m_helper.Begin().U64(m_library.m_session).U64(m_file.Handle()).Str(path).U32(ModeBits(mode));
+    m_library.m_running.helper.Begin().U64(m_library.m_session).U64(m_file.Handle()).Str(path).U32(ModeBits(mode));
     Require(m_library.Call("VornOpenFile").U32(result).Complete());
     m_library.Check(result, m_file.Handle());
 }
@@ -197,7 +205,7 @@ std::span<const std::byte> VornFile::Read()
     std::uint32_t count = 0;
     std::uint32_t result = 0;
     std::span<const std::byte> block;
-    m_library.m_helper.Begin(VornLibrary::block_size + list_overhead)
+    m_library.m_running.helper.Begin(VornLibrary::block_size + list_overhead)
         .U64(m_library.m_session)
         .U64(m_file.Handle())
         .Room(VornLibrary::block_size)
@@ -212,7 +220,7 @@ std::span<const std::byte> VornFile::Read()
                 .Complete());
     m_library.Check(result, m_file.Handle());
     if (count > block.size())
-        Require(m_library.m_helper.RejectResults("VornReadFile counts more bytes than it had room for"));
+        Require(m_library.m_running.helper.RejectResults("VornReadFile reported more bytes than it had room for"));
     return block.first(count);
 }
 
@@ -229,7 +237,7 @@ void VornFile::WriteTime(const Modified &modified)
 
 std::span<std::byte> VornFile::Room(std::uint32_t size)
 {
-    m_arguments = &m_library.m_helper.Begin(size + list_overhead).U64(m_library.m_session).U64(m_file.Handle());
+    m_arguments = &m_library.m_running.helper.Begin(size + list_overhead).U64(m_library.m_session).U64(m_file.Handle());
     return m_arguments->Block(size);
 }
 
@@ -241,14 +249,14 @@ void VornFile::Write(std::uint32_t size)
     Require(m_library.Call("VornWriteFile").U32(count).U32(result).Complete());
     m_library.Check(result, m_file.Handle());
     if (count != size)
-        throw LibraryError(result, "only " + std::to_string(count) + " of " + std::to_string(size) +
-                                       " bytes were taken, and no failure was reported");
+        throw LibraryError("only " + std::to_string(count) + " of " + std::to_string(size) +
+                           " bytes were taken, and no failure was reported");
 }
 
 void VornFile::Commit()
 {
     std::uint32_t result = 0;
-    m_library.m_helper.Begin().U64(m_library.m_session).U64(m_file.Handle());
+    m_library.m_running.helper.Begin().U64(m_library.m_session).U64(m_file.Handle());
     Require(m_library.Call("VornRestoreFile").U32(result).Complete());
     m_library.Check(result, m_file.Handle());
 }

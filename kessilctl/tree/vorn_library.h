@@ -1,8 +1,8 @@
 #pragma once
 
+#include "kessilctl/console/entry.h"
 #include "kessilctl/console/exit_code.h"
-#include "kessilctl/console/interruption.h"
-#include <kessil/parent.h>
+#include "kessilctl/helper/running_helper.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -12,53 +12,22 @@
 
 namespace kessil::kessilctl {
 
-/// A failure that the library itself reported, with its own text. The conversation goes on.
-class LibraryError : public std::runtime_error
+/// A failure that the library itself reported, with its own text. The library can still be called.
+class LibraryError : public Failure
 {
 public:
-    LibraryError(std::uint32_t code, const std::string &text) : std::runtime_error(text), m_code(code) {}
-
-    std::uint32_t Code() const { return m_code; }
-
-private:
-    std::uint32_t m_code;
+    explicit LibraryError(const std::string &text) : Failure(ExitCode::LibraryFailed, text) {}
 };
 
-enum class Kind : std::uint32_t
-{
-    File = 1,
-    Directory = 2,
-    Link = 3,
-    Other = 4
-};
-
-/// Time of the last change of content: seconds from 1970-01-01 UTC, and nanoseconds added to them.
-struct Modified
-{
-    std::int64_t seconds = 0;
-    std::uint32_t nanoseconds = 0;
-    bool operator==(const Modified &) const = default;
-};
-
-/// One item of a listing. Where `failure` isn't empty the library could tell no more than the name.
-struct Entry
-{
-    std::string name;
-    Kind kind = Kind::Other;
-    std::uint64_t bytes = 0;
-    Modified modified;
-    std::string failure;
-};
-
-/// A data-source library hosted by a helper, with one session open. Any call throws LibraryError for the library's own
-/// failure and Failure for everything after which the helper is of no more use. An interruption is a Failure, too, but
-/// what is open is then closed in order: it keeps every call from being made but those that close.
+/// A data source hosted by a helper, with one session open. Every call throws LibraryError for the library's own
+/// failure, and another Failure when the helper can't be used any more. An interruption is such a Failure, too: then
+/// only the calls that close what is open are still made.
 class VornLibrary
 {
 public:
-    /// Loads the library, checks that it speaks version 2, and opens the session. `helper` has been started; both it
-    /// and `interruption` outlive the object.
-    VornLibrary(parent::Helper &helper, const Interruption &interruption, WideString library, parent::TimeLimit limit);
+    /// Loads the library, checks that it has version 2 of the interface, and opens the session. What `running` refers
+    /// to outlives the object.
+    VornLibrary(const RunningHelper &running, WideString library);
 
     /// Ends the session if it is still open.
     ~VornLibrary();
@@ -70,7 +39,7 @@ public:
     /// Ends the session.
     void Close();
 
-    /// How many bytes one read or write moves.
+    /// The most bytes that one read or write moves.
     static constexpr std::uint32_t block_size = 1024 * 1024;
 
 private:
@@ -84,15 +53,13 @@ private:
     std::uint64_t Create(const char *function);
     bool NextItem(std::uint64_t dir, Entry &entry);
 
-    parent::Helper &m_helper;
-    const Interruption &m_interruption;
+    RunningHelper m_running;
     WideString m_library;
-    parent::TimeLimit m_limit;
     std::uint64_t m_session = 0;
     bool m_open = false;
 };
 
-/// A directory or file object of the library; closed with this one, whatever else has happened.
+/// A directory or file object of the library. The destructor closes it, whatever else has happened.
 class VornObject
 {
 public:
@@ -111,8 +78,8 @@ private:
     std::uint64_t m_object;
 };
 
-/// A file, or a directory to be made, open in the library. Closed with the object; what was written and not committed
-/// is then dropped by the library.
+/// A file, or a directory to be made, open in the library. The destructor closes it; the library then drops what was
+/// written and not committed.
 class VornFile
 {
 public:
@@ -125,17 +92,18 @@ public:
 
     VornFile(VornLibrary &library, const std::string &path, Mode mode);
 
-    /// The next bytes, in the section itself: valid until the library is asked for anything else. Empty at the end.
+    /// The next bytes, in the section itself: valid until the next call of the library. Empty at the end.
     std::span<const std::byte> Read();
 
-    /// For the modes that write, first of all: the time that the object is to get.
+    /// Sets the time that Commit gives the object. In the modes that write, the first call.
     void WriteTime(const Modified &modified);
 
-    /// Room for the next `size` bytes (at most VornLibrary::block_size), in the section itself, to be filled before
-    /// Write sends them.
+    /// Room for the next `size` bytes (at most VornLibrary::block_size), in the section itself. Write sends them from
+    /// there.
     std::span<std::byte> Room(std::uint32_t size);
     void Write(std::uint32_t size);
 
+    /// Has the library give the object its content and time.
     void Commit();
 
 private:

@@ -182,7 +182,7 @@ TEST_F(AdapterDiskTest, WantsWholeSectorsAndAFile)
 {
     ExpectError(Write({"--from", file.string()}), 7, "cannot read ");
     WriteFile(file, std::string(513, 'x'));
-    ExpectError(Write({"--from", file.string()}), 2, "513 bytes, is no multiple of 512\n");
+    ExpectError(Write({"--from", file.string()}), 2, "513 bytes, is not a multiple of 512\n");
     EXPECT_TRUE(ReadFile(image) == content);
 }
 
@@ -240,8 +240,8 @@ TEST_F(AdapterDiskTest, TellsWhenWhatWasWrittenIsNotReadBack)
     std::vector<std::string> verifying = arguments;
     verifying.emplace_back("--verify");
     const Outcome outcome = RunStrangeAdapter("write-disk", verifying);
-    ExpectError(outcome, 8, "kessilctl: forgets: what is read back isn't what was written\n");
-    EXPECT_NE(outcome.out.find(", not what is read back\n"), std::string::npos) << outcome.out;
+    ExpectError(outcome, 8, "kessilctl: forgets: what was read back differs from what was written\n");
+    EXPECT_NE(outcome.out.find(", not verified: something else was read back\n"), std::string::npos) << outcome.out;
 }
 
 TEST_F(AdapterDiskTest, LeavesNothingWhenTheDiskDoesNotClose)

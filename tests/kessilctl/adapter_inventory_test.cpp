@@ -64,7 +64,7 @@ TEST_F(AdapterInventoryTest, GivesTheResultToScripts)
     EXPECT_EQ(machines["items"], (json{{{"name", "m"}, {"number", 0}, {"value", 0}}}));
 }
 
-TEST_F(AdapterInventoryTest, PassesTheAdaptersWordsOn)
+TEST_F(AdapterInventoryTest, PassesTheAdaptersTextOn)
 {
     const Outcome outcome = RunAdapter("hosts", {"../machines", "--json"});
     EXPECT_EQ(outcome.exit_code, 1);
@@ -105,7 +105,7 @@ TEST_F(AdapterInventoryTest, KeepsControlCharactersFromTheTerminal)
     EXPECT_EQ(result["log"], (json{{{"level", 255}, {"text", "two\r\x1B[2Jlines"}}}));
 }
 
-TEST_F(AdapterInventoryTest, TellsAFailureWithoutAText)
+TEST_F(AdapterInventoryTest, ReportsAFailureWithoutAText)
 {
     const Outcome outcome = RunStrangeAdapter("machines", {});
     EXPECT_EQ(outcome.exit_code, 1);

@@ -27,8 +27,8 @@ TEST_F(FailingSystem, ABackupIsWholeButForTheTimesThatItCouldNotKeep)
     fake_file_time.write_code = 95;
     const Outcome outcome = RunKessilctl("backup", "vorn_fs", {"--to", backup.string()});
     EXPECT_EQ(outcome.exit_code, 7);
-    EXPECT_THAT(outcome.err, HasSubstr("dir/file: its time can't be kept here\n"));
-    EXPECT_THAT(outcome.err, HasSubstr("dir: its time can't be kept here\n"));
+    EXPECT_THAT(outcome.err, HasSubstr("dir/file: its time can't be set here\n"));
+    EXPECT_THAT(outcome.err, HasSubstr("dir: its time can't be set here\n"));
     EXPECT_EQ(ReadFile(backup / "files" / "dir" / "file"), "content");
 
     fake_file_time.write_code = 0;
@@ -54,7 +54,7 @@ std::string DefaultHelper()
     int exit_code = 0;
     const auto command = kessilctl::ParseCommandLine({u"kessilctl", u"ls", u"--library", u"x"}, out, err, exit_code);
     EXPECT_TRUE(command.has_value()) << err.str();
-    return command ? command->helper : std::string();
+    return command ? command->helper.program : std::string();
 }
 
 TEST(DefaultHelper, StandsBesideTheProgram)

@@ -74,7 +74,8 @@ Outcome RunKessilctl(const std::string &task, const std::string &library, const 
 {
     std::ostringstream out;
     std::ostringstream err;
-    const int exit_code = kessilctl::Run(Widen(WithCommonArguments(task, library, arguments)), {out, err, columns});
+    kessilctl::Console console(out, err, columns);
+    const int exit_code = kessilctl::Run(Widen(WithCommonArguments(task, library, arguments)), console);
     return {exit_code, out.str(), err.str()};
 }
 
@@ -82,7 +83,8 @@ Outcome RunKessilctlPlain(const std::vector<std::string> &arguments)
 {
     std::ostringstream out;
     std::ostringstream err;
-    const int exit_code = kessilctl::Run(Widen(arguments), {out, err, 0});
+    kessilctl::Console console(out, err, 0);
+    const int exit_code = kessilctl::Run(Widen(arguments), console);
     return {exit_code, out.str(), err.str()};
 }
 
@@ -97,7 +99,8 @@ Outcome RunKessilctlInterruptedPlain(const std::string &text, const std::vector<
     std::ostringstream out;
     InterruptingBuffer buffer(text, signal);
     std::ostream err(&buffer);
-    const int exit_code = kessilctl::Run(Widen(arguments), {out, err, 0});
+    kessilctl::Console console(out, err, 0);
+    const int exit_code = kessilctl::Run(Widen(arguments), console);
     return {exit_code, out.str(), buffer.str()};
 }
 

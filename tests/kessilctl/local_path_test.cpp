@@ -1,4 +1,5 @@
 #include "kessilctl/console/local_path.h"
+#include "kessilctl/tree/item_path.h"
 
 #include <gtest/gtest.h>
 

@@ -60,7 +60,7 @@ TEST_F(PosixOnly, SkipsLinksAndSaysSo)
     EXPECT_FALSE(std::filesystem::exists(std::filesystem::symlink_status(backup / "files" / "link")));
 }
 
-TEST_F(PosixOnly, PassesTheLibrarysWordsOn)
+TEST_F(PosixOnly, PassesTheLibrarysTextOn)
 {
     std::filesystem::create_symlink("nowhere", source / "link");
     const Outcome outcome = RunKessilctl("ls", "vorn_fs", {"link"});
@@ -117,7 +117,7 @@ TEST_F(PosixOnly, FollowsNoLinkInABackup)
     Serve(target);
     const Outcome outcome = RunKessilctl("restore", "vorn_fs", {"--from", backup.string()});
     EXPECT_EQ(outcome.exit_code, 8);
-    EXPECT_NE(outcome.err.find("kessilctl: link: neither file nor directory"), std::string::npos) << outcome.err;
+    EXPECT_NE(outcome.err.find("kessilctl: link: neither a file nor a directory"), std::string::npos) << outcome.err;
     EXPECT_EQ(ReadTree(target), (std::map<std::string, std::string>{{"file", "x"}}));
 }
 

@@ -15,7 +15,8 @@ const Progress::Clock::time_point start{};
 TEST(Progress, WritesALineNowAndThen)
 {
     std::ostringstream stream;
-    Progress progress(stream, 0, "backup", 4, 1000000, start);
+    Console console(stream, stream, 0);
+    Progress progress(console, "backup", 4, 1000000, start);
     progress.Advance(0, 0, start);
     progress.Advance(1, 250000, start + milliseconds(1999));
     progress.Advance(1, 250000, start + seconds(2));
@@ -29,7 +30,8 @@ TEST(Progress, WritesALineNowAndThen)
 TEST(Progress, DrawsABarThatStaysInItsLine)
 {
     std::ostringstream stream;
-    Progress progress(stream, 70, "backup", 2, 100, start);
+    Console console(stream, stream, 70);
+    Progress progress(console, "backup", 2, 100, start);
     progress.Advance(1, 50, start);
     progress.Advance(1, 60, start + milliseconds(99));
     progress.Finish(2, 100, start + seconds(1));
@@ -37,22 +39,39 @@ TEST(Progress, DrawsABarThatStaysInItsLine)
                             "\r[#########################] backup 100%, 2 of 2 files, 100 B, 100 B/s\n");
 }
 
-TEST(Progress, MakesRoomForAMessage)
+TEST(Progress, ClearsTheBarForAMessage)
 {
     std::ostringstream stream;
-    Progress progress(stream, 12, "backup", 2, 100, start);
-    progress.MakeRoom();
+    Console console(stream, stream, 12);
+    Progress progress(console, "backup", 2, 100, start);
+    progress.ClearBar();
     EXPECT_EQ(stream.str(), "");
     progress.Advance(1, 50, start);
-    progress.MakeRoom();
-    progress.MakeRoom();
-    EXPECT_EQ(stream.str(), "\rbackup 50%,\r           \r");
+    progress.ClearBar();
+    console.WriteLine("a message");
+    EXPECT_EQ(stream.str(), "\rbackup 50%,\r           \ra message\n");
+}
+
+TEST(Progress, ClearsTheBarAheadOfALineAndAtAnEarlyEnd)
+{
+    std::ostringstream stream;
+    Console console(stream, stream, 12);
+    {
+        Progress progress(console, "backup", 2, 100, start);
+        progress.Advance(1, 50, start);
+        console.WriteMessage("one");
+        progress.Advance(1, 60, start + seconds(1));
+    }
+    console.WriteLine("two");
+    EXPECT_EQ(stream.str(), "\rbackup 50%,\r           \rkessilctl: one\n"
+                            "\rbackup 60%,\r           \rtwo\n");
 }
 
 TEST(Progress, GoesByFilesWhereThereAreNoBytes)
 {
     std::ostringstream stream;
-    Progress progress(stream, 0, "restore", 4, 0, start);
+    Console console(stream, stream, 0);
+    Progress progress(console, "restore", 4, 0, start);
     progress.Advance(1, 0, start + seconds(3));
     EXPECT_EQ(stream.str(), "restore 25%, 1 of 4 files, 0 B, 0:09 left\n");
 }
@@ -60,7 +79,8 @@ TEST(Progress, GoesByFilesWhereThereAreNoBytes)
 TEST(Progress, IsWholeWhereThereIsNothing)
 {
     std::ostringstream stream;
-    Progress progress(stream, 0, "backup", 0, 0, start);
+    Console console(stream, stream, 0);
+    Progress progress(console, "backup", 0, 0, start);
     progress.Finish(0, 0, start);
     EXPECT_EQ(stream.str(), "backup 100%, 0 of 0 files, 0 B\n");
 }

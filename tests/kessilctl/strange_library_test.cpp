@@ -124,7 +124,7 @@ TEST_F(StrangeLibraryTest, IsFoundOutWhenItReadsBackSomethingElse)
                              "VornReadFile out=0\n");
     const Outcome outcome = RunKessilctl("restore", "vorn_recorder", {"--from", backup.string()});
     EXPECT_EQ(outcome.exit_code, 8);
-    EXPECT_NE(outcome.err.find("kessilctl: file: what is read back isn't what was written"), std::string::npos)
+    EXPECT_NE(outcome.err.find("kessilctl: file: what was read back differs from what was written"), std::string::npos)
         << outcome.err;
     EXPECT_NE(outcome.err.find("kessilctl: file: its time is not the one that was written"), std::string::npos)
         << outcome.err;

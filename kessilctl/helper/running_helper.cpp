@@ -1,4 +1,4 @@
-#include "kessilctl/helper/helper_requests.h"
+#include "kessilctl/helper/running_helper.h"
 
 #include "kessilctl/console/exit_code.h"
 #include "kessilctl/console/local_path.h"
@@ -8,7 +8,7 @@
 namespace kessil::kessilctl {
 namespace {
 
-constexpr std::chrono::milliseconds first_warning{10000};
+constexpr std::chrono::milliseconds first_notice{10000};
 
 ExitCode ExitCodeFor(parent::Outcome outcome)
 {
@@ -51,24 +51,23 @@ WideString LibraryName(const std::string &given)
     return platform::FromUtf8(ToText(std::filesystem::absolute(path)));
 }
 
-parent::TimeLimit LimitOf(const Command &command)
+parent::TimeLimit LimitOf(const HelperOptions &options)
 {
-    const auto whole = command.time_limit;
-    return {whole.count() > 0 ? std::min(first_warning, whole / 2) : first_warning, whole};
+    const auto limit = options.time_limit;
+    return {limit.count() > 0 ? std::min(first_notice, limit / 2) : first_notice, limit};
 }
 
-void StartHelper(parent::Helper &helper, const Command &command, Password &password)
+void StartHelper(parent::Helper &helper, const HelperOptions &options, Password &password)
 {
     Require(helper.Start());
-    if (command.logon) {
-        const Logon &logon = *command.logon;
-        const parent::Result result = helper.Logon(platform::FromUtf8(logon.user), platform::FromUtf8(logon.domain),
-                                                   password.Text(), {}, !logon.credentials_only);
-        password.Forget();
+    if (const auto &logon = options.logon) {
+        const parent::Result result = helper.Logon(platform::FromUtf8(logon->user), platform::FromUtf8(logon->domain),
+                                                   password.Text(), {}, !logon->credentials_only);
+        password.Clear();
         Require(result);
     }
-    if (!command.search_path.empty())
-        Require(helper.AddPath(platform::FromUtf8(command.search_path)));
+    if (!options.search_path.empty())
+        Require(helper.AddPath(platform::FromUtf8(options.search_path)));
 }
 
 } // namespace kessil::kessilctl
