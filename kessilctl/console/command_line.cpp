@@ -48,8 +48,8 @@ std::string DefaultHelper()
     return ToText(helper);
 }
 
-/// Options in the form that they are given in.
-struct Words
+/// Options in the form in which they are given.
+struct Given
 {
     double seconds = 300;
     std::vector<std::string> directories;
@@ -57,29 +57,29 @@ struct Words
     Logon logon;
 };
 
-void AddLogonOptions(CLI::App &app, CommandLine &command, Words &words)
+void AddLogonOptions(CLI::App &app, CommandLine &command, Given &given)
 {
     CLI::Option *const logon =
-        app.add_option("--logon", words.user, "The helper logs on as this user: USER or DOMAIN\\USER")
+        app.add_option("--logon", given.user, "The helper logs on as this user: USER or DOMAIN\\USER")
             ->check([](const std::string &user) { return LastName(user).empty() ? "the user name is empty" : ""; });
     app.add_option("--password-fd", command.password_descriptor,
                    "The password is the first line of this open descriptor; 0 is standard input (default: it is asked "
                    "for on the terminal)")
         ->check(CLI::NonNegativeNumber);
-    app.add_flag("--credentials-only", words.logon.credentials_only, "Log on for outgoing connections only (Windows)")
+    app.add_flag("--credentials-only", given.logon.credentials_only, "Log on for outgoing connections only (Windows)")
         ->needs(logon);
 }
 
-void AddCommon(CLI::App &app, CommandLine &command, Words &words)
+void AddCommon(CLI::App &app, CommandLine &command, Given &given)
 {
-    app.add_option("--path", words.directories,
+    app.add_option("--path", given.directories,
                    "Directories, separated as in PATH, that the helper searches before all others; may be repeated")
         ->allow_extra_args(false);
-    AddLogonOptions(app, command, words);
+    AddLogonOptions(app, command, given);
     app.add_option("--helper", command.helper.program, "The helper's program (default: kessil beside kessilctl)");
     app.add_option("--log", command.helper.log, "The helper appends its log to this file (default: none is kept)");
     app.add_flag("--debug", command.helper.debug, "The helper logs everything");
-    app.add_option("--time-limit", words.seconds, "Seconds that one call may take; 0 for no limit (default: 300)")
+    app.add_option("--time-limit", given.seconds, "Seconds that one call may take; 0 for no limit (default: 300)")
         ->check(CLI::Range(0.0, 1e6));
     app.add_flag("--json", command.json, "Print the result as JSON");
 }
@@ -141,7 +141,7 @@ void AddErrorText(CLI::App &app, CommandLine &command, const AddCommonOptions &a
         ->required();
 }
 
-/// One list, in the order in which the parts were given.
+/// One list, in the order in which its parts were given.
 std::string SearchPath(const std::vector<std::string> &directories)
 {
     constexpr char separator = std::filesystem::path::preferred_separator == '/' ? ':' : ';';
@@ -154,25 +154,25 @@ std::string SearchPath(const std::vector<std::string> &directories)
     return all;
 }
 
-std::optional<Logon> LogonOf(const Words &words)
+std::optional<Logon> LogonOf(const Given &given)
 {
-    if (words.user.empty())
+    if (given.user.empty())
         return std::nullopt;
-    Logon logon = words.logon;
-    logon.user = LastName(words.user);
-    const std::size_t domain_and_separator = words.user.size() - logon.user.size();
-    logon.domain = words.user.substr(0, std::max<std::size_t>(domain_and_separator, 1) - 1);
+    Logon logon = given.logon;
+    logon.user = LastName(given.user);
+    const std::size_t domain_and_separator = given.user.size() - logon.user.size();
+    logon.domain = given.user.substr(0, std::max<std::size_t>(domain_and_separator, 1) - 1);
     return logon;
 }
 
-void Complete(CommandLine &command, const Words &words)
+void Complete(CommandLine &command, const Given &given)
 {
     const AdapterOptions *adapter = AdapterOf(command.job);
-    if (command.password_descriptor && words.user.empty() && !(adapter && adapter->credentials))
+    if (command.password_descriptor && given.user.empty() && !(adapter && adapter->credentials))
         throw CLI::RequiresError("--password-fd", adapter ? "--logon or --credentials" : "--logon");
-    command.helper.time_limit = std::chrono::milliseconds(static_cast<std::int64_t>(words.seconds * 1000));
-    command.helper.search_path = SearchPath(words.directories);
-    command.helper.logon = LogonOf(words);
+    command.helper.time_limit = std::chrono::milliseconds(static_cast<std::int64_t>(given.seconds * 1000));
+    command.helper.search_path = SearchPath(given.directories);
+    command.helper.logon = LogonOf(given);
 }
 
 } // namespace
@@ -186,7 +186,7 @@ std::optional<CommandLine> ParseCommandLine(const std::vector<WideString> &argum
                                             std::ostream &err, int &exit_code)
 {
     CommandLine command;
-    Words words;
+    Given given;
     command.helper.program = DefaultHelper();
 
     CLI::App app("Lists, backs up and restores what a data source serves, with the library in a process of its own.\n"
@@ -195,7 +195,7 @@ std::optional<CommandLine> ParseCommandLine(const std::vector<WideString> &argum
     app.footer(footer);
     app.set_version_flag("--version", "kessilctl " KESSIL_VERSION);
     app.require_subcommand(1);
-    const AddCommonOptions add_common = [&](CLI::App &job) { AddCommon(job, command, words); };
+    const AddCommonOptions add_common = [&](CLI::App &job) { AddCommon(job, command, given); };
     AddList(app, command, add_common);
     AddBackup(app, command, add_common);
     AddRestore(app, command, add_common);
@@ -207,7 +207,7 @@ std::optional<CommandLine> ParseCommandLine(const std::vector<WideString> &argum
         texts.push_back(platform::ToUtf8(arguments[at]));
     try {
         app.parse(std::move(texts));
-        Complete(command, words);
+        Complete(command, given);
     } catch (const CLI::ParseError &error) {
         exit_code = app.exit(error, out, err) == 0 ? 0 : static_cast<int>(ExitCode::Usage);
         return std::nullopt;

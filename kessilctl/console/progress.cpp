@@ -83,8 +83,8 @@ void Progress::Draw(std::uint64_t files, std::uint64_t bytes, Clock::time_point 
     // Empty files have no bytes to count.
     const bool by_bytes = m_total_bytes > 0;
     const double total = static_cast<double>(by_bytes ? m_total_bytes : m_total_files);
-    const double came = static_cast<double>(by_bytes ? bytes : files);
-    const double done = total > 0 ? std::min(1.0, came / total) : 1.0;
+    const double so_far = static_cast<double>(by_bytes ? bytes : files);
+    const double done = total > 0 ? std::min(1.0, so_far / total) : 1.0;
     const double seconds = std::chrono::duration<double>(now - m_start).count();
 
     std::string text = m_verb + " " + std::to_string(static_cast<int>(done * 100)) + "%, " + std::to_string(files) +

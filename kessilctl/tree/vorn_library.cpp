@@ -124,8 +124,8 @@ std::string VornLibrary::ErrorText(std::uint64_t object, std::uint32_t code)
     m_running.helper.Begin().U64(m_session).U64(object).U32(code).Room(error_text_room).U32(error_text_room);
     Require(Call("VornGetErrorText").U64(ignored_handle).U64(ignored_handle).U32(ignored_code).Buffer(text).Complete());
     const auto end = std::find(text.begin(), text.end(), std::byte{0});
-    const std::string words(reinterpret_cast<const char *>(text.data()), static_cast<std::size_t>(end - text.begin()));
-    return (words.empty() ? "no text" : words) + " (code " + std::to_string(code) + ")";
+    const std::string found(reinterpret_cast<const char *>(text.data()), static_cast<std::size_t>(end - text.begin()));
+    return (found.empty() ? "no text" : found) + " (code " + std::to_string(code) + ")";
 }
 
 std::uint64_t VornLibrary::Create(const char *function)

@@ -11,7 +11,7 @@ using std::filesystem::path;
 
 std::string LastReason()
 {
-    return errno == 0 ? "the file is shorter than it was" : std::generic_category().message(errno);
+    return errno == 0 ? "the file became shorter" : std::generic_category().message(errno);
 }
 
 bool IsProtected(const path &file)
@@ -32,9 +32,9 @@ DiskImage::DiskImage(const path &file, std::string name, bool read_only)
         throw Failure("there is no disk " + m_name);
     const std::uint64_t size = std::filesystem::file_size(file, failure);
     if (failure)
-        throw Failure("cannot look at the disk " + m_name + ": " + failure.message());
+        throw Failure("cannot read the size of the disk " + m_name + ": " + failure.message());
     if (size % sector_size != 0)
-        throw Failure("the size of the disk " + m_name + ", " + std::to_string(size) + " bytes, is no multiple of " +
+        throw Failure("the size of the disk " + m_name + ", " + std::to_string(size) + " bytes, is not a multiple of " +
                       std::to_string(sector_size));
     m_sectors = size / sector_size;
     m_file.open(file, std::ios::binary | std::ios::in | (m_read_only ? std::ios::openmode() : std::ios::out));

@@ -15,17 +15,17 @@ class DiskImage
 public:
     static constexpr std::uint64_t sector_size = 512;
 
-    /// `name` is for the texts. A file that nobody may write to is opened for reading only.
+    /// `name` is used in error texts. A file that nobody may write is opened for reading only.
     DiskImage(const std::filesystem::path &file, std::string name, bool read_only);
 
     const std::string &Name() const { return m_name; }
     std::uint64_t Sectors() const { return m_sectors; }
 
-    /// Both move all of `count` sectors, or fail. Sectors beyond the image's end are refused.
+    /// Both move all of `count` sectors, or fail. Sectors beyond the end are refused.
     void Read(std::uint64_t start, std::uint64_t count, void *data);
     void Write(std::uint64_t start, std::uint64_t count, const void *data);
 
-    /// Fails when the system does; the file is closed all the same.
+    /// Closes the file, also when it throws.
     void Close();
 
 private:

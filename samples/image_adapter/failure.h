@@ -4,7 +4,7 @@
 
 namespace image_adapter {
 
-/// Why a call of the adapter fails. `what()` is the text that the parent gets, UTF-8.
+/// Why a call of the adapter fails. `what()` is the text for the parent, UTF-8.
 class Failure : public std::runtime_error
 {
 public:

@@ -1,27 +1,27 @@
-/// image_adapter: a small adapter, which serves a directory as if it were a virtual machine host.
+/// image_adapter: a small adapter that serves a directory as if it were a virtual machine host.
 ///
-/// The root is the directory that CreateCredentials gets as its first text; the second one is ignored. In it lie
+/// The root is the directory that CreateCredentials gets as its first text; the second one is ignored. It contains
 ///
-///     hosts/ datacenters/ datastores/ folders/    what ListHosts and so on list: the directories in there
+///     hosts/ datacenters/ datastores/ folders/    the directories that ListHosts and so on list
 ///     machines/NAME/                              a machine: a directory, as ListMachines lists it
 ///     machines/NAME/DISK                          its disks: files of a multiple of 512 bytes
 ///
 /// Each list takes a path below the directory of its kind, and lists the topmost ones for an empty path. ListDataStores
 /// takes it as its first text and ignores the rest. OpenListing takes a path below the root and lists files as well;
-/// listing_opts is ignored. served_root.h tells what the numbers of an item are.
+/// listing_opts is ignored. served_root.h defines the numbers of an item.
 ///
-/// OpenDisk takes the machine, the disk, and whether the disk is only to be read. It wants InitVixDiskLib ahead of it.
-/// The handles' NextItem ends a listing with a success and an empty name.
+/// OpenDisk takes the machine, the disk, and whether the disk is only to be read. InitVixDiskLib must be called first.
+/// NextItem succeeds with an empty name at the end of a listing.
 ///
-/// Text is UTF-8 (on Linux, names are the bytes that they are). Lines are logged with level 1 for each failure, and 2
-/// for what was begun and ended.
+/// Text is UTF-8 (on Linux, names are any bytes). Each failure is logged with level 1; what is opened and closed, with
+/// level 2.
 ///
-/// An adapter needs nothing of kessil but its header, kessil/adapter_interface.h, and has to be built with the compiler
-/// and the C++ library that kessil was built with. By itself this one builds with
+/// An adapter needs only one header of kessil, kessil/adapter_interface.h, and has to be built with the compiler and
+/// the C++ library that kessil was built with. This one is built by itself with
 ///
 ///     cmake -S samples/image_adapter -B /tmp/image_adapter && cmake --build /tmp/image_adapter
 ///
-/// or, without CMake, in its directory, with INCLUDE for where that header's directory kessil lies:
+/// or, without CMake, in its directory, where INCLUDE is the directory with kessil/adapter_interface.h:
 ///
 ///     g++ -std=c++20 -O2 -shared -fPIC -fvisibility=hidden -I INCLUDE
 ///         -o image_tarnlink_windows_x64.dll.so disk_image.cpp image_adapter.cpp is_link_posix.cpp served_root.cpp
@@ -52,7 +52,7 @@ constexpr unsigned char done = 2;
 
 AdapterLoggingCallBack g_log = nullptr;
 bool g_initialised = false;
-std::string g_item_name; ///< of the item that NextItem gave last
+std::string g_item_name; ///< of the item that NextItem returned last
 
 void Log(unsigned char level, const std::string &text)
 {
@@ -60,7 +60,7 @@ void Log(unsigned char level, const std::string &text)
         g_log(text.c_str(), level);
 }
 
-/// Runs the body of an exported function. No exception leaves the library: it becomes a line of the log and a record.
+/// Runs the body of an exported function. An exception becomes a line of the log and a record.
 template <typename Body>
 bool Guarded(VMLib_ErrorInfo **error, Body body)
 {
@@ -77,7 +77,7 @@ bool Guarded(VMLib_ErrorInfo **error, Body body)
 const ServedRoot &Root(const void *credentials)
 {
     if (!credentials)
-        throw Failure("there are no credentials: CreateCredentials comes first, with the directory to serve");
+        throw Failure("there are no credentials: call CreateCredentials first, with the directory to serve");
     return *static_cast<const ServedRoot *>(credentials);
 }
 
@@ -207,7 +207,7 @@ bool OpenDisk(const char *vmPath, const char *diskPath, bool flag, void *credent
 {
     return Guarded(error, [&] {
         if (!g_initialised)
-            throw Failure("InitVixDiskLib comes before OpenDisk");
+            throw Failure("OpenDisk needs InitVixDiskLib first");
         if (*disk)
             throw Failure("a disk is open already: " + Disk(*disk).Name());
         const std::string name = Below(vmPath, diskPath);

@@ -4,7 +4,7 @@
 
 namespace image_adapter {
 
-/// Whether the path's last name is one that leads elsewhere: a symbolic link, or any reparse point.
+/// Whether the path is that of a symbolic link, or of any reparse point.
 bool IsLink(const std::filesystem::path &path);
 
 } // namespace image_adapter

@@ -20,13 +20,13 @@ std::string ToText(const path &some)
     return {text.begin(), text.end()};
 }
 
-/// Whether the system takes the name for one in the directory where it is looked for.
+/// Whether the system takes the name for that of something in its directory.
 bool IsPlainName(const std::string &name)
 {
     if (name.empty() || name == "." || name == "..")
         return false;
-    const bool takes_all_else = path::preferred_separator == '/';
-    return takes_all_else ||
+    const bool any_other_name = path::preferred_separator == '/';
+    return any_other_name ||
            (name.find_first_of("\\:") == std::string::npos && name.back() != '.' && name.back() != ' ');
 }
 
@@ -87,7 +87,7 @@ ServedRoot::ServedRoot(const std::string &directory) : m_name(directory), m_dire
 {
     std::error_code failure;
     if (!std::filesystem::is_directory(m_directory, failure))
-        throw Failure("the root " + directory + " is no directory");
+        throw Failure("the root " + directory + " is not a directory");
 }
 
 path ServedRoot::Place(const std::string &text) const

@@ -8,12 +8,12 @@
 
 namespace image_adapter {
 
-/// The directory that is served as an inventory, and the walls around it. Every call throws Failure.
+/// The directory that is served as an inventory. Every call throws Failure.
 ///
-/// Paths are names with `/` between them, below the root; the empty one is the root. A name that leads elsewhere is
-/// refused: an empty one, `.` and `..`, on Windows everything with a separator, a colon or a dot or space at the end.
-/// Links are neither followed nor listed. (Each name is looked at ahead of its use. That keeps a parent in, but not
-/// someone who may rename things within the root meanwhile.)
+/// Paths are names with `/` between them, below the root; the empty one is the root. A name that leads out of its
+/// directory is refused: an empty one, `.` and `..`, on Windows any with a separator, a colon, or a dot or space at the
+/// end. Links are neither followed nor listed. (Each name is checked before it is used. That confines a parent, but not
+/// somebody who renames things in the root at the same time.)
 class ServedRoot
 {
 public:
@@ -24,11 +24,11 @@ public:
     /// Where `path` is in the file system.
     std::filesystem::path Place(const std::string &path) const;
 
-    /// The directories in `path`, ordered by their names' bytes. Numbers of an item: `item_number` files lie in the
-    /// directory, of `item_value` bytes, and `item_extra` directories.
+    /// The directories in `path`, ordered by their names' bytes. An item's directory contains `item_number` files, of
+    /// `item_value` bytes in all, and `item_extra` directories.
     AdapterListing Directories(const std::string &path) const;
 
-    /// As Directories, and the files, too: of a file, `item_number` is 1, `item_value` its size and `item_extra` -1.
+    /// As Directories, with the files as well: for a file `item_number` is 1, `item_value` its size, `item_extra` -1.
     AdapterListing Everything(const std::string &path) const;
 
 private:

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-/// The directory tree as the operating system gives it, and the walls around it. One implementation for each system.
+/// The directory tree in the file system. One implementation for each operating system.
 namespace vorn_fs {
 
 /// A result code of kessil/data_source.h or vorn_fs.h.
@@ -17,7 +17,7 @@ struct Time
     std::uint32_t nanoseconds = 0;
 };
 
-/// One item of a listing. Where `code` is a failure only the name holds.
+/// One item of a listing. If `code` is a failure, only the name is valid.
 struct Item
 {
     std::string name;
@@ -27,10 +27,10 @@ struct Item
     Code code = 0;
 };
 
-/// A path that keeps to the tree, name by name.
+/// The names of a path, each of them a plain one.
 using Path = std::vector<std::string>;
 
-/// An open directory of the tree. While it exists, what it stands for can't be exchanged for something else.
+/// An open directory of the tree. While it is open, its path can't be made to lead elsewhere.
 struct Folder;
 using FolderPointer = std::shared_ptr<const Folder>;
 
@@ -40,11 +40,11 @@ class Reader
 public:
     virtual ~Reader() = default;
 
-    /// Reads up to `size` bytes, fewer only at the file's end or on failure. `count` tells how many in any case.
+    /// Reads up to `size` bytes, fewer only at the end of the file or on failure. `count` is set in every case.
     virtual Code Read(void *block, std::uint32_t size, std::uint32_t &count) = 0;
 };
 
-/// A file being written, under a temporary name that goes with the object unless Commit succeeded.
+/// A file being written under a temporary name. The destructor removes it unless Commit succeeded.
 class Writer
 {
 public:
@@ -52,17 +52,17 @@ public:
 
     virtual Code Write(const void *block, std::uint32_t size, std::uint32_t &count) = 0;
 
-    /// Gives the file its time, unless null, and its name. The object is then of no more use.
+    /// Gives the file its time, unless null, and its name. Nothing can be written afterwards.
     virtual Code Commit(const Time *modified) = 0;
 };
 
-/// Whether the system could take `name` for anything but a plain name in a directory.
+/// Whether the system takes `name` for that of something in its directory, and for nothing else.
 bool IsPlainName(const std::string &name);
 
 /// Opens the directory that VORN_FS_ROOT names.
 Code OpenRoot(FolderPointer &root);
 
-/// Opens the directory `name` in `parent`. With `create` it is made first if nothing has that name.
+/// Opens the directory `name` in `parent`. With `create` it is made first if it doesn't exist.
 Code OpenFolder(const FolderPointer &parent, const std::string &name, bool create, FolderPointer &folder);
 
 /// All that is in a directory, in the order of the names' bytes.

@@ -148,7 +148,7 @@ private:
     bool m_committed = false;
 };
 
-Item LookAt(int folder, const std::string &name)
+Item ReadItem(int folder, const std::string &name)
 {
     Item item;
     item.name = name;
@@ -194,7 +194,7 @@ Code OpenFolder(const FolderPointer &parent, const std::string &name, bool creat
     }
     if (errno != ENOTDIR && errno != ELOOP)
         return SystemCode();
-    return LookAt(above, name).kind == VORN_KIND_LINK ? VORN_FS_LINK : VORN_FS_NOT_DIRECTORY;
+    return ReadItem(above, name).kind == VORN_KIND_LINK ? VORN_FS_LINK : VORN_FS_NOT_DIRECTORY;
 }
 
 Code List(const Folder &folder, std::vector<Item> &items)
@@ -212,7 +212,7 @@ Code List(const Folder &folder, std::vector<Item> &items)
     errno = 0;
     while (const dirent *entry = readdir(stream)) {
         if (IsPlainName(entry->d_name))
-            items.push_back(LookAt(readable, entry->d_name));
+            items.push_back(ReadItem(readable, entry->d_name));
         errno = 0;
     }
     if (errno != 0)
@@ -232,8 +232,8 @@ Code SetFolderTime(const Folder &folder, const Time &modified)
 Code OpenForReading(const FolderPointer &folder, const std::string &name, std::unique_ptr<Reader> &reader)
 {
     const int above = folder->descriptor.Number();
-    // Looked at first: opening a device can do things, and opening a named pipe can wait for ever.
-    const Item item = LookAt(above, name);
+    // Checked first: opening a device can have effects, and opening a named pipe can block.
+    const Item item = ReadItem(above, name);
     if (item.code != VORN_OK)
         return item.code;
     if (item.kind != VORN_KIND_FILE)
@@ -255,7 +255,7 @@ Code OpenForReading(const FolderPointer &folder, const std::string &name, std::u
 Code OpenForWriting(const FolderPointer &folder, const std::string &name, std::unique_ptr<Writer> &writer)
 {
     static std::atomic<unsigned> counter;
-    const Item there = LookAt(folder->descriptor.Number(), name);
+    const Item there = ReadItem(folder->descriptor.Number(), name);
     if (there.code == VORN_OK && there.kind != VORN_KIND_FILE && there.kind != VORN_KIND_LINK)
         return VORN_FS_NOT_FILE;
 

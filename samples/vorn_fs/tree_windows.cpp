@@ -95,7 +95,7 @@ Code KindOfOpen(HANDLE file, std::uint32_t &kind)
 
 } // namespace
 
-/// Holds its parent, so that the whole way down from the root stays pinned.
+/// Keeps its parent open, so that no directory on its path can be renamed.
 struct Folder
 {
     Folder(FolderPointer above, std::wstring where, HANDLE handle)
@@ -105,7 +105,7 @@ struct Folder
     std::wstring Below(const std::wstring &name) const { return path + L"\\" + name; }
 
     FolderPointer parent;
-    std::wstring path; ///< absolute, in the form that the system takes as it stands
+    std::wstring path; ///< absolute, in the form that the system doesn't interpret
     File file;
 };
 
@@ -186,7 +186,7 @@ private:
     bool m_committed = false;
 };
 
-std::wstring AsItStands(const std::wstring &full)
+std::wstring Uninterpreted(const std::wstring &full)
 {
     if (full.rfind(L"\\\\?\\", 0) == 0)
         return full;
@@ -204,7 +204,7 @@ std::wstring RootPath()
     full.resize(GetFullPathNameW(name.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr));
     while (full.size() > 3 && full.back() == L'\\')
         full.pop_back();
-    return full.empty() ? full : AsItStands(full);
+    return full.empty() ? full : Uninterpreted(full);
 }
 
 Item FromNative(const WIN32_FIND_DATAW &found)
@@ -225,7 +225,7 @@ Code OpenRoot(FolderPointer &root)
     const std::wstring path = RootPath();
     if (path.empty())
         return VORN_FS_NO_ROOT;
-    // The root itself may be reached through a link: whoever names it decides where it lies.
+    // The root itself may be a link: its name is chosen by the user and not by a parent.
     const HANDLE handle = CreateFileW(path.c_str(), FILE_LIST_DIRECTORY, pinned, nullptr, OPEN_EXISTING,
                                       FILE_FLAG_BACKUP_SEMANTICS, nullptr);
     auto opened = std::make_shared<Folder>(nullptr, path, handle);

@@ -136,11 +136,11 @@ std::string TextOf(Code code)
         "no error",
         "no more items",
         "the handle is not open in this session",
-        "the path is not one that this library serves",
+        "the path is not valid",
         "the path leads to or through a link, and links are not followed",
         "not a directory",
         "not a regular file",
-        "the mode is not one that this library knows",
+        "the mode is not supported",
         "the object is not open for that",
         "the time to restore is missing or malformed",
         "VORN_FS_ROOT does not name a directory that can be opened",
@@ -326,7 +326,7 @@ uint32_t VornCloseFile(uint64_t session, uint64_t file)
 
 const char *VornGetErrorText(uint64_t, uint64_t, uint32_t code)
 {
-    // Without a destructor, so that the library can be unloaded while threads that asked live on.
+    // Without a destructor, so that the library can be unloaded while threads that called it still run.
     static thread_local char text[512];
     try {
         std::snprintf(text, sizeof text, "%s", TextOf(code).c_str());

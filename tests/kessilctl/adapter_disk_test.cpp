@@ -37,14 +37,14 @@ protected:
         return arguments;
     }
 
-    /// That neither the file nor a part of it is there.
+    /// Expects that neither the file nor a part of it exists.
     void ExpectNoFile() const
     {
         EXPECT_FALSE(exists(file));
         EXPECT_FALSE(exists(partial));
     }
 
-    /// That the error stream ends with the orderly end of a disk: a failure's line may follow it.
+    /// Expects the log lines of a disk that was closed in order.
     static void ExpectClosed(const Outcome &outcome)
     {
         EXPECT_NE(outcome.err.find("adapter, level 2: closed alpha/disk.img\nadapter, level 2: no more disks\n"),
@@ -81,7 +81,7 @@ TEST_F(AdapterDiskTest, ReadsAPartAndPrintsItsDigest)
     const Outcome outcome = Read({"--start", "1", "--sectors", "1", "--to", file.string()});
     EXPECT_EQ(outcome.exit_code, 0) << outcome.err;
     EXPECT_TRUE(ReadFile(file) == "abc" + std::string(509, '\0'));
-    // As sha256sum tells it.
+    // As sha256sum prints it.
     const std::string digest = "b064446561934ed673ed230b6c0e68ebde7d574bf81288b00ac88ff6e518ade4";
     EXPECT_NE(outcome.out.find("\nsha256 " + digest + "\n"), std::string::npos) << outcome.out;
 }
@@ -128,7 +128,7 @@ TEST_F(AdapterDiskTest, GivesTheResultToScripts)
     EXPECT_FALSE(failed.contains("verified"));
 }
 
-TEST_F(AdapterDiskTest, SaysThatThereIsNoSuchDisk)
+TEST_F(AdapterDiskTest, ReportsThatThereIsNoSuchDisk)
 {
     ExpectError(RunAdapter("read-disk", {"-m", "beta", "-d", "d", "--sectors", "1", "--to", file.string()}), 1,
                 "failed: there is no disk beta/d\n");
@@ -173,12 +173,12 @@ TEST_F(AdapterDiskTest, KeepsAPartialFileThatIsNotItsOwn)
     EXPECT_FALSE(exists(file));
 }
 
-TEST_F(AdapterDiskTest, SaysWhatItCanNotWrite)
+TEST_F(AdapterDiskTest, ReportsWhatItCanNotWrite)
 {
     ExpectError(Read({"--sectors", "1", "--to", (base / "nowhere" / "file").string()}), 7, "file.partial: ");
 }
 
-TEST_F(AdapterDiskTest, WantsWholeSectorsAndAFile)
+TEST_F(AdapterDiskTest, RequiresWholeSectorsAndAFile)
 {
     ExpectError(Write({"--from", file.string()}), 7, "cannot read ");
     WriteFile(file, std::string(513, 'x'));
@@ -193,7 +193,7 @@ TEST_F(AdapterDiskTest, DoesNotWriteBeyondTheEnd)
     EXPECT_TRUE(ReadFile(image) == content);
 }
 
-TEST_F(AdapterDiskTest, EndsAReadingInOrderWhenItIsInterrupted)
+TEST_F(AdapterDiskTest, EndsARunThatReadsInOrderWhenItIsInterrupted)
 {
     const Outcome outcome =
         RunAdapterInterrupted("read-disk 29%", "read-disk", WithDisk({"--sectors", "7003", "--to", file.string()}));
@@ -202,7 +202,7 @@ TEST_F(AdapterDiskTest, EndsAReadingInOrderWhenItIsInterrupted)
     ExpectNoFile();
 }
 
-TEST_F(AdapterDiskTest, EndsAWritingInOrderWhenItIsInterrupted)
+TEST_F(AdapterDiskTest, EndsARunThatWritesInOrderWhenItIsInterrupted)
 {
     WriteFile(file, std::string(sectors_in_image * sector, 'x'));
     const Outcome outcome =
@@ -232,7 +232,7 @@ TEST_F(AdapterDiskTest, LeavesNothingWhenACallHangs)
     ExpectNoFile();
 }
 
-TEST_F(AdapterDiskTest, TellsWhenWhatWasWrittenIsNotReadBack)
+TEST_F(AdapterDiskTest, ReportsThatWhatWasWrittenIsNotReadBack)
 {
     WriteFile(file, std::string(sector, 'x'));
     const std::vector<std::string> arguments = {"-m", "m", "-d", "forgets", "--from", file.string()};
@@ -252,7 +252,7 @@ TEST_F(AdapterDiskTest, LeavesNothingWhenTheDiskDoesNotClose)
     ExpectNoFile();
 }
 
-TEST_F(AdapterDiskTest, PassesTheDiskLibrarysTextsOn)
+TEST_F(AdapterDiskTest, PassesTheDiskLibrarysTexts)
 {
     const Outcome outcome = RunStrangeAdapter("read-disk", {"-m", "m", "-d", "d", "--sectors", "1", "--to",
                                                             file.string(), "--config", "first", "--lib", "second"});

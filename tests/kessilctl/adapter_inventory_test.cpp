@@ -78,12 +78,12 @@ TEST_F(AdapterInventoryTest, PassesTheAdaptersTextOn)
     EXPECT_EQ(result["log"][1]["level"], 1);
 }
 
-TEST_F(AdapterInventoryTest, SaysThatCredentialsAreMissing)
+TEST_F(AdapterInventoryTest, ReportsThatCredentialsAreMissing)
 {
     root = base / "nowhere";
     const Outcome refused = RunAdapter("hosts", {});
     EXPECT_EQ(refused.exit_code, 1);
-    EXPECT_TRUE(Contains(refused.err, "is no directory\n")) << refused.err;
+    EXPECT_TRUE(Contains(refused.err, "is not a directory\n")) << refused.err;
     EXPECT_TRUE(Contains(refused.err, "failed: there are no credentials")) << refused.err;
     const Outcome none =
         RunKessilctlPlain({"adapter", "hosts", "--helper", KESSIL_TEST_HELPER, "--library", KESSIL_TEST_ADAPTER});
@@ -138,7 +138,7 @@ TEST_F(AdapterInventoryTest, SendsThePasswordsInTheirOrder)
     EXPECT_EQ(NextLine(), "the rest");
 }
 
-TEST_F(AdapterInventoryTest, WantsAPasswordThatCanBeRead)
+TEST_F(AdapterInventoryTest, RequiresAPasswordThatCanBeRead)
 {
     SetInput("pw\n");
     const std::vector<std::string> both = {"--logon", "u", "--credentials", "c", "--password-fd", "0"};

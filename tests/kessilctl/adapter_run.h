@@ -4,21 +4,21 @@
 
 namespace kessil::test {
 
-/// Runs the tasks of an adapter, with a real helper. image_adapter serves the directory `root`, of which it is told by
-/// credentials whose password is empty.
+/// Runs the jobs with an adapter, with a real helper. image_adapter serves the directory `root`, which is the first
+/// text of its credentials; the password is empty.
 class AdapterTest : public ScriptedRun
 {
 protected:
     AdapterTest();
 
-    /// A task of `kessilctl adapter`, with image_adapter.
+    /// Runs a job of `kessilctl adapter` with image_adapter.
     Outcome RunAdapter(const std::string &task, const std::vector<std::string> &arguments);
 
     /// The same, interrupted as soon as the error stream has `text`.
     Outcome RunAdapterInterrupted(const std::string &text, const std::string &task,
                                   const std::vector<std::string> &arguments);
 
-    /// A task with the library that misbehaves, without credentials.
+    /// Runs a job with the adapter that misbehaves, without credentials.
     Outcome RunStrangeAdapter(const std::string &task, const std::vector<std::string> &arguments);
 
     std::filesystem::path root;

@@ -82,7 +82,7 @@ TEST_F(BackupTest, LeavesADirectoryAloneThatHasSomethingInIt)
     EXPECT_EQ(ReadTree(backup), (Tree{{"files", "/"}, {"files/file", "old"}}));
 }
 
-TEST_F(BackupTest, SaysWhatItCanNotWrite)
+TEST_F(BackupTest, ReportsWhatItCanNotWrite)
 {
     WriteFile(base / "a file", "");
     const Outcome outcome = RunKessilctl("backup", "vorn_fs", {"--to", (base / "a file" / "backup").string()});

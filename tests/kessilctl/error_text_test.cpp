@@ -57,7 +57,7 @@ TEST_F(ErrorTextTest, HasNoTextWhenTheHelperDies)
 
 TEST_F(ErrorTextTest, NamesAFileThatIsThereByItsFullPath)
 {
-    // A library without messages: the answer is a text of the system's, with the file's name in brackets.
+    // A library without messages: the answer is the system's error text, with the file's name in brackets.
     const std::filesystem::path library = LibraryPath("plain");
     std::filesystem::copy_file(library, base / "a file");
     const Outcome outcome = RunKessilctlPlain({"errtext", "--helper", KESSIL_TEST_HELPER, "a file", "5"});
@@ -66,7 +66,7 @@ TEST_F(ErrorTextTest, NamesAFileThatIsThereByItsFullPath)
     EXPECT_TRUE(outcome.out.ends_with(end)) << outcome.out;
 }
 
-TEST_F(ErrorTextTest, WantsAFileAndANumberOf32Bits)
+TEST_F(ErrorTextTest, RequiresAFileAndANumberOf32Bits)
 {
     for (const std::vector<std::string> &arguments : {std::vector<std::string>{},
                                                       {"m"},

@@ -17,7 +17,7 @@ bool Contains(const std::string &text, const std::string &part)
     return text.find(part) != std::string::npos;
 }
 
-TEST_F(ExitCodeTest, HelpSaysThemAll)
+TEST_F(ExitCodeTest, HelpListsThemAll)
 {
     const Outcome outcome = RunKessilctlPlain({"--help"});
     EXPECT_EQ(outcome.exit_code, 0);
@@ -62,7 +62,7 @@ TEST_F(ExitCodeTest, TheLibrarysOwnFailureIsOneAndHasItsText)
     const Outcome missing = RunKessilctl("ls", "vorn_fs", {"missing"});
     EXPECT_EQ(missing.exit_code, 1);
     EXPECT_EQ(missing.out, "");
-    // The system's words for a name that isn't there, and its code 2.
+    // The system's text for a name that doesn't exist, and its code 2.
     EXPECT_TRUE(Contains(missing.err, "(code 65538)")) << missing.err;
 
     SetVariable("VORN_FS_ROOT", (base / "nowhere").string());
@@ -109,7 +109,7 @@ TEST_F(ExitCodeTest, NotStartedIsSix)
     EXPECT_EQ(missing.exit_code, 6);
     EXPECT_TRUE(Contains(missing.err, "no helper")) << missing.err;
 
-    // A program that ends at once: it takes the arguments of a helper for bad usage.
+    // A program that ends at once: to kessilctl the arguments of a helper are wrong usage.
     EXPECT_EQ(
         RunKessilctlPlain({"ls", "--helper", KESSIL_TEST_KESSILCTL, "--library", LibraryPath("vorn_fs")}).exit_code, 6);
 }

@@ -1,4 +1,4 @@
-// kessilctl where the system keeps no file times and knows no program path.
+// kessilctl on a system that can't set or read file times, and doesn't return the program's path.
 
 #include "kessilctl/console/command_line.h"
 #include "kessilctl/console/local_path.h"
@@ -21,7 +21,7 @@ protected:
     FailingSystem() { fake_file_time = {}; }
 };
 
-TEST_F(FailingSystem, ABackupIsWholeButForTheTimesThatItCouldNotKeep)
+TEST_F(FailingSystem, ABackupIsCompleteButForTheTimesThatItCouldNotSet)
 {
     WriteFile(source / "dir" / "file", "content");
     fake_file_time.write_code = 95;
@@ -66,7 +66,7 @@ TEST(DefaultHelper, StandsBesideTheProgram)
     EXPECT_EQ(DefaultHelper(), kessilctl::ToText(directory / "kessil.exe"));
 }
 
-TEST(DefaultHelper, IsLookedForHereWhereTheSystemDoesNotTell)
+TEST(DefaultHelper, IsInTheWorkingDirectoryWhenTheProgramPathIsUnknown)
 {
     fake_program_path.clear();
     EXPECT_EQ(DefaultHelper(), "kessil");

@@ -14,7 +14,7 @@ using namespace std::chrono_literals;
 using Tree = std::map<std::string, std::string>;
 using kessilctl::Interruption;
 
-/// The orderly stop, as a helper's log tells it.
+/// The helper's log line for the orderly stop.
 constexpr const char *ordered_stop = "Exiting on account of command 1";
 
 class InterruptionTest : public KessilctlTest

@@ -14,7 +14,7 @@
 namespace kessil::test {
 namespace {
 
-/// Collects what is written, and raises the signal once, when a certain text has come.
+/// Collects what is written, and raises a signal once, as soon as it contains a certain text.
 class InterruptingBuffer : public std::stringbuf
 {
 public:

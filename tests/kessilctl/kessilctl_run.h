@@ -10,7 +10,7 @@
 
 namespace kessil::test {
 
-/// What a run of kessilctl left behind.
+/// The result of a run of kessilctl.
 struct Outcome
 {
     int exit_code;
@@ -19,15 +19,14 @@ struct Outcome
 };
 
 /// Runs kessilctl in this process, with a real helper. `library` is the name of one of the hosted libraries; the
-/// arguments that name it and the helper are added. `columns` is the width of the terminal that the run believes in.
+/// arguments that name it and the helper are added. `columns` is the width of the terminal, 0 for none.
 Outcome RunKessilctl(const std::string &task, const std::string &library, const std::vector<std::string> &arguments,
                      unsigned columns = 0);
 
 /// Runs kessilctl with exactly these arguments.
 Outcome RunKessilctlPlain(const std::vector<std::string> &arguments);
 
-/// As RunKessilctl, and raises a signal, that of Ctrl-C unless another is named, as soon as what the run shows on its
-/// error stream contains `text`.
+/// As RunKessilctl, and raises `signal` as soon as the run's error stream contains `text`.
 Outcome RunKessilctlInterrupted(const std::string &text, const std::string &task, const std::string &library,
                                 const std::vector<std::string> &arguments, int signal = SIGINT);
 
@@ -43,17 +42,17 @@ std::map<std::string, std::string> ReadTree(const std::filesystem::path &directo
 void WriteFile(const std::filesystem::path &path, const std::string &content);
 std::string ReadFile(const std::filesystem::path &path);
 
-/// A tree `source` that vorn_fs serves, and room beside it, in a directory that goes with the test.
+/// A temporary directory with a tree `source`, which vorn_fs serves, and the names of its neighbours.
 class KessilctlTest : public testing::Test
 {
 protected:
     KessilctlTest();
     ~KessilctlTest() override;
 
-    /// Backs `source` up into `backup`; the test fails unless that is done.
+    /// Backs `source` up into `backup`. The test fails when that does.
     void BackUp();
 
-    /// Makes vorn_fs serve `directory`, which is made if it isn't there.
+    /// Makes vorn_fs serve `directory`, which is made if it doesn't exist.
     void Serve(const std::filesystem::path &directory);
 
     std::filesystem::path base;

@@ -6,14 +6,14 @@
 namespace kessil::kessilctl {
 namespace {
 
-TEST(LocalPath, GivesTheSameBytesBack)
+TEST(LocalPath, ReturnsTheSameBytes)
 {
     for (const std::string text : {"plain", "\xC3\xBCml\xC3\xA4ut", "\xFF\xFE not UTF-8", "\xED\xA0\x80 lone",
                                    "\xF0\x9F\x97\x84 beyond 16 bits"})
         EXPECT_EQ(ToText(ToPath(text)), text);
 }
 
-TEST(LocalPath, KnowsNamesThatLeadElsewhere)
+TEST(LocalPath, RefusesNamesThatLeadElsewhere)
 {
     using std::string_literals::operator""s;
     for (const std::string &name : {""s, "."s, ".."s, "a/b"s, "/"s, "../x"s, "a\0b"s})

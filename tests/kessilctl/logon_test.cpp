@@ -73,7 +73,7 @@ TEST_F(LogonTest, TakesThePasswordAsUtf8)
     EXPECT_EQ(outcome.exit_code, 0) << outcome.err;
 }
 
-TEST_F(LogonTest, WantsAPasswordThatCanBeRead)
+TEST_F(LogonTest, RequiresAPasswordThatCanBeRead)
 {
     SetInput("");
     const Outcome empty = RunScripted("", "errtext", {"m", "5", "--logon", "u", "--password-fd", "0"});

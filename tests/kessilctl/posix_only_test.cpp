@@ -29,7 +29,7 @@ TEST_F(PosixOnly, Sha256sumAcceptsTheManifest)
     EXPECT_NE(std::system((check + " 2>/dev/null >/dev/null").c_str()), 0);
 }
 
-TEST_F(PosixOnly, BringsStrangeNamesBack)
+TEST_F(PosixOnly, RestoresStrangeNames)
 {
     for (const std::string &name : strange_names)
         WriteFile(source / kessilctl::ToPath(name) / kessilctl::ToPath(name), "of " + name);
@@ -49,7 +49,7 @@ TEST_F(PosixOnly, GivesNamesThatAreNotUtf8AsBytesToo)
     EXPECT_EQ(result["entries"][0]["name_bytes"], (nlohmann::json{255, 'x'}));
 }
 
-TEST_F(PosixOnly, SkipsLinksAndSaysSo)
+TEST_F(PosixOnly, SkipsLinksAndReportsThem)
 {
     WriteFile(source / "file", "x");
     std::filesystem::create_symlink("/etc", source / "link");

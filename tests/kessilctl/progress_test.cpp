@@ -12,7 +12,7 @@ using std::chrono::seconds;
 
 const Progress::Clock::time_point start{};
 
-TEST(Progress, WritesALineNowAndThen)
+TEST(Progress, WritesALineEveryTwoSeconds)
 {
     std::ostringstream stream;
     Console console(stream, stream, 0);
@@ -67,7 +67,7 @@ TEST(Progress, ClearsTheBarAheadOfALineAndAtAnEarlyEnd)
                             "\rbackup 60%,\r           \rtwo\n");
 }
 
-TEST(Progress, GoesByFilesWhereThereAreNoBytes)
+TEST(Progress, CountsFilesWhereThereAreNoBytes)
 {
     std::ostringstream stream;
     Console console(stream, stream, 0);
@@ -76,7 +76,7 @@ TEST(Progress, GoesByFilesWhereThereAreNoBytes)
     EXPECT_EQ(stream.str(), "restore 25%, 1 of 4 files, 0 B, 0:09 left\n");
 }
 
-TEST(Progress, IsWholeWhereThereIsNothing)
+TEST(Progress, IsCompleteWhereThereIsNothing)
 {
     std::ostringstream stream;
     Console console(stream, stream, 0);

@@ -81,7 +81,7 @@ void PseudoTerminal::Send(int signal) const
     EXPECT_EQ(kill(m_program, signal), 0);
 }
 
-bool PseudoTerminal::Shows() const
+bool PseudoTerminal::Echoes() const
 {
     termios state = {};
     EXPECT_EQ(tcgetattr(m_terminal, &state), 0);
@@ -93,7 +93,7 @@ int PseudoTerminal::AwaitEnd()
     const int ended = static_cast<int>(syscall(SYS_pidfd_open, m_program, 0));
     pollfd events[] = {{m_master, POLLIN, 0}, {ended, POLLIN, 0}};
     bool over = false;
-    // What is shown has to be taken away, or the program waits for that.
+    // What the program writes has to be read, or it blocks.
     while (!over) {
         if (poll(events, 2, wait_limit_ms) <= 0) {
             ADD_FAILURE() << "the program doesn't end; shown so far: " << m_shown;

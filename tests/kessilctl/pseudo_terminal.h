@@ -5,7 +5,7 @@
 
 namespace kessil::test {
 
-/// The terminal of a program that is started on it, in a session of its own, and the person in front of it. Linux only.
+/// A program on a terminal of its own, and the user at it. Linux only.
 class PseudoTerminal
 {
 public:
@@ -14,19 +14,19 @@ public:
     PseudoTerminal(const PseudoTerminal &) = delete;
     PseudoTerminal &operator=(const PseudoTerminal &) = delete;
 
-    /// Waits until everything shown so far contains `text`; the test fails when that takes too long.
+    /// Waits until what was shown so far contains `text`. The test fails when that takes too long.
     void Await(const std::string &text);
 
     void Type(const std::string &text) const;
     void Send(int signal) const;
 
-    /// Whether what is typed is shown.
-    bool Shows() const;
+    /// Whether the terminal echoes what is typed.
+    bool Echoes() const;
 
     /// Waits for the program's end. Returns its exit code, or minus the signal that ended it.
     int AwaitEnd();
 
-    /// All that was shown, with the terminal's line ends.
+    /// Everything that the program and the echo wrote, with the terminal's line ends.
     const std::string &Shown() const { return m_shown; }
 
 private:

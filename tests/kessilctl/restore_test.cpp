@@ -22,7 +22,7 @@ protected:
     }
 };
 
-TEST_F(RestoreTest, BringsTheWholeTreeBack)
+TEST_F(RestoreTest, RestoresTheWholeTree)
 {
     std::string large;
     for (unsigned at = 0; at < 3 * 1048576 + 5; ++at)
@@ -48,7 +48,7 @@ TEST_F(RestoreTest, BringsTheWholeTreeBack)
     EXPECT_EQ(outcome.out.rfind("restore: 3 files, 3 directories, 3.1 MB in ", 0), 0u) << outcome.out;
 }
 
-TEST_F(RestoreTest, BringsNamesOfAllAlphabetsBack)
+TEST_F(RestoreTest, RestoresNamesOfAllAlphabets)
 {
     const std::vector<std::string> names = {"\xC3\xBCml\xC3\xA4ut", "\xE6\x97\xA5\xE6\x9C\xAC",
                                             "\xF0\x9F\x97\x84 beyond 16 bits", " leading space"};
@@ -66,7 +66,7 @@ TEST_F(RestoreTest, BringsNamesOfAllAlphabetsBack)
               std::string::npos);
 }
 
-TEST_F(RestoreTest, WritesOverWhatIsThereAndLeavesTheRest)
+TEST_F(RestoreTest, OverwritesWhatExistsAndLeavesTheRest)
 {
     WriteFile(source / "file", "from the backup");
     BackUp();
@@ -120,7 +120,7 @@ TEST_F(RestoreTest, ReportsWhatTheBackupLacksAndWhatItHasBesides)
     EXPECT_EQ(ReadTree(target), (Tree{{"kept", "x"}}));
 }
 
-TEST_F(RestoreTest, WantsAWholeBackup)
+TEST_F(RestoreTest, RequiresACompleteBackup)
 {
     const Outcome outcome = RestoreTo(target);
     EXPECT_EQ(outcome.exit_code, 7);

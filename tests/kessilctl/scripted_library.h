@@ -7,7 +7,8 @@
 
 namespace kessil::test {
 
-/// The hosted library vorn_recorder, told what to answer. A line is one call, as tests/targets/script.h has it.
+/// The hosted library vorn_recorder with a script of its results. One line is one call; tests/targets/script.h has the
+/// form.
 class ScriptedLibrary : public KessilctlTest
 {
 protected:

@@ -17,7 +17,7 @@ protected:
     /// Runs kessilctl with a helper that connects and then does what `script` says.
     Outcome RunScripted(const std::string &script, const std::string &task, const std::vector<std::string> &arguments);
 
-    /// Puts this text where the standard input of this process and of its children comes from.
+    /// Makes this text the standard input of this process and of its children.
     void SetInput(const std::string &text);
 
     /// Reads the next line of the standard input.
@@ -27,7 +27,7 @@ private:
     std::filesystem::path m_directory_before;
 };
 
-/// What a helper is asked at the orderly stop.
+/// The request of the orderly stop.
 inline const std::string stop = "expect 66 01\n";
 
 inline const std::string success = "send 53 00000000\n";

@@ -1,6 +1,6 @@
-/// An adapter that does what no adapter should. The name of the disk says what: `dies` and `hangs` do so in the first
-/// call that works on the second MiB, `forgets` takes sectors and reads zeros, `stays open` refuses to be closed.
-/// It has no error texts, and names that a terminal had better not see.
+/// An adapter that misbehaves. The name of the disk selects how: `dies` and `hangs` do so in the first call on the
+/// second MiB, `forgets` accepts sectors and reads zeros, `stays open` fails to close. It has no error texts, and its
+/// names contain control characters.
 
 #include <kessil/adapter_interface.h>
 

@@ -105,7 +105,7 @@ TEST_F(StrangeLibraryTest, IsNotBelievedWhenItCountsMoreThanFits)
     EXPECT_FALSE(std::filesystem::exists(backup / "partial"));
 }
 
-TEST_F(StrangeLibraryTest, IsToldWhenItTakesLessThanItSays)
+TEST_F(StrangeLibraryTest, IsReportedWhenItTakesLessThanItWasGiven)
 {
     WriteFile(source / "file", "abc");
     BackUp();

@@ -30,31 +30,31 @@ TEST_F(TerminalTest, APasswordIsAskedForAndNotShown)
 {
     PseudoTerminal terminal(AskingKessilctl());
     terminal.Await(prompt);
-    EXPECT_FALSE(terminal.Shows());
+    EXPECT_FALSE(terminal.Echoes());
     terminal.Type("pX\x7Fw\n");
     EXPECT_EQ(terminal.AwaitEnd(), 0);
     EXPECT_EQ(terminal.Shown(), std::string(prompt) + "\r\ntoo\r\n");
-    EXPECT_TRUE(terminal.Shows());
+    EXPECT_TRUE(terminal.Echoes());
 }
 
-TEST_F(TerminalTest, CtrlCAtThePasswordEndsTheRunAndTheTerminalShowsAgain)
+TEST_F(TerminalTest, CtrlCAtThePasswordEndsTheRunAndRestoresTheEcho)
 {
     PseudoTerminal terminal(AskingKessilctl());
     terminal.Await(prompt);
     terminal.Type("p\x03");
     EXPECT_EQ(terminal.AwaitEnd(), 130);
     EXPECT_EQ(terminal.Shown(), std::string(prompt) + "\r\nkessilctl: interrupted\r\n");
-    EXPECT_TRUE(terminal.Shows());
+    EXPECT_TRUE(terminal.Echoes());
 }
 
-TEST_F(TerminalTest, SignalsAtThePasswordEndTheRunAndTheTerminalShowsAgain)
+TEST_F(TerminalTest, SignalsAtThePasswordEndTheRunAndRestoreTheEcho)
 {
     for (const int signal : {SIGTERM, SIGHUP, SIGQUIT}) {
         PseudoTerminal terminal(AskingKessilctl());
         terminal.Await(prompt);
         terminal.Send(signal);
         EXPECT_EQ(terminal.AwaitEnd(), 130) << signal;
-        EXPECT_TRUE(terminal.Shows());
+        EXPECT_TRUE(terminal.Echoes());
     }
 }
 
@@ -64,7 +64,7 @@ TEST_F(TerminalTest, CtrlZAtThePasswordStopsNothing)
     terminal.Await(prompt);
     terminal.Type("\x1A\x15pw\n");
     EXPECT_EQ(terminal.AwaitEnd(), 0);
-    EXPECT_TRUE(terminal.Shows());
+    EXPECT_TRUE(terminal.Echoes());
 }
 
 TEST_F(TerminalTest, TheEndOfTheInputIsNoPassword)
@@ -73,7 +73,7 @@ TEST_F(TerminalTest, TheEndOfTheInputIsNoPassword)
     terminal.Await(prompt);
     terminal.Type("\x04");
     EXPECT_EQ(terminal.AwaitEnd(), 7);
-    EXPECT_TRUE(terminal.Shows());
+    EXPECT_TRUE(terminal.Echoes());
 }
 
 // The terminal interrupts kessilctl and not the helper: the call is answered, and the helper stops in order.

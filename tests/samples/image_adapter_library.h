@@ -48,10 +48,10 @@ protected:
     void WriteBelow(const std::filesystem::path &path, const std::string &content);
     std::string ReadBelow(const std::filesystem::path &path);
 
-    /// The text of the failure that a call left, which is taken from it; empty when it left none.
+    /// Returns the text of the failure that a call reported, and frees its record; empty when it reported none.
     std::string TakeError();
 
-    /// The items of a listing that a call gave, which is freed; the test fails when it gave none.
+    /// Returns the items of the listing that a call made, and frees it. The test fails when there is none.
     std::vector<Item> Take(bool yes);
     std::vector<Item> Everything(const std::string &path);
 

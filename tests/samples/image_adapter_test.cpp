@@ -13,7 +13,7 @@ const std::string c(512, 'c');
 
 } // namespace
 
-TEST_F(ImageAdapter, TellsItsVersion)
+TEST_F(ImageAdapter, ReturnsItsVersion)
 {
     EXPECT_STREQ(adapter.GetLibraryVersion(), "image_adapter 1.0");
 }
@@ -52,7 +52,7 @@ TEST_F(ImageAdapter, ListsFilesToo)
     EXPECT_EQ(Everything("hosts"), Items());
 }
 
-TEST_F(ImageAdapter, GivesTheItemsOneByOne)
+TEST_F(ImageAdapter, ReturnsTheItemsOneByOne)
 {
     WriteBelow("hosts/first/file", "123");
     std::filesystem::create_directory(root / "hosts" / "second");
@@ -89,15 +89,15 @@ TEST_F(ImageAdapter, KeepsToItsRoot)
     EXPECT_EQ(RefusalToOpen("../m/disk.img"), "the path machines/m/../m/disk.img does not keep to the root");
 }
 
-TEST_F(ImageAdapter, SaysWhenTheRootIsNone)
+TEST_F(ImageAdapter, RefusesARootThatIsNoDirectory)
 {
     const std::string nowhere = (base / "nowhere").string();
     void *other = nullptr;
     EXPECT_FALSE(adapter.CreateCredentials(nowhere.c_str(), "", &other, &error));
-    EXPECT_EQ(TakeError(), "the root " + nowhere + " is no directory");
+    EXPECT_EQ(TakeError(), "the root " + nowhere + " is not a directory");
     EXPECT_EQ(other, nullptr);
     EXPECT_FALSE(adapter.ListHosts("", nullptr, &listing, &error));
-    EXPECT_EQ(TakeError(), "there are no credentials: CreateCredentials comes first, with the directory to serve");
+    EXPECT_EQ(TakeError(), "there are no credentials: call CreateCredentials first, with the directory to serve");
 }
 
 TEST_F(ImageAdapter, TakesNewCredentialsInPlaceOfOlderOnes)
@@ -125,7 +125,7 @@ TEST_F(ImageAdapter, ReadsAndWritesSectors)
     EXPECT_EQ(ReadBelow("machines/m/disk.img"), a + c + a);
 }
 
-TEST_F(ImageAdapter, RefusesSectorsBeyondTheEndAndGoesOn)
+TEST_F(ImageAdapter, RefusesSectorsBeyondTheEndAndContinues)
 {
     WriteBelow("machines/m/disk.img", a + b + c);
     Open("disk.img", false);
@@ -143,14 +143,14 @@ TEST_F(ImageAdapter, RefusesSectorsBeyondTheEndAndGoesOn)
     EXPECT_EQ(Read(0, 3), a + b + c);
 }
 
-TEST_F(ImageAdapter, SaysWhenTheImageBecameShorter)
+TEST_F(ImageAdapter, FailsWhenTheImageBecameShorter)
 {
     WriteBelow("machines/m/disk.img", a + b + c);
     Open("disk.img", true);
     WriteBelow("machines/m/disk.img", a);
     std::string data(1024, 'x');
     EXPECT_FALSE(adapter.ReadSectors(disk, 1, 2, data.data(), &error));
-    EXPECT_EQ(TakeError(), "cannot read the disk m/disk.img: the file is shorter than it was");
+    EXPECT_EQ(TakeError(), "cannot read the disk m/disk.img: the file became shorter");
     EXPECT_EQ(Read(0, 1), a);
 }
 
@@ -178,7 +178,7 @@ TEST_F(ImageAdapter, OpensOnlyWhatIsADisk)
     WriteBelow("machines/m/odd.img", a + "x");
     WriteBelow("machines/m/dir/x", "");
     WriteBelow("machines/m/disk.img", a);
-    EXPECT_EQ(RefusalToOpen("odd.img"), "the size of the disk m/odd.img, 513 bytes, is no multiple of 512");
+    EXPECT_EQ(RefusalToOpen("odd.img"), "the size of the disk m/odd.img, 513 bytes, is not a multiple of 512");
     EXPECT_EQ(RefusalToOpen("dir"), "there is no disk m/dir");
     EXPECT_EQ(RefusalToOpen("missing"), "there is no disk m/missing");
     EXPECT_EQ(RefusalToOpen(""), "there is no disk m");
@@ -187,10 +187,10 @@ TEST_F(ImageAdapter, OpensOnlyWhatIsADisk)
     EXPECT_EQ(Read(0, 1), a);
     ASSERT_TRUE(adapter.CloseDisk(&disk, &error));
     adapter.ExitVixDiskLib();
-    EXPECT_EQ(RefusalToOpen("disk.img"), "InitVixDiskLib comes before OpenDisk");
+    EXPECT_EQ(RefusalToOpen("disk.img"), "OpenDisk needs InitVixDiskLib first");
 }
 
-TEST_F(ImageAdapter, BearsThatNothingIsOpen)
+TEST_F(ImageAdapter, AcceptsThatNothingIsOpen)
 {
     std::string data(512, 'x');
     EXPECT_FALSE(adapter.ReadSectors(nullptr, 0, 1, data.data(), &error));

@@ -18,7 +18,7 @@ struct ListedItem
     std::uint32_t nanoseconds;
 };
 
-/// The library's functions, their types spelled as a host spells them.
+/// The library's functions, with types of their own and not those of the library's header.
 struct VornFunctions
 {
     std::uint32_t (*GetLibApiVersion)();
@@ -50,7 +50,7 @@ protected:
     void WriteBelow(const std::filesystem::path &path, const std::string &content);
     std::string ReadBelow(const std::filesystem::path &path);
 
-    /// The listing of a directory; a failure of the test when the library reports one.
+    /// The listing of a directory. The test fails when the library reports a failure.
     std::vector<ListedItem> ListAll(const std::string &path);
     std::vector<std::string> Names(const std::string &path);
 

@@ -77,7 +77,7 @@ TEST_F(VornFs, ReplacesALinkAndNotWhatItLeadsTo)
     EXPECT_TRUE(std::filesystem::is_empty(outside));
 }
 
-TEST_F(VornFs, KeepsToADirectoryThatWasExchangedForALink)
+TEST_F(VornFs, StaysInADirectoryThatWasReplacedByALink)
 {
     WriteBelow("dir/file", "inside");
     std::uint32_t code = 0;

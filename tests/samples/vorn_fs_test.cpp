@@ -17,7 +17,7 @@ constexpr std::uint32_t time_nanoseconds = 700;
 
 } // namespace
 
-TEST_F(VornFs, TellsItsVersionAndType)
+TEST_F(VornFs, ReturnsItsVersionAndType)
 {
     EXPECT_EQ(vorn.GetLibApiVersion(), 2u);
     EXPECT_EQ(vorn.GetBackupType(), 1u);
@@ -128,7 +128,7 @@ TEST_F(VornFs, CarriesTheTimeOfAFileAndOfADirectory)
     EXPECT_EQ(ReadBelow("file"), "abc");
 }
 
-TEST_F(VornFs, WantsTheTimeFirstAndWhole)
+TEST_F(VornFs, RequiresTheTimeFirstAndWhole)
 {
     std::uint32_t code = 0;
     std::uint32_t count = 77;
@@ -165,7 +165,7 @@ TEST_F(VornFs, NeverLeavesTheDirectoryByAPath)
     EXPECT_EQ(Names(""), (Strings{"dir", "plain"}));
 }
 
-TEST_F(VornFs, TellsWhatIsInTheWay)
+TEST_F(VornFs, ReportsWhatIsInTheWay)
 {
     WriteBelow("dir/file", "inside");
     EXPECT_EQ(OpenCode("dir/file/below", 1), 5u);
@@ -183,14 +183,14 @@ TEST_F(VornFs, TellsWhatIsInTheWay)
     EXPECT_EQ(vorn.OpenDir(session, dir, "dir"), 8u);
 }
 
-TEST_F(VornFs, KnowsItsModes)
+TEST_F(VornFs, RefusesOtherModes)
 {
     WriteBelow("file", "x");
     for (const std::uint32_t mode : {0u, 3u, 5u, 6u, 7u, 8u, 9u, 14u, 16u, 18u, 0x80000001u})
         EXPECT_EQ(OpenCode("file", mode), 7u) << mode;
 }
 
-TEST_F(VornFs, WantsEverythingInItsState)
+TEST_F(VornFs, RefusesCallsInAnotherState)
 {
     WriteBelow("file", "x");
     char byte = 0;
@@ -276,11 +276,11 @@ TEST_F(VornFs, HasATextForEveryCode)
     EXPECT_STREQ(vorn.GetErrorText(session, 0, 4), "the path leads to or through a link, and links are not followed");
 }
 
-TEST_F(VornFs, GivesEachThreadATextOfItsOwn)
+TEST_F(VornFs, KeepsATextForEachThread)
 {
     const char *const mine = vorn.GetErrorText(session, 0, 6);
     std::thread([this] {
-        EXPECT_STREQ(vorn.GetErrorText(session, 0, 7), "the mode is not one that this library knows");
+        EXPECT_STREQ(vorn.GetErrorText(session, 0, 7), "the mode is not supported");
     }).join();
     EXPECT_STREQ(mine, "not a regular file");
 }
