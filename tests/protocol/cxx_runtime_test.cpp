@@ -35,7 +35,7 @@ TEST_P(NeededLibrary, IsReleasedWithTheOneThatNeedsIt)
     talk.Load(library.u16string());
     talk.Call("GetBackupType");
     section.Expect(0, Hex("00000002"));
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
     talk.ExpectClosed();
     EXPECT_EQ(recorder.Lines(), "old attach\nold call\nold detach\nnew attach\nnew call\nnew detach\n");
 }
@@ -54,7 +54,7 @@ TEST(CxxRuntime, IsLoadedForALibraryThatNeedsItAndNoOther)
     EXPECT_EQ(HasCxxRuntime(talk), !sanitizers.empty());
     talk.Load(TargetLibrary("inline_code_new"));
     EXPECT_TRUE(HasCxxRuntime(talk));
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
 }
 
 } // namespace

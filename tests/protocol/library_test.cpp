@@ -139,7 +139,7 @@ TEST(Reload, OfAnotherVersionRunsItsCode)
     talk.Load(file.u16string());
     talk.Call("GetBackupType");
     section.Expect(0, Hex("00000002"));
-    talk.Send(orderly_stop);
+    talk.Send(OrderlyStop());
     // The libraries are released ahead of the end of the pipe.
     talk.ExpectClosed();
     EXPECT_EQ(recorder.Lines(), "old attach\nold call\nold detach\nnew attach\nnew call\nnew detach\n");
