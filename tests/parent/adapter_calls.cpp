@@ -71,7 +71,7 @@ std::vector<AdapterCall> Inventory()
                  BackupOptions options{};
                  return adapter.CreateBackupOptions({true, false, true, false, true}, "a\0"s, options);
              },
-         .fenced = true},
+         .has_sentinel = true},
         {.name = "OpenListing",
          .request = "66 05 00000001 70 01020304",
          .yes = long_listing,
@@ -184,7 +184,7 @@ std::vector<AdapterCall> Restore()
                  RestoreSession session{};
                  return adapter.PrepareVMRestore("p", 0x80000001, "n\0d"s, session);
              },
-         .fenced = true},
+         .has_sentinel = true},
         {.name = "PrepareVMRestoreIncremental",
          .request = "66 20 00000001 70 80000001 00000003 6E0064",
          .yes = "00000007",
@@ -194,13 +194,13 @@ std::vector<AdapterCall> Restore()
                  RestoreSession session{};
                  return adapter.PrepareVMRestoreIncremental("p", 0x80000001, "n\0d"s, session);
              },
-         .fenced = true},
+         .has_sentinel = true},
         {.name = "SetOverrideValue",
          .request = "66 10 00000005 00000001 6B 00000001 76",
          .yes = "00000005",
          .no = text_alone,
          .make = [](Adapter &adapter) { return adapter.SetOverrideValue(RestoreSession{5}, "k", "v"); },
-         .fenced = true},
+         .has_sentinel = true},
         {.name = "AddFolder",
          .request = "66 1A 00000002 00000002 7071",
          .yes = status_yes,
@@ -215,7 +215,7 @@ std::vector<AdapterCall> Restore()
                  RestoreFile file{};
                  return adapter.OpenRestoreFile(RestoreSession{5}, "p", file);
              },
-         .fenced = true},
+         .has_sentinel = true},
         {.name = "OpenRestoreFileIncremental",
          .request = "66 28 00000005 00000001 70 00000006",
          .yes = "00000007",
@@ -225,7 +225,7 @@ std::vector<AdapterCall> Restore()
                  RestoreFile file{};
                  return adapter.OpenRestoreFileIncremental(RestoreSession{5}, "p", 6, file);
              },
-         .fenced = true},
+         .has_sentinel = true},
         {.name = "WriteRestoreFile",
          .request = "66 15 00000005 00000004 44415441",
          .yes = status_yes,

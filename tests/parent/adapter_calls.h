@@ -16,8 +16,8 @@ struct AdapterCall
     std::string yes;     ///< behind the log block
     std::string no;      ///< likewise, with the text "bad"; empty for a command that has none
     std::function<Answer(Adapter &)> make;
-    bool logs = true;    ///< whether the answer has a log block
-    bool fenced = false; ///< whether a request whose answer is known is sent behind it
+    bool logs = true;          ///< whether the answer has a log block
+    bool has_sentinel = false; ///< whether a request whose answer is known is sent behind it
 };
 
 const std::vector<AdapterCall> &AdapterCalls();

@@ -18,7 +18,7 @@ using testing::Pair;
 using testing::StartsWith;
 
 /// What ends the log block, and all of it when there are no lines.
-const std::string quiet = "FFFFFC19 ";
+const std::string empty_log = "FFFFFC19 ";
 
 /// A line "ab" of level 5.
 const std::string line = "FFFFFF9D 00000002 6162 00000005 ";
@@ -26,7 +26,7 @@ const std::string line = "FFFFFF9D 00000002 6162 00000005 ";
 const std::string refused = "send FFFFFFFF\n";
 
 /// The answer to the request that is sent behind some calls.
-const std::string fence = " 45 0000000E FFFFFFFF NUMBER 6E00 6F00 0000\n";
+const std::string sentinel = " 45 0000000E FFFFFFFF NUMBER 6E00 6F00 0000\n";
 
 std::string Joined(std::initializer_list<std::string_view> parts)
 {
@@ -38,12 +38,12 @@ std::string Joined(std::initializer_list<std::string_view> parts)
 
 std::string Expect(const AdapterCall &call)
 {
-    return "expect " + call.request + (call.fenced ? "\nfence\n" : "\n");
+    return "expect " + call.request + (call.has_sentinel ? "\nsentinel\n" : "\n");
 }
 
 std::string Exchange(const AdapterCall &call, const std::string &log, const std::string &answer)
 {
-    const std::string sent = (call.logs ? log : "") + answer + (call.fenced ? fence : "\n");
+    const std::string sent = (call.logs ? log : "") + answer + (call.has_sentinel ? sentinel : "\n");
     return Expect(call) + (sent == "\n" ? "" : "send " + sent);
 }
 
@@ -80,7 +80,7 @@ TEST_F(AdapterTest, EachCommandHasItsBytesAndItsYes)
 {
     std::string script;
     for (const AdapterCall &call : AdapterCalls())
-        script += Exchange(call, quiet, call.yes);
+        script += Exchange(call, empty_log, call.yes);
     Host(script + stop);
     for (const AdapterCall &call : AdapterCalls()) {
         const Answer answer = call.make(*adapter);
@@ -97,7 +97,7 @@ TEST_F(AdapterTest, EachNoComesWithTheAdaptersText)
 {
     std::string script;
     for (const AdapterCall &call : AdapterCalls())
-        script += call.no.empty() ? "" : Exchange(call, quiet, call.no);
+        script += call.no.empty() ? "" : Exchange(call, empty_log, call.no);
     Host(script + stop);
     for (const AdapterCall &call : AdapterCalls()) {
         if (call.no.empty())
@@ -118,7 +118,7 @@ TEST_F(AdapterTest, LogLinesComeBeforeEachAnswer)
     std::string script;
     std::size_t lines = 0;
     for (const AdapterCall &call : AdapterCalls()) {
-        script += Exchange(call, Joined({line, "FFFFFF9D 00000000 000000FF ", quiet}), call.yes);
+        script += Exchange(call, Joined({line, "FFFFFF9D 00000000 000000FF ", empty_log}), call.yes);
         lines += call.logs ? 2 : 0;
     }
     Host(script + stop);
@@ -138,14 +138,14 @@ TEST_F(AdapterTest, LogLinesComeBeforeEachAnswer)
 TEST_F(AdapterTest, LogLinesNeedNobodyToTakeThem)
 {
     adapter_options.on_log = {};
-    Host("expect 66 38\nsend " + line + quiet + "00000001\n" + stop);
+    Host("expect 66 38\nsend " + line + empty_log + "00000001\n" + stop);
     EXPECT_TRUE(adapter->CloseDisk());
     ExpectGoodEnd();
 }
 
 TEST_F(AdapterTest, BytesThatDribble)
 {
-    Host("expect 66 24 00000001 70\ndribble " + line + quiet + "00000001 00000001 78 0000000000000102 FFFFFFFE\n" +
+    Host("expect 66 24 00000001 70\ndribble " + line + empty_log + "00000001 00000001 78 0000000000000102 FFFFFFFE\n" +
          stop);
     std::vector<AdapterItem> items;
     const Answer answer = adapter->ListDatacenters("p", items);
@@ -156,9 +156,9 @@ TEST_F(AdapterTest, BytesThatDribble)
 
 TEST_F(AdapterTest, ListingsReplaceWhatWasThere)
 {
-    Host("expect 66 25 00000000\nsend " + quiet + "00000002 00000000 FFFFFFFFFFFFFFFF 7FFFFFFF\n" +
-         "send 00000002 E400 0000000000000000 80000000\n" + "expect 66 26 00000000\nsend " + quiet +
-         "00000001 00000001 78 0000000000000001 00000002 FFFFFFFD\n" + "expect 66 27 00000000\nsend " + quiet +
+    Host("expect 66 25 00000000\nsend " + empty_log + "00000002 00000000 FFFFFFFFFFFFFFFF 7FFFFFFF\n" +
+         "send 00000002 E400 0000000000000000 80000000\n" + "expect 66 26 00000000\nsend " + empty_log +
+         "00000001 00000001 78 0000000000000001 00000002 FFFFFFFD\n" + "expect 66 27 00000000\nsend " + empty_log +
          "00000000\n" + stop);
     std::vector<AdapterItem> items = {{"before", 1, 1, 1}};
     EXPECT_TRUE(adapter->ListHosts("", items));
@@ -175,10 +175,10 @@ TEST_F(AdapterTest, ValuesComeBack)
 {
     Host("expect 66 7F\nsend 00000003 312E32\n"
          "expect 66 31 00000000 00000000 00000000 00000000 00000000 00000000\nsend " +
-         quiet + "FFFFFFFF 00000000 01020304\n" + "expect 66 2C 00000000\nsend " + quiet +
+         empty_log + "FFFFFFFF 00000000 01020304\n" + "expect 66 2C 00000000\nsend " + empty_log +
          "00000001 00000001 00000001 78 0000000000000001 00000002 00000003 00000009\n" +
-         "expect 66 2D FFFFFFFF 00000000 00000000\nsend " + quiet + "00000001 FFFFFFFB\n" +
-         "expect 66 06 00000000 00000004\nsend " + quiet + "7FFFFFFF\n" + stop);
+         "expect 66 2D FFFFFFFF 00000000 00000000\nsend " + empty_log + "00000001 FFFFFFFB\n" +
+         "expect 66 06 00000000 00000004\nsend " + empty_log + "7FFFFFFF\n" + stop);
     std::string version;
     EXPECT_TRUE(adapter->GetLibraryVersion(version));
     EXPECT_EQ(version, "1.2");
@@ -202,7 +202,7 @@ TEST_F(AdapterTest, ValuesComeBack)
 
 TEST_F(AdapterTest, TextThatIsNotUtf8IsShownAndKept)
 {
-    Host("expect 66 38\nsend " + quiet + "FFFFFFFF 00000007 C3A4 20 E4 21 0D0A\n" + stop);
+    Host("expect 66 38\nsend " + empty_log + "FFFFFFFF 00000007 C3A4 20 E4 21 0D0A\n" + stop);
     const Answer answer = adapter->CloseDisk();
     EXPECT_EQ(answer.error, "\xC3\xA4 \xE4!\r\n");
     EXPECT_EQ(answer.message, "CloseDisk (command 56) of library a failed: \xC3\xA4 ?!");
@@ -214,7 +214,7 @@ TEST_F(AdapterTest, TextsAreSentUpTo1024Bytes)
     std::string expected;
     for (int i = 0; i < 1024; ++i)
         expected += "70";
-    Host("expect 66 1A 00000400 00000400 " + expected + "\nsend " + quiet + "00000001\n" + stop);
+    Host("expect 66 1A 00000400 00000400 " + expected + "\nsend " + empty_log + "00000001\n" + stop);
     EXPECT_TRUE(adapter->AddFolder(std::string(1024, 'p')));
     const Answer answer = adapter->AddFolder(std::string(1025, 'p'));
     EXPECT_EQ(answer.result.outcome, Outcome::NotSent);
@@ -317,7 +317,7 @@ TEST_F(AdapterTest, ARefusedLoadTellsTheLog)
 
 TEST_F(AdapterTest, CallsAreSaidToGoToTheNameThatSortsFirst)
 {
-    const std::string no = "expect 66 38\nsend " + quiet + "FFFFFFFF 00000000\n";
+    const std::string no = "expect 66 38\nsend " + empty_log + "FFFFFFFF 00000000\n";
     Host("expect 6C 00000001 42\nsend 00000001\n" + no + "expect 6C 00000001 42\nsend FFFFFFFF\n" + no + stop);
     EXPECT_TRUE(adapter->Load(u"B"));
     EXPECT_THAT(adapter->CloseDisk().message, HasSubstr(" of library B failed"));
@@ -341,8 +341,8 @@ TEST_F(AdapterTest, LoadAnswersThatAreNone)
 
 TEST_F(AdapterTest, ARefusalWithoutArgumentsLeavesTheHelperServing)
 {
-    Host("expect 66 38\nlog func_ptr==NULL\n" + refused + "expect 66 7F\n" + refused + "expect 66 38\nsend " + quiet +
-         "00000001\n" + stop);
+    Host("expect 66 38\nlog func_ptr==NULL\n" + refused + "expect 66 7F\n" + refused + "expect 66 38\nsend " +
+         empty_log + "00000001\n" + stop);
     const Answer answer = adapter->CloseDisk();
     EXPECT_EQ(answer.result.outcome, Outcome::Refused);
     EXPECT_FALSE(answer.okay);
@@ -416,9 +416,9 @@ TEST_F(AdapterTest, TheLibrarysInitializationIsRefusedOrFails)
 TEST_F(AdapterTest, SectorsComeStraightFromThePipe)
 {
     constexpr std::size_t size = 1 << 20;
-    Host("expect 66 39 7FFFFFFFFFFFFFFF 0000000000000800 00000000\nsend " + line + quiet +
+    Host("expect 66 39 7FFFFFFFFFFFFFFF 0000000000000800 00000000\nsend " + line + empty_log +
          "00100000\nsend_fill 1048575 5A\nsend 5B\n" +
-         "expect 66 39 0000000000000000 0000000000000000 00000000\nsend " + quiet + "00000000\n" + stop);
+         "expect 66 39 0000000000000000 0000000000000000 00000000\nsend " + empty_log + "00000000\n" + stop);
     std::vector<std::byte> data(size + 1, std::byte{1});
     const Answer answer = adapter->ReadSectors(0x7FFFFFFFFFFFFFFF, std::span(data).first(size));
     EXPECT_TRUE(answer) << answer.message;
@@ -432,8 +432,8 @@ TEST_F(AdapterTest, SectorsComeStraightFromThePipe)
 
 TEST_F(AdapterTest, SectorsAreSentFromWhereTheyLie)
 {
-    Host("expect 66 3A 0000000000000001 0000000000000800 00100000\nexpect_fill 1048576 A5\nsend " + quiet +
-         "00000001\nexpect 66 3A 0000000000000000 0000000000000000 00000000\nsend " + quiet + "00000001\n" + stop);
+    Host("expect 66 3A 0000000000000001 0000000000000800 00100000\nexpect_fill 1048576 A5\nsend " + empty_log +
+         "00000001\nexpect 66 3A 0000000000000000 0000000000000000 00000000\nsend " + empty_log + "00000001\n" + stop);
     const std::vector<std::byte> data(1 << 20, std::byte{0xA5});
     const Answer answer = adapter->WriteSectors(1, data);
     EXPECT_TRUE(answer) << answer.message;
@@ -444,7 +444,7 @@ TEST_F(AdapterTest, SectorsAreSentFromWhereTheyLie)
 TEST_F(AdapterTest, SectorsOfAnotherSizeAreTold)
 {
     for (const std::string size : {"00000000", "000001FF", "00000400", "FFFFFFFE"}) {
-        Host(Joined({"expect 66 39 0000000000000000 0000000000000001 00000000\nsend ", quiet, size, "\nhang\n"}));
+        Host(Joined({"expect 66 39 0000000000000000 0000000000000001 00000000\nsend ", empty_log, size, "\nhang\n"}));
         std::byte sector[512] = {};
         const Answer answer = adapter->ReadSectors(0, sector);
         EXPECT_EQ(answer.result.outcome, Outcome::BrokenProtocol);
@@ -461,7 +461,7 @@ protected:
     /// What OpenRestoreFile makes of this answer.
     Answer Open(const std::string &answer, const std::string &end = stop)
     {
-        Host("expect 66 13 00000000 00000001 70\nfence\nsend " + quiet + answer + '\n' + end);
+        Host("expect 66 13 00000000 00000001 70\nsentinel\nsend " + empty_log + answer + '\n' + end);
         return adapter->OpenRestoreFile(RestoreSession{0}, "p", file);
     }
 
@@ -490,15 +490,15 @@ protected:
 
 TEST_F(FenceTest, AHandle)
 {
-    ExpectFile("00000003" + fence, 3);
-    ExpectFile("7FFFFFFF" + fence, 0x7FFFFFFF);
+    ExpectFile("00000003" + sentinel, 3);
+    ExpectFile("7FFFFFFF" + sentinel, 0x7FFFFFFF);
     // A lookup may well have an empty text for an answer, or a long one.
     ExpectFile("00000003 45 0000000A FFFFFFFF NUMBER 0000", 3);
 }
 
 TEST_F(FenceTest, HandleZeroAndNoTextLookAlike)
 {
-    ExpectFile("00000000" + fence, 0);
+    ExpectFile("00000000" + sentinel, 0);
 }
 
 TEST_F(FenceTest, TextsOfAllLengthsUpToTheFencesOwn)
@@ -508,18 +508,18 @@ TEST_F(FenceTest, TextsOfAllLengthsUpToTheFencesOwn)
         hex += "45";
         char head[9];
         std::snprintf(head, sizeof head, "%08X", static_cast<unsigned>(length));
-        ExpectText(Joined({head, hex, fence}), std::string(static_cast<std::size_t>(length), 'E'));
+        ExpectText(Joined({head, hex, sentinel}), std::string(static_cast<std::size_t>(length), 'E'));
     }
 }
 
 TEST_F(FenceTest, ATextThatBeginsLikeTheFence)
 {
-    ExpectText("0000000D 45 0000000E FFFFFFFF 01020304" + fence, "E\0\0\0\x0E\xFF\xFF\xFF\xFF\x01\x02\x03\x04"s);
+    ExpectText("0000000D 45 0000000E FFFFFFFF 01020304" + sentinel, "E\0\0\0\x0E\xFF\xFF\xFF\xFF\x01\x02\x03\x04"s);
 }
 
 TEST_F(FenceTest, ATextWithTheFencesNumberElsewhere)
 {
-    const Answer answer = Open("0000000D 53 0000000E FFFFFFFF NUMBER" + fence);
+    const Answer answer = Open("0000000D 53 0000000E FFFFFFFF NUMBER" + sentinel);
     EXPECT_TRUE(answer.result) << answer.message;
     EXPECT_FALSE(answer);
     EXPECT_THAT(answer.error, AllOf(StartsWith("S\0\0\0\x0E\xFF\xFF\xFF\xFF"s), testing::SizeIs(13)));
@@ -533,7 +533,7 @@ TEST_F(FenceTest, ATextAsLongAsAHandleMayBe)
     for (int i = 0; i < 1 << 16; ++i)
         hex += "61";
     text.assign(1 << 16, 'a');
-    ExpectText("00010000" + hex + fence, text);
+    ExpectText("00010000" + hex + sentinel, text);
 }
 
 TEST_F(FenceTest, AnotherAnswerThanThatToTheFence)
@@ -541,8 +541,8 @@ TEST_F(FenceTest, AnotherAnswerThanThatToTheFence)
     for (const std::string &answer : std::vector<std::string>{
              "00000001 61 45 0000000E FFFFFFFF 01020304 6E00 6F00 0000", // another number
              "00000001 61 53 00000000 00000000 00000000 00000000",       // another frame
-             "FFFFFFFE" + fence,                                         // no handle
-             "80000000" + fence,                                         //
+             "FFFFFFFE" + sentinel,                                      // no handle
+             "80000000" + sentinel,                                      //
              "00100001" + std::string(40, '0'),                          // a text without end
              "FFFFFFFF" + std::string(40, '0'),                          //
              "00000003 45 00000008 FFFFFFFF NUMBER 00000000"s,           // no text
@@ -558,9 +558,9 @@ TEST_F(FenceTest, AnotherAnswerThanThatToTheFence)
 
 TEST_F(FenceTest, AnOverriddenValueEchoesItsSession)
 {
-    const std::string request = " 00000000 00000000\nfence\nsend " + quiet;
+    const std::string request = " 00000000 00000000\nsentinel\nsend " + empty_log;
     const auto answer = [&](const std::string &session, const std::string &echo, const std::string &end) {
-        Host("expect 66 10 " + session + request + echo + fence + end);
+        Host("expect 66 10 " + session + request + echo + sentinel + end);
         return adapter->SetOverrideValue(static_cast<RestoreSession>(std::stoul(session, nullptr, 16)), "", "");
     };
     for (const std::string session : {"00000000", "00000005", "FFFFFFFF"}) {
@@ -686,16 +686,16 @@ TEST_F(SectionCallTest, NoticesAreLogLines)
 }
 
 /// A failure frame "Failed to get error message (P)".
-const std::string excuse =
+const std::string lookup_failure =
     "send 45 00000048 FFFFFFFF FFFFFFFF 4600 6100 6900 6C00 6500 6400 2000 7400 6F00 2000 6700 6500 "
     "7400 2000 6500 7200 7200 6F00 7200 2000 6D00 6500 7300 7300 6100 6700 6500 2000 2800 5000 "
     "2900 0000\n";
 
 TEST_F(SectionCallTest, AFailureWithoutATextIsFollowedByItsResults)
 {
-    HostWithSection("expect 66 1C\n" + excuse + "send 4D 00000006 00000001 0000\nresults 0 FFFFFFFF 00\n" + success +
-                    "expect 66 0C\n" + excuse + "results 0 00\n" + success + "expect 66 0C\nresults 0 00\n" + success +
-                    stop);
+    HostWithSection("expect 66 1C\n" + lookup_failure + "send 4D 00000006 00000001 0000\nresults 0 FFFFFFFF 00\n" +
+                    success + "expect 66 0C\n" + lookup_failure + "results 0 00\n" + success +
+                    "expect 66 0C\nresults 0 00\n" + success + stop);
     BackupFile file{};
     const Answer answer = adapter->ReOpenBackupFile(BackupSession{5}, "p", file);
     EXPECT_TRUE(answer.result) << answer.message;
@@ -710,7 +710,7 @@ TEST_F(SectionCallTest, AFailureWithoutATextIsFollowedByItsResults)
 
 TEST_F(SectionCallTest, AFailureWithoutATextAndWithoutResults)
 {
-    HostWithSection("expect 66 0C\n" + excuse + "send 45 0000000C FFFFFFFF FFFFFFFF 7800 0000\n" + stop);
+    HostWithSection("expect 66 0C\n" + lookup_failure + "send 45 0000000C FFFFFFFF FFFFFFFF 7800 0000\n" + stop);
     const Answer answer = adapter->CloseBackupFile(BackupFile{5});
     EXPECT_EQ(answer.result.outcome, Outcome::Refused);
     EXPECT_EQ(answer.result.text, u"x");
@@ -719,7 +719,7 @@ TEST_F(SectionCallTest, AFailureWithoutATextAndWithoutResults)
 
 TEST_F(SectionCallTest, CallsByNameHaveTheTextInTheResult)
 {
-    StartWithSection(call_f + excuse + "results 0 00000007\n" + success + call_f + success + stop);
+    StartWithSection(call_f + lookup_failure + "results 0 00000007\n" + success + call_f + success + stop);
     Result result = CallF();
     EXPECT_TRUE(result) << result.message;
     EXPECT_EQ(result.text, u"Failed to get error message (P)");
@@ -850,7 +850,7 @@ TEST_F(AdapterEndTest, CountsAndLengthsBeyondReasonTakeNoMemory)
     // Two thousand million items, or a text of a megabyte, of which nothing comes.
     for (const std::string answer :
          {"7FFFFFFF", "7FFFFFFF 00000001 78 0000000000000102 FFFFFFFE", "00000001 00100000 61", "FFFFFFFF 00100000"}) {
-        const Answer died = List(Joined({"send ", quiet, answer, "\nexit 5\n"}));
+        const Answer died = List(Joined({"send ", empty_log, answer, "\nexit 5\n"}));
         EXPECT_EQ(died.result.outcome, Outcome::Died) << died.message;
         EXPECT_THAT(died.message, StartsWith("the helper died in ListMachines (command 39) of library a, "));
         EXPECT_LE(items.size(), 1U);
@@ -860,8 +860,8 @@ TEST_F(AdapterEndTest, CountsAndLengthsBeyondReasonTakeNoMemory)
 TEST_F(AdapterEndTest, HangsAnywhere)
 {
     for (const std::string &answer :
-         std::vector<std::string>{""s, "send FF\n"s, "send " + line + "\n", "send " + quiet + "\n",
-                                  "send " + quiet + "00000001 00000005 61\n"}) {
+         std::vector<std::string>{""s, "send FF\n"s, "send " + line + "\n", "send " + empty_log + "\n",
+                                  "send " + empty_log + "00000001 00000005 61\n"}) {
         std::string slow;
         options.on_slow = [&](const SlowRequest &request_under_way) { slow = request_under_way.description; };
         adapter_options.limit = {50ms, 300ms};
@@ -875,10 +875,10 @@ TEST_F(AdapterEndTest, HangsAnywhere)
 TEST_F(AdapterEndTest, HangsBeforeTheFenceAndInTheMiddleOfABlock)
 {
     adapter_options.limit = {0ms, 300ms};
-    Host("expect 66 13 00000000 00000000\nfence\nsend " + quiet + "00000001\nhang\n");
+    Host("expect 66 13 00000000 00000000\nsentinel\nsend " + empty_log + "00000001\nhang\n");
     RestoreFile file{};
     EXPECT_EQ(adapter->OpenRestoreFile(RestoreSession{0}, "", file).result.outcome, Outcome::Hung);
-    Host("expect 66 39 0000000000000000 0000000000000020 00000000\nsend " + quiet +
+    Host("expect 66 39 0000000000000000 0000000000000020 00000000\nsend " + empty_log +
          "00004000\nsend_fill 5000 11\nhang\n");
     std::vector<std::byte> data(0x4000);
     EXPECT_EQ(adapter->ReadSectors(0, data).result.outcome, Outcome::Hung);
@@ -917,19 +917,19 @@ TEST_F(AdapterEndTest, IsCancelledByAnotherThread)
 TEST_F(AdapterEndTest, AnswersThatAreNone)
 {
     for (const std::string &answer : std::vector<std::string>{
-             "00000001"s,                                                   // no log block
-             line + "FFFFFFFF",                                             // a refusal behind a line
-             "FFFFFF9D FFFFFFFF",                                           // a line without end
-             "FFFFFF9D 00100001",                                           //
-             "FFFFFF9D 00000000 00000100",                                  // a level of more than a byte
-             "FFFFFF9D 00000000 FFFFFFFF",                                  //
-             quiet + "FFFFFFFE",                                            // no count
-             quiet + "80000000",                                            //
-             quiet + "FFFFFFFF FFFFFFFF",                                   // a text without end
-             quiet + "00000001 FFFFFFFF",                                   //
-             quiet + "00000000 00",                                         // more behind the answer
-             quiet + "FFFFFFFF 00000000 FFFFFC19",                          //
-             quiet + "00000001 00000000 0000000000000000 0000000000000000", // an extra that isn't there
+             "00000001"s,                                                       // no log block
+             line + "FFFFFFFF",                                                 // a refusal behind a line
+             "FFFFFF9D FFFFFFFF",                                               // a line without end
+             "FFFFFF9D 00100001",                                               //
+             "FFFFFF9D 00000000 00000100",                                      // a level of more than a byte
+             "FFFFFF9D 00000000 FFFFFFFF",                                      //
+             empty_log + "FFFFFFFE",                                            // no count
+             empty_log + "80000000",                                            //
+             empty_log + "FFFFFFFF FFFFFFFF",                                   // a text without end
+             empty_log + "00000001 FFFFFFFF",                                   //
+             empty_log + "00000000 00",                                         // more behind the answer
+             empty_log + "FFFFFFFF 00000000 FFFFFC19",                          //
+             empty_log + "00000001 00000000 0000000000000000 0000000000000000", // an extra that isn't there
          }) {
         const Answer broken = List("send " + answer + "\nhang\n");
         EXPECT_EQ(broken.result.outcome, Outcome::BrokenProtocol) << answer << broken.message;
@@ -943,11 +943,11 @@ TEST_F(AdapterEndTest, AnswersThatAreNone)
 TEST_F(AdapterEndTest, StatusesThatAreNone)
 {
     for (const std::string status : {"00000000", "00000002", "FFFFFFFE", "FFFFFC19"}) {
-        Host(Joined({"expect 66 38\nsend ", quiet, status, "\nhang\n"}));
+        Host(Joined({"expect 66 38\nsend ", empty_log, status, "\nhang\n"}));
         EXPECT_EQ(adapter->CloseDisk().result.outcome, Outcome::BrokenProtocol) << status;
         Host("expect 66 17 00000000 00000000\nsend " + status + "\nhang\n");
         EXPECT_EQ(adapter->InitVixDiskLib("", "").result.outcome, Outcome::BrokenProtocol) << status;
-        Host(Joined({"expect 66 18\nsend ", quiet, status, "\nhang\n"}));
+        Host(Joined({"expect 66 18\nsend ", empty_log, status, "\nhang\n"}));
         EXPECT_EQ(adapter->ExitVixDiskLib().result.outcome, Outcome::BrokenProtocol) << status;
     }
 }
@@ -955,9 +955,9 @@ TEST_F(AdapterEndTest, StatusesThatAreNone)
 TEST_F(AdapterEndTest, HandlesThatAreNone)
 {
     BackupSession session{};
-    Host("expect 66 06 00000000 FFFFFFFF\nsend " + quiet + "FFFFFFFE\nhang\n");
+    Host("expect 66 06 00000000 FFFFFFFF\nsend " + empty_log + "FFFFFFFE\nhang\n");
     EXPECT_EQ(adapter->StartBackupSession("", AclInfo::None, session).result.outcome, Outcome::BrokenProtocol);
-    Host("expect 66 2C 00000000\nsend " + quiet + "00000001 00000000 FFFFFFFF\nhang\n");
+    Host("expect 66 2C 00000000\nsend " + empty_log + "00000001 00000000 FFFFFFFF\nhang\n");
     EXPECT_EQ(adapter->GetDiskChangeIDS("", items, session).result.outcome, Outcome::BrokenProtocol);
     EXPECT_EQ(session, BackupSession{});
     Host("expect 66 7F\nsend FFFFFFFE\nhang\n");

@@ -5,7 +5,7 @@
 ///     expect HEX           reads that many bytes; ends with code 99 when they differ
 ///     expect_end           ends with code 99 when the pipe gives anything
 ///     expect_fill N HEX    reads N bytes; ends with code 99 when they aren't all this byte
-///     fence                reads the lookup of a message text in a file without a name, and keeps its number
+///     sentinel                reads the lookup of a message text in a file without a name, and keeps its number
 ///     take HEX             reads a frame and checks that its payload starts with these bytes
 ///     section              reads an announcement, opens the section, answers it, and logs its name
 ///     section_refused      reads an announcement and refuses it
@@ -86,7 +86,7 @@ private:
     void Write(const Bytes &bytes);
     void Expect(const Bytes &bytes);
     void ExpectEnd();
-    void TakeFence();
+    void ReadSentinel();
     void Take(const Bytes &start);
     void TakeSection(bool accept);
     void CheckArguments(std::istringstream &rest);
@@ -151,8 +151,8 @@ void Player::Do(const std::string &verb, std::istringstream &rest)
         ExpectEnd();
     else if (verb == "expect_fill")
         Expect(Fill(rest));
-    else if (verb == "fence")
-        TakeFence();
+    else if (verb == "sentinel")
+        ReadSentinel();
     else if (verb == "send_fill")
         Write(Fill(rest));
     else if (verb == "take")
@@ -275,7 +275,7 @@ void Player::ExpectEnd()
         throw Mismatch("a byte came");
 }
 
-void Player::TakeFence()
+void Player::ReadSentinel()
 {
     Expect({'X', 0, 0, 0, 6});
     m_number = Read(4);

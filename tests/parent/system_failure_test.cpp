@@ -1,17 +1,9 @@
-// The parent on a system where any step can fail: each failure is the one clear Result that parent.h promises.
+// The parent on a system where any step can fail: each failure is the one clear Result that kessil/parent.h promises.
 
-#include <kessil/parent.h>
-
-#include "fakes/call_log.h"
-#include "fakes/fake_last_error.h"
-#include "fakes/fake_pipe_server.h"
-#include "fakes/fake_private_section.h"
-#include "fakes/fake_process.h"
+#include "parent/fake_helper.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
-#include <memory>
 #include <optional>
 #include <string>
 
@@ -31,40 +23,18 @@ using testing::StartsWith;
 const std::string success = "S\0\0\0\0"s;
 const std::string call = "GetBackupType (SIGNATURE_GetBackupType) of library a.so";
 
-class FailureRoads : public testing::Test
+class SystemFailureTest : public testing::Test
 {
 protected:
-    void SetUp() override
-    {
-        test::call_log = {};
-        test::fake_last_error = {};
-        fake_pipe_server = {};
-        fake_section = {};
-        fake_process = {};
-        options.program = "fake_helper";
-        const WideString path = std::filesystem::absolute(options.program).u16string();
-        fake_process.programs[path] = [this](const test::FakeStart &start) {
-            if (stranger) {
-                EXPECT_TRUE(fake_pipe_server.Connect(start.arguments.at(0), stranger));
-            }
-            client = std::make_shared<test::FakePipeClient>(start.process_id);
-            EXPECT_TRUE(fake_pipe_server.Connect(start.arguments.at(0), client));
-            return run;
-        };
-    }
-
     void TearDown() override
     {
         helper.reset();
-        EXPECT_EQ(fake_process.held, 0u);
-        EXPECT_EQ(fake_section.open_handles, 0u);
-        EXPECT_EQ(fake_section.views, 0u);
-        EXPECT_TRUE(fake_pipe_server.servers.empty());
+        FakeHelper::ExpectNothingHeld();
     }
 
     Result Start()
     {
-        helper.emplace(options);
+        helper.emplace(fake.options);
         return helper->Start();
     }
 
@@ -79,9 +49,9 @@ protected:
     /// Takes the announcement of a section that the parent has written: its name.
     WideString TakeAnnouncedName() const
     {
-        const std::string header = client->Receive(5);
+        const std::string header = fake.client->Receive(5);
         EXPECT_EQ(header.substr(0, 4), "R\0\0\0"s);
-        const std::string payload = client->Receive(static_cast<unsigned char>(header.at(4)));
+        const std::string payload = fake.client->Receive(static_cast<unsigned char>(header.at(4)));
         WideString name;
         for (std::size_t i = 0; i + 10 < payload.size(); i += 2)
             name += static_cast<unsigned char>(payload[i]);
@@ -96,10 +66,7 @@ protected:
         EXPECT_EQ(later.message, ended.message);
     }
 
-    Options options;
-    test::FakeRun run;
-    std::shared_ptr<test::FakePipeClient> client;
-    std::shared_ptr<test::FakePipeClient> stranger;
+    FakeHelper fake;
     std::optional<Helper> helper;
 };
 
@@ -113,7 +80,7 @@ std::string Announcement(const WideString &name)
     return "R\0\0\0"s + static_cast<char>(payload.size()) + payload;
 }
 
-TEST_F(FailureRoads, NoNameForAPipe)
+TEST_F(SystemFailureTest, NoNameForAPipe)
 {
     fake_pipe_server.has_names = false;
     const Result result = Start();
@@ -123,7 +90,7 @@ TEST_F(FailureRoads, NoNameForAPipe)
     ExpectOver(result);
 }
 
-TEST_F(FailureRoads, NoPipe)
+TEST_F(SystemFailureTest, NoPipe)
 {
     fake_pipe_server.create_code = 5;
     const Result result = Start();
@@ -133,7 +100,7 @@ TEST_F(FailureRoads, NoPipe)
     ExpectOver(result);
 }
 
-TEST_F(FailureRoads, NoProcess)
+TEST_F(SystemFailureTest, NoProcess)
 {
     fake_process.start_code = 11;
     const Result result = Start();
@@ -144,7 +111,7 @@ TEST_F(FailureRoads, NoProcess)
     ExpectOver(result);
 }
 
-TEST_F(FailureRoads, APipeThatTakesNobody)
+TEST_F(SystemFailureTest, APipeThatTakesNobody)
 {
     fake_pipe_server.accept_fates = {{PipeStatus::Failed, 23}};
     const Result result = Start();
@@ -154,16 +121,16 @@ TEST_F(FailureRoads, APipeThatTakesNobody)
     ExpectOver(result);
 }
 
-TEST_F(FailureRoads, AStrangerComesBeforeTheHelper)
+TEST_F(SystemFailureTest, AStrangerComesBeforeTheHelper)
 {
-    stranger = std::make_shared<test::FakePipeClient>(1);
+    fake.stranger = std::make_shared<test::FakePipeClient>(1);
     StartWell();
-    EXPECT_TRUE(stranger->IsAlone());
-    EXPECT_FALSE(client->IsAlone());
+    EXPECT_TRUE(fake.stranger->IsAlone());
+    EXPECT_FALSE(fake.client->IsAlone());
     EXPECT_EQ(helper->Figures().rejected_clients, 1u);
 }
 
-TEST_F(FailureRoads, NoSectionForTheArguments)
+TEST_F(SystemFailureTest, NoSectionForTheArguments)
 {
     StartWell();
     fake_section.create_code = 28;
@@ -174,14 +141,14 @@ TEST_F(FailureRoads, NoSectionForTheArguments)
     EXPECT_TRUE(helper->Running());
 
     fake_section.create_code = 0;
-    client->Answer(success);
-    client->Answer(success);
+    fake.client->Answer(success);
+    fake.client->Answer(success);
     helper->Begin();
     const Result result = Call();
     EXPECT_TRUE(result) << result.message;
 }
 
-TEST_F(FailureRoads, ASectionThatCanNotBeMapped)
+TEST_F(SystemFailureTest, ASectionThatCanNotBeMapped)
 {
     StartWell();
     fake_section.map_code = 12;
@@ -193,31 +160,31 @@ TEST_F(FailureRoads, ASectionThatCanNotBeMapped)
     EXPECT_TRUE(helper->Running());
 
     fake_section.map_code = 0;
-    client->Answer(success);
-    client->Answer(success);
+    fake.client->Answer(success);
+    fake.client->Answer(success);
     helper->Begin();
     const Result result = Call();
     EXPECT_TRUE(result) << result.message;
 }
 
-TEST_F(FailureRoads, AHelpersSectionThatCanNotBeOpened)
+TEST_F(SystemFailureTest, AHelpersSectionThatCanNotBeOpened)
 {
     StartWell();
-    client->Answer(success);
+    fake.client->Answer(success);
     helper->Begin();
     WideString name = TakeAnnouncedName();
     ASSERT_EQ(name.back(), u'0');
     name.back() = u'1';
     fake_section.open_code = 24;
-    client->Answer(Announcement(name));
-    client->Answer(success);
+    fake.client->Answer(Announcement(name));
+    fake.client->Answer(success);
     const Result result = Call();
     EXPECT_EQ(result.outcome, Outcome::BrokenProtocol);
     EXPECT_EQ(result.message, "the helper broke the protocol in " + call +
                                   " and was killed: it sent an answer in a section that this side could not open");
     EXPECT_EQ(fake_process.kills, 1u);
 
-    const std::string all = client->Receive(1 << 16);
+    const std::string all = fake.client->Receive(1 << 16);
     EXPECT_THAT(all, EndsWith("E\0\0\0\x1E\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF"
                               "t\0e\0x\0t\0 \0o\0f\0 \0"
                               "2\0"
@@ -225,17 +192,17 @@ TEST_F(FailureRoads, AHelpersSectionThatCanNotBeOpened)
     ExpectOver(result);
 }
 
-TEST_F(FailureRoads, AHelpersSectionThatCanNotBeMapped)
+TEST_F(SystemFailureTest, AHelpersSectionThatCanNotBeMapped)
 {
     StartWell();
-    client->Answer(success);
+    fake.client->Answer(success);
     helper->Begin();
     WideString name = TakeAnnouncedName();
     name.back() = u'1';
     fake_section.Add(name, 131072);
     fake_section.map_code = 12;
-    client->Answer(Announcement(name));
-    client->Answer("E\0\0\0\x0A\0\0\0\0\0\0\0\5\0\0"s);
+    fake.client->Answer(Announcement(name));
+    fake.client->Answer("E\0\0\0\x0A\0\0\0\0\0\0\0\5\0\0"s);
     const Result result = Call();
     EXPECT_EQ(result.outcome, Outcome::Refused);
     EXPECT_EQ(result.system_error, 5);
@@ -244,14 +211,14 @@ TEST_F(FailureRoads, AHelpersSectionThatCanNotBeMapped)
 
     // It goes on in a section of this side's.
     fake_section.map_code = 0;
-    client->Answer(success);
-    client->Answer(success);
+    fake.client->Answer(success);
+    fake.client->Answer(success);
     helper->Begin();
     const Result next = Call();
     EXPECT_TRUE(next) << next.message;
 }
 
-TEST_F(FailureRoads, AWriteThatFails)
+TEST_F(SystemFailureTest, AWriteThatFails)
 {
     fake_process.waits = false;
     StartWell();
@@ -266,9 +233,9 @@ TEST_F(FailureRoads, AWriteThatFails)
     ExpectOver(result);
 }
 
-TEST_F(FailureRoads, AReadThatFailsBehindAHelperThatEnded)
+TEST_F(SystemFailureTest, AReadThatFailsBehindAHelperThatEnded)
 {
-    run.exit_code = 139;
+    fake.run.exit_code = 139;
     StartWell();
     fake_pipe_server.read_fates = {{PipeStatus::Failed, 6}};
     const Result result = helper->Load(u"a.so");
@@ -279,7 +246,7 @@ TEST_F(FailureRoads, AReadThatFailsBehindAHelperThatEnded)
     ExpectOver(result);
 }
 
-TEST_F(FailureRoads, AReadThatEndsAsNoReadShould)
+TEST_F(SystemFailureTest, AReadThatEndsAsNoReadShould)
 {
     for (const PipeStatus status : {PipeStatus::Interrupted, PipeStatus::WrongClient}) {
         fake_process.waits = false;
@@ -293,11 +260,11 @@ TEST_F(FailureRoads, AReadThatEndsAsNoReadShould)
     }
 }
 
-TEST_F(FailureRoads, AHelperThatHangsAndDoesNotEvenDie)
+TEST_F(SystemFailureTest, AHelperThatHangsAndDoesNotEvenDie)
 {
-    run.dies = false;
+    fake.run.dies = false;
     fake_process.waits = false;
-    options.request_limit = {0ms, 20ms};
+    fake.options.request_limit = {0ms, 20ms};
     StartWell();
     const Result result = helper->Load(u"a.so");
     EXPECT_EQ(result.outcome, Outcome::Hung);
@@ -307,21 +274,21 @@ TEST_F(FailureRoads, AHelperThatHangsAndDoesNotEvenDie)
     ExpectOver(result);
 }
 
-TEST_F(FailureRoads, AStopThatTheHelperDoesNotFollow)
+TEST_F(SystemFailureTest, AStopThatTheHelperDoesNotFollow)
 {
     fake_process.waits = false;
     StartWell();
     const Result result = helper->Stop(20ms);
     EXPECT_EQ(result.outcome, Outcome::Hung);
     EXPECT_EQ(result.message, "the helper hung in the orderly stop: no answer within 20.00 ms, so it was killed");
-    EXPECT_EQ(client->Receive(2), "\x66\x01");
+    EXPECT_EQ(fake.client->Receive(2), "\x66\x01");
     EXPECT_EQ(fake_process.kills, 1u);
     ExpectOver(result);
 }
 
-TEST_F(FailureRoads, AStopThatCanNotBeSent)
+TEST_F(SystemFailureTest, AStopThatCanNotBeSent)
 {
-    run.exit_code = 3;
+    fake.run.exit_code = 3;
     StartWell();
     fake_pipe_server.write_fates = {{PipeStatus::Closed, 0}};
     const Result result = helper->Stop(20s);
@@ -332,9 +299,9 @@ TEST_F(FailureRoads, AStopThatCanNotBeSent)
     ExpectOver(result);
 }
 
-TEST_F(FailureRoads, AStopInError)
+TEST_F(SystemFailureTest, AStopInError)
 {
-    run.exit_code = 1;
+    fake.run.exit_code = 1;
     StartWell();
     const Result result = helper->Stop(20s);
     EXPECT_EQ(result.outcome, Outcome::Died);

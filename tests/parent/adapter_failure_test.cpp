@@ -2,18 +2,11 @@
 // the helper does, the call ends as kessil/adapter.h promises.
 
 #include "parent/adapter_calls.h"
-
-#include "fakes/call_log.h"
-#include "fakes/fake_last_error.h"
-#include "fakes/fake_pipe_server.h"
-#include "fakes/fake_private_section.h"
-#include "fakes/fake_process.h"
+#include "parent/fake_helper.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <future>
-#include <memory>
 #include <optional>
 
 namespace kessil::parent {
@@ -22,19 +15,17 @@ namespace {
 using namespace std::string_literals;
 using platform::PipeStatus;
 using test::fake_pipe_server;
-using test::fake_process;
-using test::fake_section;
 using testing::StartsWith;
 
-const std::string quiet = "\xFF\xFF\xFC\x19";
+const std::string empty_log = "\xFF\xFF\xFC\x19";
 const std::string refusal = "\xFF\xFF\xFF\xFF";
 
-/// The request that goes behind some calls, up to its number and from there on, and what its answer has around it.
-const std::string fence_start = "X\0\0\0\6"s;
-const std::string fence_end = "\0\0"s;
-const std::string fence_answer_start = "E\0\0\0\x0E\xFF\xFF\xFF\xFF"s;
-const std::string fence_answer_end = "n\0o\0\0\0"s;
-constexpr std::size_t fence_size = 11;
+/// The request that is sent behind some calls, before and behind its number, and likewise its answer.
+const std::string sentinel_start = "X\0\0\0\6"s;
+const std::string sentinel_end = "\0\0"s;
+const std::string sentinel_answer_start = "E\0\0\0\x0E\xFF\xFF\xFF\xFF"s;
+const std::string sentinel_answer_end = "n\0o\0\0\0"s;
+constexpr std::size_t sentinel_size = 11;
 
 std::string Bytes(const std::string &hex)
 {
@@ -46,7 +37,7 @@ std::string Bytes(const std::string &hex)
     return bytes;
 }
 
-class AdapterRoads : public testing::Test
+class AdapterFailureTest : public testing::Test
 {
 protected:
     void TearDown() override { End(); }
@@ -55,9 +46,8 @@ protected:
     {
         adapter.reset();
         helper.reset();
-        EXPECT_EQ(fake_process.held, 0u);
-        EXPECT_EQ(fake_section.views, 0u);
-        EXPECT_TRUE(fake_pipe_server.servers.empty());
+        fake.reset();
+        FakeHelper::ExpectNothingHeld();
     }
 
     /// A helper that has loaded an adapter of the name "a", and whose process has ended with this code as soon as
@@ -65,26 +55,15 @@ protected:
     void Host(std::optional<std::uint32_t> exit_code)
     {
         End();
-        test::call_log = {};
-        test::fake_last_error = {};
-        fake_pipe_server = {};
-        fake_section = {};
-        fake_process = {};
-        Options options;
-        options.program = "fake_helper";
-        fake_process.programs[std::filesystem::absolute(options.program).u16string()] =
-            [this, exit_code](const test::FakeStart &start) {
-                client = std::make_shared<test::FakePipeClient>(start.process_id);
-                EXPECT_TRUE(fake_pipe_server.Connect(start.arguments.at(0), client));
-                return test::FakeRun{.exit_code = exit_code};
-            };
-        helper.emplace(options);
+        fake = std::make_unique<FakeHelper>();
+        fake->run.exit_code = exit_code;
+        helper.emplace(fake->options);
         adapter.emplace(*helper);
         ASSERT_TRUE(helper->Start());
-        client->Answer("\0\0\0\1"s);
+        fake->client->Answer("\0\0\0\1"s);
         const Result loaded = adapter->Load(u"a");
         ASSERT_TRUE(loaded) << loaded.message;
-        ASSERT_EQ(client->Receive(6), "l\0\0\0\1a"s);
+        ASSERT_EQ(fake->client->Receive(6), "l\0\0\0\1a"s);
     }
 
     /// Makes the call, takes its request, and answers with as many bytes of this as said; leaves when they aren't all.
@@ -92,18 +71,18 @@ protected:
     {
         const std::string request = Bytes(call.request);
         const auto player = std::async(std::launch::async, [&] {
-            EXPECT_EQ(client->Receive(request.size()), request) << call.name;
+            EXPECT_EQ(fake->client->Receive(request.size()), request) << call.name;
             std::string all = answer;
-            if (call.fenced) {
-                const std::string fence = client->Receive(fence_size);
-                EXPECT_EQ(fence.substr(0, 5), fence_start) << call.name;
-                EXPECT_EQ(fence.substr(9), fence_end) << call.name;
+            if (call.has_sentinel) {
+                const std::string sentinel = fake->client->Receive(sentinel_size);
+                EXPECT_EQ(sentinel.substr(0, 5), sentinel_start) << call.name;
+                EXPECT_EQ(sentinel.substr(9), sentinel_end) << call.name;
                 if (answer != refusal)
-                    all += fence_answer_start + fence.substr(5, 4) + fence_answer_end;
+                    all += sentinel_answer_start + sentinel.substr(5, 4) + sentinel_answer_end;
             }
-            client->Send(all.substr(0, size));
+            fake->client->Send(all.substr(0, size));
             if (size < all.size())
-                client->Leave();
+                fake->client->Leave();
         });
         return call.make(*adapter);
     }
@@ -111,12 +90,12 @@ protected:
     /// What the helper sends in all.
     static std::string Whole(const AdapterCall &call, const std::string &answer)
     {
-        return (call.logs ? quiet : "") + Bytes(answer);
+        return (call.logs ? empty_log : "") + Bytes(answer);
     }
 
     static std::size_t Size(const AdapterCall &call, const std::string &whole)
     {
-        return whole.size() + (call.fenced ? fence_answer_start.size() + 4 + fence_answer_end.size() : 0);
+        return whole.size() + (call.has_sentinel ? sentinel_answer_start.size() + 4 + sentinel_answer_end.size() : 0);
     }
 
     void ExpectDeathAtEachByte(const AdapterCall &call, const std::string &answer)
@@ -133,12 +112,12 @@ protected:
         }
     }
 
-    std::shared_ptr<test::FakePipeClient> client;
+    std::unique_ptr<FakeHelper> fake;
     std::optional<Helper> helper;
     std::optional<Adapter> adapter;
 };
 
-TEST_F(AdapterRoads, YesToTheLastByte)
+TEST_F(AdapterFailureTest, YesToTheLastByte)
 {
     for (const AdapterCall &call : AdapterCalls()) {
         Host(std::nullopt);
@@ -148,13 +127,13 @@ TEST_F(AdapterRoads, YesToTheLastByte)
     }
 }
 
-TEST_F(AdapterRoads, YesCutAtEachByte)
+TEST_F(AdapterFailureTest, YesCutAtEachByte)
 {
     for (const AdapterCall &call : AdapterCalls())
         ExpectDeathAtEachByte(call, call.yes);
 }
 
-TEST_F(AdapterRoads, NoCutAtEachByte)
+TEST_F(AdapterFailureTest, NoCutAtEachByte)
 {
     for (const AdapterCall &call : AdapterCalls()) {
         if (!call.no.empty())
@@ -162,7 +141,7 @@ TEST_F(AdapterRoads, NoCutAtEachByte)
     }
 }
 
-TEST_F(AdapterRoads, EachRefusal)
+TEST_F(AdapterFailureTest, EachRefusal)
 {
     for (const AdapterCall &call : AdapterCalls()) {
         // Where a refusal looks like a failure, only the helper's end tells.
@@ -178,21 +157,21 @@ TEST_F(AdapterRoads, EachRefusal)
     }
 }
 
-TEST_F(AdapterRoads, OneWriteForACallWithoutABlock)
+TEST_F(AdapterFailureTest, OneWriteForACallWithoutABlock)
 {
     for (const AdapterCall &call : AdapterCalls()) {
-        if (call.fenced || call.request.find("44415441") != std::string::npos || call.name == "SetVMConfig" ||
+        if (call.has_sentinel || call.request.find("44415441") != std::string::npos || call.name == "SetVMConfig" ||
             call.name == "WriteSectors")
             continue;
         Host(std::nullopt);
         // It comes with the first write.
-        client->Answer(Whole(call, call.yes));
+        fake->client->Answer(Whole(call, call.yes));
         const Answer answer = call.make(*adapter);
         EXPECT_TRUE(answer) << call.name << answer.message;
     }
 }
 
-TEST_F(AdapterRoads, AWriteThatFails)
+TEST_F(AdapterFailureTest, AWriteThatFails)
 {
     Host(5);
     fake_pipe_server.write_fates = {{PipeStatus::Failed, 6}};
@@ -201,12 +180,12 @@ TEST_F(AdapterRoads, AWriteThatFails)
     EXPECT_THAT(answer.message, testing::HasSubstr("its pipe failed: text of 6"));
 }
 
-TEST_F(AdapterRoads, ALoadThatCanNotBeWrittenOrIsCut)
+TEST_F(AdapterFailureTest, ALoadThatCanNotBeWrittenOrIsCut)
 {
     for (std::size_t size = 0; size < 4; ++size) {
         Host(5);
-        client->Send("\0\0\0\1"s.substr(0, size));
-        client->Leave();
+        fake->client->Send("\0\0\0\1"s.substr(0, size));
+        fake->client->Leave();
         fake_pipe_server.write_fates = {{PipeStatus::Done, 0}};
         const Result result = adapter->Load(u"b");
         EXPECT_EQ(result.outcome, Outcome::Died);
@@ -218,7 +197,7 @@ TEST_F(AdapterRoads, ALoadThatCanNotBeWrittenOrIsCut)
     EXPECT_EQ(adapter->Load(u"c").outcome, Outcome::Died);
 }
 
-TEST_F(AdapterRoads, AReadThatFailsBehindWhatMayBeARefusal)
+TEST_F(AdapterFailureTest, AReadThatFailsBehindWhatMayBeARefusal)
 {
     const AdapterCall *init = nullptr;
     for (const AdapterCall &call : AdapterCalls()) {
@@ -227,15 +206,15 @@ TEST_F(AdapterRoads, AReadThatFailsBehindWhatMayBeARefusal)
     }
     for (const std::uint32_t code : {1U, 5U}) {
         Host(code);
-        client->Send(refusal);
-        client->Leave();
+        fake->client->Send(refusal);
+        fake->client->Leave();
         fake_pipe_server.write_fates = {{PipeStatus::Done, 0}};
         const Answer answer = init->make(*adapter);
         EXPECT_EQ(answer.result.outcome, code == 1 ? Outcome::Refused : Outcome::Died) << answer.message;
         EXPECT_FALSE(helper->Running());
     }
     Host(std::nullopt);
-    client->Send(refusal);
+    fake->client->Send(refusal);
     fake_pipe_server.write_fates = {{PipeStatus::Done, 0}};
     const Answer answer = [&] {
         const auto canceller = std::async(std::launch::async, [&] { helper->Cancel(); });
