@@ -56,7 +56,7 @@ Result Helper::ErrorText(std::uint32_t message, std::u16string_view file, WideSt
     Result result = Exchange(*m_session, {"looking up an error text in", file});
     if (result)
         return m_session->EndBroken("a success frame in the place of a text");
-    if (result.outcome != Outcome::Refused)
+    if (result.outcome != Outcome::Refused || !Running())
         return result;
     if (result.system_error != static_cast<std::int32_t>(message))
         return m_session->EndBroken("the text of another message");

@@ -369,6 +369,8 @@ TEST_F(AdapterTest, ARefusalWithArgumentsEndsTheHelper)
     EXPECT_FALSE(helper->Running());
     EXPECT_EQ(adapter->CloseDisk().message, answer.message);
     EXPECT_EQ(helper->Load(u"b").outcome, Outcome::Refused);
+    WideString text;
+    EXPECT_EQ(helper->ErrorText(0, u"m", text).message, answer.message);
 }
 
 TEST_F(AdapterTest, ARefusalInTheMiddleOfTheData)
