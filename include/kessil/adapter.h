@@ -44,16 +44,17 @@
 ///         return helper.Stop() ? 0 : 1;
 ///     }
 ///
-/// In what order: construct the Helper and the Adapter, Helper::Start, Load, then calls. All that kessil/parent.h says
-/// of requests holds here too: one at a time, a helper that is over stays over, nothing is ever sent again by itself.
-/// Helper::Cancel ends an adapter's call as well. A call that takes no bulk data is one write.
+/// The order is: construct the Helper and the Adapter, Helper::Start, Load, then calls. What kessil/parent.h says about
+/// requests holds here too: one at a time, a helper that is over stays over, nothing is repeated automatically.
+/// Helper::Cancel ends an adapter's call as well. A call without bulk data is sent in one write.
 ///
-/// What the calls mean is the adapter's affair. Arguments named `first`, `second` and so on have no meaning on the way
-/// there. The helper keeps one set of credentials, one listing cache and one open disk, which the calls share.
+/// The meaning of the calls is defined by the adapter. Arguments named `first`, `second` and so on have no meaning in
+/// the protocol. The helper keeps one set of credentials, one listing cache and one open disk, which the calls share.
 ///
-/// Text is 8-bit and goes both ways as it is, in the encoding that the adapter uses. The protocol carries at most 1024
-/// bytes of it in one argument (not so for the 15 calls marked "by section"), and the adapter reads up to the first
-/// zero. A text that is longer or holds a zero ends the call as NotSent; where zeros do get through, that is said.
+/// Text is 8-bit and is passed unchanged in both directions, in the encoding that the adapter uses. The protocol
+/// carries at most 1024 bytes of it in one argument (except in the 15 calls marked "by section"), and the adapter reads
+/// up to the first zero. A text that is longer or holds a zero ends the call as NotSent, except where zeros are
+/// allowed.
 ///
 /// Not here: command 67, ReadBlockSignature, which a helper always refuses (Helper::Call can make that call), and
 /// command 60, ReconfigVM, which a helper never answers.
@@ -66,20 +67,20 @@
 
 namespace kessil::parent {
 
-/// What came of one call of the adapter. `if (answer)` asks whether the adapter said yes.
+/// How one call of the adapter ended. `if (answer)` checks whether the adapter said yes.
 struct Answer
 {
-    /// How the request ended. Answered means that the adapter has spoken, whatever it said.
+    /// How the request ended. Answered means that the adapter has answered, whether yes or no.
     ///
-    /// Refused: the helper has no such function. A helper that refuses a call takes the arguments that lie behind it in
-    /// the pipe for requests, and ends. So it is over after this, except for the calls by section and those
-    /// without arguments; Helper::Running tells.
+    /// Refused: the adapter has no such function. A helper that refuses a call takes the arguments that follow it in
+    /// the pipe for requests, and ends. So it is over then, except after calls by section and calls without arguments;
+    /// Helper::Running reports which.
     Result result{};
 
     /// Answered, and the adapter said yes.
     bool okay = false;
 
-    /// When the adapter said no: its own text, 8-bit, as it came. May be empty.
+    /// When the adapter said no: its own text, 8-bit, unchanged. May be empty.
     std::string error{};
 
     /// One clear text for a person, UTF-8, no line end; empty when the adapter said yes. It has `result.message`, or
@@ -89,7 +90,7 @@ struct Answer
     explicit operator bool() const { return okay; }
 };
 
-/// One item of a listing. What the numbers stand for is the adapter's affair.
+/// One item of a listing. The meaning of the numbers is defined by the adapter.
 struct AdapterItem
 {
     std::string name{};
@@ -147,11 +148,11 @@ constexpr std::size_t sector_size = 512;
 /// The adapter that one helper hosts. For one thread at a time, and only one of the Adapter's and the Helper's requests
 /// at a time. The Helper must outlive it, and needn't be started yet.
 ///
-/// Calls marked "by section" pass their arguments as Helper::Call does: they use up an argument list that was begun and
-/// the results of the call before. Where such a call has no handle or number to tell a no, one with an empty text is
+/// Calls marked "by section" pass their arguments as Helper::Call does: they end an argument list that was begun, and
+/// the results of the call before are gone. Where such a call returns no handle or number, a no with an empty text is
 /// taken for a yes.
 ///
-/// Values that come back through references mean something only when the answer is true, unless said otherwise.
+/// Values returned through references are valid only when the answer is true, unless stated otherwise.
 class Adapter
 {
 public:
@@ -161,20 +162,20 @@ public:
     Adapter &operator=(const Adapter &) = delete;
 
     /// Loads the adapter by name or path. NotSent when the name has a unit above U+00FF, which the protocol can't
-    /// carry. Refused when the system could not load it; the message has the end of the helper's log, where the reason
-    /// stands.
+    /// carry. Refused when the system could not load it; the message has the end of the helper's log, which has the
+    /// reason.
     ///
     /// The helper knows an adapter by its name, which must have "tarnlink_windows_x64.dll" in it; another library is
     /// called all the same, without log lines and error texts. When several names are loaded, the calls go to the one
-    /// that sorts first. A call before the first Load that went well is NotSent.
+    /// that sorts first. A call before the first successful Load is NotSent.
     Result Load(std::u16string_view library);
 
     // Credentials and inventory
 
     Answer GetLibraryVersion(std::string &version);
 
-    /// Yes means only that the arguments arrived: the helper doesn't tell whether the adapter took them. No copy of the
-    /// texts is kept on this side; they cross the pipe in clear.
+    /// Yes means only that the arguments arrived: the helper doesn't report whether the adapter accepted them. No copy
+    /// of the texts is kept on this side; they cross the pipe in clear.
     Answer CreateCredentials(std::string_view first, std::string_view second);
 
     /// `sixth` may hold zeros.
@@ -182,8 +183,8 @@ public:
 
     Answer OpenListing(std::string_view path, std::uint32_t listing_opts, std::vector<AdapterItem> &items);
 
-    /// The next item of a listing by handle, as the calls below give it. How the end shows (a no, an empty name) is the
-    /// adapter's affair; the item is as it came, also when the answer is no. This and FreeListing have no commands:
+    /// The next item of a listing by handle, as the calls below give it. How the end shows (a no, an empty name) is
+    /// defined by the adapter; the item is set also when the answer is no. This and FreeListing have no commands:
     /// they are made as Helper::Call makes them. The first of them loads the adapter once more, for such calls.
     Answer NextItem(Listing listing, AdapterItem &item);
     Answer FreeListing(Listing listing);
@@ -203,7 +204,7 @@ public:
     /// By section.
     Answer ListConfigItems(RestoreSession session, Listing &listing);
 
-    /// By section. `flag` comes also with a no.
+    /// By section. `flag` is set also with a no.
     Answer CreateListingCache(std::string_view path, std::uint16_t &flag);
 
     // Backup
@@ -213,7 +214,7 @@ public:
     /// Always a yes.
     Answer ExitVixDiskLib();
 
-    /// `timestamp` comes also with a no.
+    /// `timestamp` is set also with a no.
     Answer SnapshotVM(std::string_view path, std::string_view name, std::string_view description, bool is_cbt,
                       bool is_memory, bool is_quiesce, std::uint32_t &timestamp);
 
@@ -232,7 +233,7 @@ public:
     Answer ReOpenBackupFile(BackupSession session, std::string_view path, BackupFile &file);
 
     /// By section. `number` is the adapter's own answer, negative for a no. All of `data` is written, whatever part of
-    /// it the adapter filled. `number` and `count` come also with a no.
+    /// it the adapter filled. `number` and `count` are set also with a no.
     Answer ReadBackupFile(BackupFile file, std::span<std::byte> data, std::int32_t &number, std::uint64_t &count);
 
     /// As ReadBackupFile.
@@ -253,8 +254,8 @@ public:
 
     // Restore
     //
-    // PrepareVMRestore and its twin, OpenRestoreFile and its twin, CreateBackupOptions: the protocol can't tell a no
-    // with an empty text from handle 0. It is taken for handle 0.
+    // PrepareVMRestore and its twin, OpenRestoreFile and its twin, CreateBackupOptions: the protocol can't
+    // distinguish a no with an empty text from handle 0. It is taken for handle 0.
 
     /// `transport_mode` may hold zeros.
     Answer PrepareVMRestore(std::string_view path, std::uint32_t opt_flags, std::string_view transport_mode,
@@ -262,7 +263,7 @@ public:
     Answer PrepareVMRestoreIncremental(std::string_view path, std::uint32_t opt_flags, std::string_view transport_mode,
                                        RestoreSession &session);
 
-    /// For session 0 a no with an empty text can't be told from a yes. It is taken for a yes.
+    /// For session 0 a no with an empty text can't be distinguished from a yes, and is taken for one.
     Answer SetOverrideValue(RestoreSession session, std::string_view key, std::string_view value);
 
     /// Yes means only that the argument arrived, as with CreateCredentials.
@@ -272,7 +273,7 @@ public:
     Answer OpenRestoreFileIncremental(RestoreSession session, std::string_view path, std::uint32_t third,
                                       RestoreFile &file);
 
-    /// The data is sent from where it lies. Less than 4 GiB.
+    /// The data is sent without a copy. Less than 4 GiB.
     Answer WriteRestoreFile(RestoreFile file, std::span<const std::byte> data);
     Answer WriteRestoreFileIncremental(RestoreFile file, std::uint64_t offset, std::span<const std::byte> data);
     Answer CloseRestoreFile(RestoreFile file);
@@ -314,7 +315,7 @@ public:
     /// breaks the protocol.
     Answer ReadSectors(std::uint64_t start, std::span<std::byte> sectors);
 
-    /// The data is sent from where it lies. NotSent as with ReadSectors.
+    /// The data is sent without a copy. NotSent as with ReadSectors.
     Answer WriteSectors(std::uint64_t start, std::span<const std::byte> sectors);
 
     /// Keys and values of `pairs` may hold zeros.

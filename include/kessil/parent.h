@@ -2,10 +2,10 @@
 
 /// The parent's side of kessil: runs a library in a helper process and calls its functions from here.
 ///
-/// A parent starts one helper process (class Helper), tells it which library to load, and calls the library's functions
-/// one at a time. Arguments and results lie in a section of memory that both processes see; this library lays them out,
-/// announces the section and replaces it when it is too small. Whatever the library does over there (crash, hang, talk
-/// nonsense), this process gets a Result that says so in one sentence, and lives on.
+/// A parent starts one helper process (class Helper), has it load a library, and calls the library's functions one at a
+/// time. Arguments and results lie in a section of memory that both processes see; this library lays them out,
+/// announces the section and replaces it when it is too small. Whatever the library does there (crash, hang, answer
+/// garbage), this process goes on, and gets a Result that says in one sentence what happened.
 ///
 /// A complete parent, which asks a data-source library for its backup type and for an error text:
 ///
@@ -66,15 +66,16 @@
 ///     add_executable(first_call first_call.cpp)
 ///     target_link_libraries(first_call PRIVATE kessil::parent)
 ///
-/// In what order: construct, Start, Load, then as often as wanted Begin / Call / Results, then Stop. A helper serves
-/// one request at a time; for calls side by side use several Helpers. A Helper whose request ended in anything but
-/// Answered, Refused or NotSent is over: its process is gone, and every later request returns the same outcome again.
-/// Start a new Helper; nothing is ever sent again by itself, since only the caller knows whether a call may run twice.
+/// The order is: construct, Start, Load, then Begin, Call and Results any number of times, then Stop. A helper serves
+/// one request at a time; for concurrent calls use several Helpers. A Helper whose request ended in anything but
+/// Answered, Refused or NotSent is over: its process is gone, and every later request returns the same Result. Start a
+/// new Helper then. Nothing is repeated automatically, since only the caller knows whether a call may run twice.
 ///
-/// Which element of the lists a signature wants, in which order, is the signature's contract (docs/protocol.md). The
-/// lists carry no tags: a list of the wrong shape is read as something else, and not detected in general.
+/// Which elements a signature takes and gives, in which order, is the signature's contract (docs/protocol.md). The
+/// lists carry no tags: a list of the wrong shape is read as something else, which can't be detected in general.
 ///
-/// All text in wide strings is UTF-16 in the host's byte order; all `std::string` text is UTF-8 unless said otherwise.
+/// All text in wide strings is UTF-16 in the host's byte order; all `std::string` text is UTF-8 unless stated
+/// otherwise.
 
 #include <chrono>
 #include <cstddef>
@@ -97,7 +98,7 @@ namespace parent {
 enum class Outcome
 {
     Answered,       ///< Done. For a call: the library's function ran, and Results() has its values.
-    Refused,        ///< The helper said no (library not found, unknown signature, ...). It goes on serving, except
+    Refused,        ///< The helper refused (library not found, unknown signature, ...). It goes on serving, except
                     ///< after some calls of an Adapter.
     Hung,           ///< The time limit passed. The helper was killed.
     Died,           ///< The helper ended before it had answered, or its pipe broke.
@@ -136,7 +137,7 @@ struct Result
     WideString text{};
 
     /// The helper's exit code, when it has ended by itself: 0 after an orderly stop, and also when an exception or a
-    /// fault inside the library ended it; 1 for an error that its log tells; on Linux 128 plus the signal's number.
+    /// fault inside the library ended it; 1 for an error, which its log has; on Linux 128 plus the signal's number.
     std::optional<std::uint32_t> exit_code{};
 
     /// From the sending of the request to its end. For Start: from the start of the process.
@@ -148,11 +149,11 @@ struct Result
 /// How long one request may take, from when it is sent. Zero stands for "no limit".
 struct TimeLimit
 {
-    std::chrono::milliseconds warn_after{0}; ///< then Options::on_slow is called, once; the request goes on
+    std::chrono::milliseconds warn_after{0}; ///< then Options::on_slow is called, once; the request continues
     std::chrono::milliseconds kill_after{0}; ///< then the helper is killed, and the request ends as Hung
 };
 
-/// What Options::on_slow is told. The texts live as long as the callback runs.
+/// What Options::on_slow receives. The texts are valid until the callback returns.
 struct SlowRequest
 {
     std::string_view description; ///< the request in words, as "VornReadFile (SIGNATURE_VornReadFile) of library x.so"
@@ -160,7 +161,7 @@ struct SlowRequest
     std::chrono::milliseconds kill_after; ///< zero: no limit
 };
 
-/// How much the helper's log tells.
+/// How detailed the helper's log is.
 enum class LogLevel
 {
     Error,
@@ -212,14 +213,14 @@ struct Statistics
     std::uint64_t result_bytes = 0;             ///< bytes of all out-lists read with Results(), padding included
     std::uint64_t pipe_bytes_sent = 0;
     std::uint64_t pipe_bytes_received = 0;
-    std::uint64_t rejected_clients = 0; ///< processes other than the helper that tried the pipe
+    std::uint64_t rejected_clients = 0; ///< processes other than the helper that connected to the pipe
 };
 
 class Session;
 
 /// The arguments of the next call, written straight into the section, element after element. Obtained from
-/// Helper::Begin. A list that can't be sent (a text with a zero inside, no memory) is remembered as such: the elements
-/// that follow do nothing, spans come back empty, and Call returns NotSent with the reason.
+/// Helper::Begin. A list that can't be sent (a text with a zero inside, no memory) stays so: the elements that follow
+/// do nothing, spans are empty, and Call returns NotSent with the reason.
 ///
 /// Spans into the section stay valid until an element is added that makes the section grow, until the Call, or until
 /// the next Begin, whichever comes first. Give Begin the total size to rule out growth.
@@ -262,7 +263,7 @@ private:
 };
 
 /// The results of the last call, read out of the section, element after element. Obtained from Helper::Results. A value
-/// that doesn't lie within the section leaves its variable as it was, and so do all that follow; Complete tells.
+/// that doesn't lie within the section leaves its variable as it was, and so do all that follow; Complete reports it.
 /// Spans point into the section, without a copy, and stay valid until the next Begin or request.
 class OutList
 {
@@ -293,10 +294,10 @@ private:
 /// One helper process and the conversation with it. For one thread at a time, except Cancel. The destructor kills the
 /// process if it still runs. The process never outlives this one, however this one ends.
 ///
-/// The helper gets a pipe of a random name that only this user, and of his processes only the one that was started, can
-/// connect to; no handles but the standard streams; no console window and no error dialog. No pipe name, section name
-/// or socket file is left behind, whichever side ends first: a name is taken back as soon as the helper has opened what
-/// it stands for. (On Linux a parent that is killed outright between the two leaves that one name.)
+/// The helper gets a pipe of a random name that only the process that was started, as this user, can connect
+/// to; no handles but the standard streams; no console window and no error dialog. No pipe name, section name
+/// or socket file is left behind, whichever side ends first: a name is removed as soon as the helper has opened what it
+/// names. (On Linux a parent that is killed outright between the two leaves that one name.)
 class Helper
 {
 public:
@@ -306,7 +307,7 @@ public:
     Helper &operator=(const Helper &) = delete;
 
     /// Starts the process and waits until it has connected. NeverStarted, ExitedAtOnce and NeverAttached each name the
-    /// program, its arguments and the end of its log. Once only.
+    /// program, its arguments and the end of its log. May be called once.
     Result Start();
 
     /// Puts directories (separated as in PATH) in front of the helper's PATH.
@@ -318,14 +319,14 @@ public:
                  std::u16string_view system_name, bool interactive);
 
     /// Loads a library by name or path. The name as given here is the key by which Call finds it. Loading a name again
-    /// gives the old load back first.
+    /// releases the earlier load first.
     Result Load(std::u16string_view library);
 
     /// Asks for a message text out of a file's message table. `text` is set when Answered.
     Result ErrorText(std::uint32_t message, std::u16string_view file, WideString &text);
 
     /// Starts the argument list of the next call, empty. `total_size`, in bytes, makes the section that large at once;
-    /// reserve for the results too, and the helper needn't grow the section in the middle of the call.
+    /// reserve for the results too, and the helper needn't replace the section during the call.
     InList &Begin(std::uint32_t total_size = 0);
 
     /// Calls a function with the arguments laid out since Begin. `library` is a name given to Load, or empty for the
@@ -333,7 +334,7 @@ public:
     Result Call(std::u16string_view library, std::string_view function, std::string_view signature,
                 const TimeLimit &limit);
 
-    /// The results of the call that was answered last, from their beginning. Each call to Results begins anew.
+    /// The results of the call answered last. Each call to Results starts again at the first one.
     OutList &Results();
 
     /// For a caller that finds results to be impossible: kills the helper and returns BrokenProtocol with this reason.

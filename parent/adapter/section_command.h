@@ -22,7 +22,7 @@ public:
 
     OutList &Ask();
 
-    /// Where the adapter's text is to be read to; it is empty when the adapter said yes.
+    /// Receives the adapter's text, which is empty when the adapter said yes.
     std::string &Error() { return m_error; }
 
     /// `okay` false: the adapter said no by a number.

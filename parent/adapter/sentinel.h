@@ -10,8 +10,8 @@ namespace kessil::parent {
 class Sentinel
 {
 public:
-    /// How many bytes of the answer identify it: type, length, -1, number. Behind any call's first value at least as
-    /// many follow.
+    /// How many bytes of its answer identify it: type, length, -1, number. The whole answer is longer, so that waiting
+    /// for as many bytes behind any value can't block.
     static constexpr std::size_t start_size = 13;
 
     void AppendTo(BareWriter &writer);

@@ -1,4 +1,4 @@
-// A parent that calls a library which crashes, reads what became of it, and goes on with another helper.
+// A parent that calls a library which crashes, reads the outcome, and continues with another helper.
 
 #include <kessil/parent.h>
 

@@ -9,9 +9,9 @@
 
 namespace kessil::parent {
 
-/// Lays out the arguments of one call in a section. An element for which the section is too small is not written, and
-/// the function that adds it returns false or null: add it again once the section has been replaced by one of at least
-/// Needed() bytes with the same content. In a list that has failed, elements are not written either.
+/// Lays out the arguments of one call in a section. An element that doesn't fit is not written, and the function that
+/// adds it returns false or null; it may be added again when the section has been replaced by one of at least Needed()
+/// bytes with the same content. A list that has failed takes no elements either.
 class ArgumentList
 {
 public:

@@ -18,8 +18,8 @@ public:
 
     const std::filesystem::path &Path() const { return m_path; }
 
-    /// The last lines that have been appended since this object was made, each behind a line end and two spaces; behind
-    /// them stands nothing. Control characters are shown as '?'. Empty when nothing has been appended.
+    /// The last lines appended since this object was made, each after a line end and two spaces. Control characters are
+    /// replaced by '?'. Empty when nothing has been appended.
     std::string Tail() const;
 
 private:

@@ -13,9 +13,9 @@ namespace kessil::parent {
 /// One helper process and the one request under way with it. Helper and Adapter make their requests here. For one
 /// thread at a time, except Cancel.
 ///
-/// A request begins with Begin, sends and receives, and ends by one of the functions that return a Result. After one
-/// whose name begins with End the helper is gone and everything kept for it released, and every later request ends with
-/// the same Result. After a PipeStatus other than Done the request is to be ended by EndByPipe.
+/// A request begins with Begin, sends and receives, and ends by one of the functions that return a Result. Those whose
+/// names begin with End also end the helper and release everything kept for it: every later request returns the same
+/// Result. A PipeStatus other than Done leaves only EndByPipe to call.
 class Session
 {
 public:
@@ -24,7 +24,7 @@ public:
     Session(const Session &) = delete;
     Session &operator=(const Session &) = delete;
 
-    // The helper's life, as Helper has it.
+    // Start and end of the helper, as Helper declares them.
 
     Result Start();
     Result Stop(std::chrono::milliseconds limit);

@@ -1,5 +1,5 @@
-// Each command of the adapter, with an answer that is cut at every byte, refused, or sent to the last byte: whatever
-// the helper does, the call ends as kessil/adapter.h promises.
+// Each command of the adapter, with an answer that is cut at every byte, refused, or complete: the call always ends as
+// kessil/adapter.h says.
 
 #include "parent/adapter_calls.h"
 #include "parent/fake_helper.h"
@@ -50,8 +50,8 @@ protected:
         FakeHelper::ExpectNothingHeld();
     }
 
-    /// A helper that has loaded an adapter of the name "a", and whose process has ended with this code as soon as
-    /// somebody asks.
+    /// A helper that has loaded an adapter of the name "a", and whose process has ended with this code
+    /// whenever it is waited for.
     void Host(std::optional<std::uint32_t> exit_code)
     {
         End();
@@ -66,7 +66,8 @@ protected:
         ASSERT_EQ(fake->client->Receive(6), "l\0\0\0\1a"s);
     }
 
-    /// Makes the call, takes its request, and answers with as many bytes of this as said; leaves when they aren't all.
+    /// Makes the call, receives its request, and answers with the first `size` bytes of the answer; closes the pipe if
+    /// more would follow.
     Answer Make(const AdapterCall &call, const std::string &answer, std::size_t size)
     {
         const std::string request = Bytes(call.request);
@@ -144,14 +145,14 @@ TEST_F(AdapterFailureTest, NoCutAtEachByte)
 TEST_F(AdapterFailureTest, EachRefusal)
 {
     for (const AdapterCall &call : AdapterCalls()) {
-        // Where a refusal looks like a failure, only the helper's end tells.
+        // Here a refusal looks like a failure until the helper ends.
         if (call.name == "InitVixDiskLib")
             continue;
         Host(std::nullopt);
         const Answer answer = Make(call, refusal, std::string::npos);
         EXPECT_EQ(answer.result.outcome, Outcome::Refused) << call.name << answer.message;
         EXPECT_THAT(answer.message, StartsWith("the helper refused " + call.name + " (command "));
-        // A helper reads arguments that nobody took as requests.
+        // The helper takes arguments that are left in the pipe for requests.
         EXPECT_EQ(helper->Running(), Bytes(call.request).size() == 2) << call.name;
         EXPECT_EQ(helper->Figures().refused, 1U);
     }

@@ -78,7 +78,7 @@ protected:
     std::vector<std::pair<int, std::string>> log;
 };
 
-TEST_F(AdapterKessilTest, EveryCommandEndsInStepWithItsYes)
+TEST_F(AdapterKessilTest, EveryCommandReadsItsYesToTheEnd)
 {
     std::string script = "GetLibraryVersion text=1.2\n";
     for (const AdapterCall &call : AdapterCalls())
@@ -99,24 +99,24 @@ TEST_F(AdapterKessilTest, EveryCommandEndsInStepWithItsYes)
     ExpectGoodEnd();
 }
 
-TEST_F(AdapterKessilTest, EveryCommandEndsInStepWithItsNo)
+TEST_F(AdapterKessilTest, EveryCommandReadsItsNoToTheEnd)
 {
     Host("GetLibraryVersion text=1.2\nGetErrorMessage text=no such thing\n");
     const std::set<std::string> silent = {"CreateCredentials", "AddFolder", "WriteFileACL"};
     for (const AdapterCall &call : AdapterCalls()) {
         const Answer answer = call.make(*adapter);
         ASSERT_TRUE(answer.result) << call.name << answer.message;
-        const bool tells = !call.no.empty() && !silent.contains(call.name);
-        EXPECT_EQ(answer.error, tells ? "no such thing" : "") << call.name;
-        EXPECT_EQ(answer.okay, !tells) << call.name;
+        const bool fails = !call.no.empty() && !silent.contains(call.name);
+        EXPECT_EQ(answer.error, fails ? "no such thing" : "") << call.name;
+        EXPECT_EQ(answer.okay, !fails) << call.name;
     }
-    // Their results are numbers, and 0 is good.
+    // Their results are numbers, and 0 is a yes.
     const std::set<std::string> good = {"ReadFileACL", "ReadBackupFile"};
     for (const SectionCall &call : SectionCalls()) {
         const Answer answer = call.make(*adapter);
         ASSERT_TRUE(answer.result) << call.name << answer.message;
-        const bool tells = !call.no.empty() && !good.contains(call.name);
-        EXPECT_EQ(answer.error, tells ? "no such thing" : "") << call.name;
+        const bool fails = !call.no.empty() && !good.contains(call.name);
+        EXPECT_EQ(answer.error, fails ? "no such thing" : "") << call.name;
     }
     ExpectGoodEnd();
 }

@@ -71,7 +71,7 @@ protected:
     std::vector<std::pair<int, std::string>> log;
 };
 
-TEST_F(AdapterTest, TheCommandsAreAllHere)
+TEST_F(AdapterTest, EveryCommandIsTested)
 {
     EXPECT_EQ(AdapterCalls().size() + SectionCalls().size(), 61U);
 }
@@ -135,7 +135,7 @@ TEST_F(AdapterTest, LogLinesComeBeforeEachAnswer)
     ExpectGoodEnd();
 }
 
-TEST_F(AdapterTest, LogLinesNeedNobodyToTakeThem)
+TEST_F(AdapterTest, LogLinesNeedNoCallback)
 {
     adapter_options.on_log = {};
     Host("expect 66 38\nsend " + line + empty_log + "00000001\n" + stop);
@@ -143,7 +143,7 @@ TEST_F(AdapterTest, LogLinesNeedNobodyToTakeThem)
     ExpectGoodEnd();
 }
 
-TEST_F(AdapterTest, BytesThatDribble)
+TEST_F(AdapterTest, BytesThatArriveOneByOne)
 {
     Host("expect 66 24 00000001 70\ndribble " + line + empty_log + "00000001 00000001 78 0000000000000102 FFFFFFFE\n" +
          stop);
@@ -171,7 +171,7 @@ TEST_F(AdapterTest, ListingsReplaceWhatWasThere)
     ExpectGoodEnd();
 }
 
-TEST_F(AdapterTest, ValuesComeBack)
+TEST_F(AdapterTest, ValuesAreReturned)
 {
     Host("expect 66 7F\nsend 00000003 312E32\n"
          "expect 66 31 00000000 00000000 00000000 00000000 00000000 00000000\nsend " +
@@ -302,7 +302,7 @@ TEST_F(AdapterTest, LoadsByNamesOfOneByteForEachCharacter)
     ExpectGoodEnd();
 }
 
-TEST_F(AdapterTest, ARefusedLoadTellsTheLog)
+TEST_F(AdapterTest, ARefusedLoadShowsTheEndOfTheLog)
 {
     Start("attach\nexpect 6C 00000001 61\nlog Load library failure:  no such file\nsend FFFFFFFF\n" + stop);
     adapter.emplace(*helper);
@@ -315,7 +315,7 @@ TEST_F(AdapterTest, ARefusedLoadTellsTheLog)
     ExpectGoodEnd();
 }
 
-TEST_F(AdapterTest, CallsAreSaidToGoToTheNameThatSortsFirst)
+TEST_F(AdapterTest, MessagesNameTheLibraryThatSortsFirst)
 {
     const std::string no = "expect 66 38\nsend " + empty_log + "FFFFFFFF 00000000\n";
     Host("expect 6C 00000001 42\nsend 00000001\n" + no + "expect 6C 00000001 42\nsend FFFFFFFF\n" + no + stop);
@@ -327,7 +327,7 @@ TEST_F(AdapterTest, CallsAreSaidToGoToTheNameThatSortsFirst)
     ExpectGoodEnd();
 }
 
-TEST_F(AdapterTest, LoadAnswersThatAreNone)
+TEST_F(AdapterTest, LoadAnswersThatTheProtocolDoesNotAllow)
 {
     for (const std::string answer : {"00000000", "00000001 00", "FFFFFFFF 00", "53000000"}) {
         Start("attach\nexpect 6C 00000001 61\nsend " + answer + "\nhang\n");
@@ -396,7 +396,7 @@ TEST_F(AdapterTest, ADeathInTheMiddleOfTheData)
 TEST_F(AdapterTest, TheLibrarysInitializationIsRefusedOrFails)
 {
     const std::string request = "expect 66 17 00000001 63 00000001 6C\n";
-    // Behind a refusal the helper meets the arguments as a request that it doesn't know.
+    // After a refusal the helper reads the arguments as a request that it doesn't know.
     Host(request + refused + "exit 1\n");
     const Answer refusal = adapter->InitVixDiskLib("c", "l");
     EXPECT_EQ(refusal.result.outcome, Outcome::Refused) << refusal.message;
@@ -415,7 +415,7 @@ TEST_F(AdapterTest, TheLibrarysInitializationIsRefusedOrFails)
     ExpectGoodEnd();
 }
 
-TEST_F(AdapterTest, SectorsComeStraightFromThePipe)
+TEST_F(AdapterTest, SectorsAreReadStraightFromThePipe)
 {
     constexpr std::size_t size = 1 << 20;
     Host("expect 66 39 7FFFFFFFFFFFFFFF 0000000000000800 00000000\nsend " + line + empty_log +
@@ -432,7 +432,7 @@ TEST_F(AdapterTest, SectorsComeStraightFromThePipe)
     ExpectGoodEnd();
 }
 
-TEST_F(AdapterTest, SectorsAreSentFromWhereTheyLie)
+TEST_F(AdapterTest, SectorsAreSentWithoutACopy)
 {
     Host("expect 66 3A 0000000000000001 0000000000000800 00100000\nexpect_fill 1048576 A5\nsend " + empty_log +
          "00000001\nexpect 66 3A 0000000000000000 0000000000000000 00000000\nsend " + empty_log + "00000001\n" + stop);
@@ -443,7 +443,7 @@ TEST_F(AdapterTest, SectorsAreSentFromWhereTheyLie)
     ExpectGoodEnd();
 }
 
-TEST_F(AdapterTest, SectorsOfAnotherSizeAreTold)
+TEST_F(AdapterTest, SectorsOfAnotherSizeBreakTheProtocol)
 {
     for (const std::string size : {"00000000", "000001FF", "00000400", "FFFFFFFE"}) {
         Host(Joined({"expect 66 39 0000000000000000 0000000000000001 00000000\nsend ", empty_log, size, "\nhang\n"}));
@@ -457,10 +457,10 @@ TEST_F(AdapterTest, SectorsOfAnotherSizeAreTold)
 
 // The calls that answer with a bare value, or with a text alone.
 
-class FenceTest : public AdapterTest
+class SentinelTest : public AdapterTest
 {
 protected:
-    /// What OpenRestoreFile makes of this answer.
+    /// The Answer of OpenRestoreFile to this answer of the helper.
     Answer Open(const std::string &answer, const std::string &end = stop)
     {
         Host("expect 66 13 00000000 00000001 70\nsentinel\nsend " + empty_log + answer + '\n' + end);
@@ -490,7 +490,7 @@ protected:
     RestoreFile file{};
 };
 
-TEST_F(FenceTest, AHandle)
+TEST_F(SentinelTest, AHandle)
 {
     ExpectFile("00000003" + sentinel, 3);
     ExpectFile("7FFFFFFF" + sentinel, 0x7FFFFFFF);
@@ -498,12 +498,12 @@ TEST_F(FenceTest, AHandle)
     ExpectFile("00000003 45 0000000A FFFFFFFF NUMBER 0000", 3);
 }
 
-TEST_F(FenceTest, HandleZeroAndNoTextLookAlike)
+TEST_F(SentinelTest, HandleZeroAndNoTextLookAlike)
 {
     ExpectFile("00000000" + sentinel, 0);
 }
 
-TEST_F(FenceTest, TextsOfAllLengthsUpToTheFencesOwn)
+TEST_F(SentinelTest, TextsOfAllLengthsUpToTheSentinels)
 {
     std::string hex;
     for (int length = 1; length < 30; ++length) {
@@ -514,12 +514,12 @@ TEST_F(FenceTest, TextsOfAllLengthsUpToTheFencesOwn)
     }
 }
 
-TEST_F(FenceTest, ATextThatBeginsLikeTheFence)
+TEST_F(SentinelTest, ATextThatBeginsLikeTheSentinelsAnswer)
 {
     ExpectText("0000000D 45 0000000E FFFFFFFF 01020304" + sentinel, "E\0\0\0\x0E\xFF\xFF\xFF\xFF\x01\x02\x03\x04"s);
 }
 
-TEST_F(FenceTest, ATextWithTheFencesNumberElsewhere)
+TEST_F(SentinelTest, ATextWithTheSentinelsNumberElsewhere)
 {
     const Answer answer = Open("0000000D 53 0000000E FFFFFFFF NUMBER" + sentinel);
     EXPECT_TRUE(answer.result) << answer.message;
@@ -528,7 +528,7 @@ TEST_F(FenceTest, ATextWithTheFencesNumberElsewhere)
     ExpectGoodEnd();
 }
 
-TEST_F(FenceTest, ATextAsLongAsAHandleMayBe)
+TEST_F(SentinelTest, ATextAsLongAsAHandleMayBe)
 {
     std::string text;
     std::string hex;
@@ -538,7 +538,7 @@ TEST_F(FenceTest, ATextAsLongAsAHandleMayBe)
     ExpectText("00010000" + hex + sentinel, text);
 }
 
-TEST_F(FenceTest, AnotherAnswerThanThatToTheFence)
+TEST_F(SentinelTest, AnotherAnswerThanTheSentinels)
 {
     for (const std::string &answer : std::vector<std::string>{
              "00000001 61 45 0000000E FFFFFFFF 01020304 6E00 6F00 0000", // another number
@@ -558,7 +558,7 @@ TEST_F(FenceTest, AnotherAnswerThanThatToTheFence)
     }
 }
 
-TEST_F(FenceTest, AnOverriddenValueEchoesItsSession)
+TEST_F(SentinelTest, AnOverriddenValueEchoesItsSession)
 {
     const std::string request = " 00000000 00000000\nsentinel\nsend " + empty_log;
     const auto answer = [&](const std::string &session, const std::string &echo, const std::string &end) {
@@ -763,7 +763,7 @@ TEST_F(SectionCallTest, ALargeReadHasItsRoomAtOnce)
     ExpectGoodEnd();
 }
 
-TEST_F(SectionCallTest, ResultsThatMakeNoSense)
+TEST_F(SectionCallTest, ResultsThatAreImpossible)
 {
     std::byte room[4] = {std::byte{1}, std::byte{1}, std::byte{1}, std::byte{1}};
     std::int32_t number = 0;
@@ -781,7 +781,7 @@ TEST_F(SectionCallTest, ResultsThatMakeNoSense)
     EXPECT_EQ(answer.result.outcome, Outcome::BrokenProtocol) << answer.message;
 }
 
-TEST_F(SectionCallTest, AnswersThatAreNone)
+TEST_F(SectionCallTest, AnswersThatAreNotAllowed)
 {
     for (const std::string answer : {"FFFFFF00", "FFFFFFFF 00", "FFFFFC19", "00000001", "66"}) {
         HostWithSection("expect 66 0C\nsend " + answer + "\nhang\n");
@@ -847,7 +847,7 @@ protected:
     std::vector<AdapterItem> items;
 };
 
-TEST_F(AdapterEndTest, CountsAndLengthsBeyondReasonTakeNoMemory)
+TEST_F(AdapterEndTest, ImpossibleCountsAndLengthsAllocateNothing)
 {
     // Two thousand million items, or a text of a megabyte, of which nothing comes.
     for (const std::string answer :
@@ -874,7 +874,7 @@ TEST_F(AdapterEndTest, HangsAnywhere)
     }
 }
 
-TEST_F(AdapterEndTest, HangsBeforeTheFenceAndInTheMiddleOfABlock)
+TEST_F(AdapterEndTest, HangsBeforeTheSentinelsAnswerAndInTheMiddleOfABlock)
 {
     adapter_options.limit = {0ms, 300ms};
     Host("expect 66 13 00000000 00000000\nsentinel\nsend " + empty_log + "00000001\nhang\n");
@@ -916,7 +916,7 @@ TEST_F(AdapterEndTest, IsCancelledByAnotherThread)
     EXPECT_EQ(adapter->CloseDisk().result.outcome, Outcome::Cancelled);
 }
 
-TEST_F(AdapterEndTest, AnswersThatAreNone)
+TEST_F(AdapterEndTest, AnswersThatAreNotAllowed)
 {
     for (const std::string &answer : std::vector<std::string>{
              "00000001"s,                                                       // no log block
@@ -942,7 +942,7 @@ TEST_F(AdapterEndTest, AnswersThatAreNone)
     }
 }
 
-TEST_F(AdapterEndTest, StatusesThatAreNone)
+TEST_F(AdapterEndTest, StatusesThatAreNotAllowed)
 {
     for (const std::string status : {"00000000", "00000002", "FFFFFFFE", "FFFFFC19"}) {
         Host(Joined({"expect 66 38\nsend ", empty_log, status, "\nhang\n"}));
@@ -954,7 +954,7 @@ TEST_F(AdapterEndTest, StatusesThatAreNone)
     }
 }
 
-TEST_F(AdapterEndTest, HandlesThatAreNone)
+TEST_F(AdapterEndTest, HandlesThatAreNotAllowed)
 {
     BackupSession session{};
     Host("expect 66 06 00000000 FFFFFFFF\nsend " + empty_log + "FFFFFFFE\nhang\n");

@@ -1,6 +1,6 @@
-/// A parent that ends in the ways in which parents end, for the tests that its helper ends with it. Started as
-/// `doomed_parent PIPE HELPER DIRECTORY ENDING`: starts a scripted helper in that directory, tells its process id (4
-/// bytes, the host's order) over the pipe, waits for a byte from there, and ends.
+/// A parent that ends in one of the ways in which processes end, for the tests that its helper ends with it. Started as
+/// `doomed_parent PIPE HELPER DIRECTORY ENDING`: starts a scripted helper in that directory, sends its process id (4
+/// bytes, the host's order) through the pipe, waits for a byte from there, and ends.
 #include <kessil/parent.h>
 
 #include "platform/entry_point.h"

@@ -8,9 +8,9 @@ namespace {
 using namespace std::chrono_literals;
 using testing::HasSubstr;
 
-/// A helper that answers a call with something and then stays, so that only its words can end the call. The limit is
-/// there for a parent that waits for more.
-class LyingTest : public ScriptedTest
+/// A helper that answers a call against the protocol and then keeps running, so that only its answer can end the call.
+/// The limit is for a parent that waits for more.
+class BrokenAnswerTest : public ScriptedTest
 {
 protected:
     Result After(const std::string &lines)
@@ -30,19 +30,19 @@ protected:
     }
 };
 
-TEST_F(LyingTest, EveryTypeThatNoHelperSends)
+TEST_F(BrokenAnswerTest, EveryTypeThatNoHelperSends)
 {
     for (const std::string type : {"00", "41", "46", "4C", "50", "58", "5A", "65", "66", "72", "73", "FF"})
         ExpectBroken("send " + type + '\n');
 }
 
-TEST_F(LyingTest, LengthsOfFourGigabytes)
+TEST_F(BrokenAnswerTest, LengthsOfFourGigabytes)
 {
     for (const std::string type : {"53", "45", "4D", "52"})
         ExpectBroken("send " + type + " FFFFFFFF\n");
 }
 
-TEST_F(LyingTest, LengthsJustBeyondTheBounds)
+TEST_F(BrokenAnswerTest, LengthsJustBeyondTheBounds)
 {
     ExpectBroken("send 53 00000001\n");
     ExpectBroken("send 45 00100001\n");
@@ -50,7 +50,7 @@ TEST_F(LyingTest, LengthsJustBeyondTheBounds)
     ExpectBroken("send 52 00010001\n");
 }
 
-TEST_F(LyingTest, FailuresCutShort)
+TEST_F(BrokenAnswerTest, FailuresCutShort)
 {
     const std::string payload = "FFFFFFFFFFFFFFFF7800";
     for (std::size_t bytes = 0; bytes <= payload.size() / 2; ++bytes) {
@@ -59,7 +59,7 @@ TEST_F(LyingTest, FailuresCutShort)
     }
 }
 
-TEST_F(LyingTest, NoticesCutShortOrWithALargeValue)
+TEST_F(BrokenAnswerTest, NoticesCutShortOrWithALargeValue)
 {
     const std::string payload = "000000017800";
     for (std::size_t bytes = 0; bytes <= payload.size() / 2; ++bytes)
@@ -67,13 +67,13 @@ TEST_F(LyingTest, NoticesCutShortOrWithALargeValue)
     ExpectBroken("send 4D 00000006 00000100 0000\n");
 }
 
-TEST_F(LyingTest, BytesBehindTheAnswer)
+TEST_F(BrokenAnswerTest, BytesBehindTheAnswer)
 {
     ExpectBroken("send 53 00000000 53\n");
     ExpectBroken("send 45 0000000A FFFFFFFF FFFFFFFF 0000 4D\n");
 }
 
-TEST_F(LyingTest, AnnouncementsCutShort)
+TEST_F(BrokenAnswerTest, AnnouncementsCutShort)
 {
     const std::string payload = "610000000000000000000064";
     for (std::size_t bytes = 0; bytes < payload.size() / 2; ++bytes) {
@@ -82,25 +82,25 @@ TEST_F(LyingTest, AnnouncementsCutShort)
     }
 }
 
-TEST_F(LyingTest, AnnouncementsOfUnknownSections)
+TEST_F(BrokenAnswerTest, AnnouncementsOfUnknownSections)
 {
     ExpectBroken("announce_as kessil-of-someone-else 4096\n");
     ExpectBroken("announce_as 0 4096\n");
 }
 
-TEST_F(LyingTest, AnnouncementsOfImpossibleSizes)
+TEST_F(BrokenAnswerTest, AnnouncementsOfImpossibleSizes)
 {
     ExpectBroken("create 4096\nlog_names\nannounce 0\n");
     ExpectBroken("create 4096\nlog_names\nannounce 4294967296\n");
     ExpectBroken("create 4096\nlog_names\nannounce 18446744073709551615\n");
 }
 
-TEST_F(LyingTest, ASuccessInASectionThatWasRefused)
+TEST_F(BrokenAnswerTest, ASuccessInASectionThatWasRefused)
 {
     ExpectBroken("announce 100\ntake FFFFFFFF FFFFFFFF\nsend 53 00000000\n");
 }
 
-TEST_F(LyingTest, NoticesAndAnnouncementsOutsideACall)
+TEST_F(BrokenAnswerTest, NoticesAndAnnouncementsOutsideACall)
 {
     for (const std::string frame : {"4D 00000006 00000001 0000", "52 0000000C 6100 0000 0000000000000064"}) {
         Start("attach\nexpect 4C 00000004 7800 0000\nsend " + frame + "\nhang\n");
@@ -110,7 +110,7 @@ TEST_F(LyingTest, NoticesAndAnnouncementsOutsideACall)
     }
 }
 
-TEST_F(LyingTest, ASuccessForAnErrorText)
+TEST_F(BrokenAnswerTest, ASuccessForAnErrorText)
 {
     Start("attach\ntake 00000005\nsend 53 00000000\nhang\n");
     WideString text = u"before";
@@ -118,14 +118,14 @@ TEST_F(LyingTest, ASuccessForAnErrorText)
     EXPECT_EQ(text, u"before");
 }
 
-TEST_F(LyingTest, TheErrorTextOfAnotherMessage)
+TEST_F(BrokenAnswerTest, TheErrorTextOfAnotherMessage)
 {
     Start("attach\ntake 00000005\nsend 45 0000000A FFFFFFFF 00000006 0000\nhang\n");
     WideString text;
     EXPECT_EQ(helper->ErrorText(5, u"m", text).outcome, Outcome::BrokenProtocol);
 }
 
-class DyingTest : public LyingTest
+class EarlyExitTest : public BrokenAnswerTest
 {
 protected:
     void ExpectDeathAfterEachByteOf(const std::string &frame)
@@ -141,41 +141,41 @@ protected:
     }
 };
 
-TEST_F(DyingTest, InEveryByteOfASuccess)
+TEST_F(EarlyExitTest, InEveryByteOfASuccess)
 {
     ExpectDeathAfterEachByteOf("5300000000");
 }
 
-TEST_F(DyingTest, InEveryByteOfAFailure)
+TEST_F(EarlyExitTest, InEveryByteOfAFailure)
 {
     ExpectDeathAfterEachByteOf("450000000CFFFFFFFFFFFFFFFF78000000");
 }
 
-TEST_F(DyingTest, InEveryByteOfANotice)
+TEST_F(EarlyExitTest, InEveryByteOfANotice)
 {
     ExpectDeathAfterEachByteOf("4D000000080000000178000000");
 }
 
-TEST_F(DyingTest, InEveryByteOfAnAnnouncement)
+TEST_F(EarlyExitTest, InEveryByteOfAnAnnouncement)
 {
     ExpectDeathAfterEachByteOf("520000000C610000000000000000000064");
 }
 
-TEST_F(DyingTest, WithASectionMadeAndNotYetAnnounced)
+TEST_F(EarlyExitTest, WithASectionMadeAndNotYetAnnounced)
 {
     StartWithSection(call_f + "create 4096\nlog_names\nexit 5\n");
     EXPECT_EQ(CallF().outcome, Outcome::Died);
     EXPECT_EQ(Leftovers(directory), "");
 }
 
-TEST_F(DyingTest, RightAfterAnAnnouncement)
+TEST_F(EarlyExitTest, DirectlyAfterAnAnnouncement)
 {
     StartWithSection(call_f + "create 4096\nlog_names\nannounce 4096\nexit 5\n");
     EXPECT_EQ(CallF().outcome, Outcome::Died);
     EXPECT_EQ(Leftovers(directory), "");
 }
 
-TEST_F(DyingTest, BeforeTheRequestCame)
+TEST_F(EarlyExitTest, BeforeTheRequestArrived)
 {
     StartWithSection("drop\nexit 5\n");
     const Result result = CallF();

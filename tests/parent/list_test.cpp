@@ -83,7 +83,7 @@ TEST_F(ListTest, WideTextAtAnOddPlaceAsTheLastElement)
     ExpectSent();
 }
 
-TEST_F(ListTest, ANumberThatWouldSpoilAWideTextIsNotSent)
+TEST_F(ListTest, ANumberThatWouldOverwriteAWideTextsEndIsNotSent)
 {
     StartWithSection(stop);
     for (const std::uint32_t number : {0x00010000U, 0x01000000U}) {

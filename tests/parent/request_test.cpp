@@ -146,7 +146,7 @@ TEST_F(RequestTest, ANoticeLargerThanAnyBuffer)
     ExpectGoodEnd();
 }
 
-TEST_F(RequestTest, EverythingDribbledByteByByte)
+TEST_F(RequestTest, EveryByteInAWriteOfItsOwn)
 {
     int notices = 0;
     options.on_notice = [&](std::uint8_t, const WideString &) { ++notices; };
@@ -219,7 +219,7 @@ TEST_F(RequestTest, ASectionThatTheHelperRefusesIsTheEndOfIt)
     EXPECT_EQ(Leftovers(directory), "");
 }
 
-TEST_F(RequestTest, ADeathInACallIsOneClearError)
+TEST_F(RequestTest, ADeathInACallIsDescribed)
 {
     StartWithSection(call_f + "log about to fall over\nexit 41\n");
     const Result result = CallF();
@@ -247,7 +247,7 @@ TEST_F(RequestTest, AHelperThatDropsItsPipeButLivesIsKilled)
     EXPECT_EQ(Leftovers(directory), "");
 }
 
-TEST_F(RequestTest, AHungHelperIsWarnedOfAndThenKilled)
+TEST_F(RequestTest, AHungHelperCausesAWarningAndIsThenKilled)
 {
     int warnings = 0;
     std::string description;
@@ -267,7 +267,7 @@ TEST_F(RequestTest, AHungHelperIsWarnedOfAndThenKilled)
     EXPECT_EQ(Leftovers(directory), "");
 }
 
-TEST_F(RequestTest, ADribblingHelperIsStillHung)
+TEST_F(RequestTest, AHelperThatHangsInTheMiddleOfAFrameIsHung)
 {
     StartWithSection(call_f + "send 53 0000\nhang\n");
     EXPECT_EQ(CallF({0ms, 100ms}).outcome, Outcome::Hung);

@@ -29,8 +29,8 @@ private:
     std::filesystem::path m_path;
 };
 
-/// What the system still knows of a helper that is gone: its pipe and its sections, by the names that the scripted
-/// helper wrote down with `log_names`. The text lists what is still there; empty is good.
+/// What a helper that is gone has left in the system: its pipe and its sections, by the names that the scripted helper
+/// wrote with `log_names`. Empty when nothing is left.
 std::string Leftovers(const TemporaryDirectory &directory);
 
 /// Runs the scripted helper. The helper is started only by Start, so that a test writes the script first.
@@ -65,7 +65,7 @@ protected:
 /// The request that CallF sends: library a, function f, signature s.
 inline const std::string call_f = "expect 46 00000008 6100 0000 6600 7300\n";
 
-/// What the helper is asked at the orderly stop.
+/// The request of the orderly stop.
 inline const std::string stop = "expect 66 01\n";
 
 inline const std::string success = "send 53 00000000\n";

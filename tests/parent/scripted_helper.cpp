@@ -1,11 +1,11 @@
-/// Stands in for the helper in the tests of the parent library: does what the file `script` in its working directory
-/// says, line by line. It takes the helper's command line; `--script NAME` picks another file.
+/// Takes the place of the helper in the tests of the parent library: executes the file `script` in its working
+/// directory line by line. It has the helper's command line; `--script NAME` names another file.
 ///
 ///     attach               connects to the pipe
 ///     expect HEX           reads that many bytes; ends with code 99 when they differ
 ///     expect_end           ends with code 99 when the pipe gives anything
 ///     expect_fill N HEX    reads N bytes; ends with code 99 when they aren't all this byte
-///     sentinel                reads the lookup of a message text in a file without a name, and keeps its number
+///     sentinel             reads the lookup of a message text in a file without a name, and keeps its number
 ///     take HEX             reads a frame and checks that its payload starts with these bytes
 ///     section              reads an announcement, opens the section, answers it, and logs its name
 ///     section_refused      reads an announcement and refuses it
@@ -79,7 +79,7 @@ public:
 private:
     void Do(const std::string &verb, std::istringstream &rest);
     void DoSection(const std::string &verb, std::istringstream &rest);
-    void DoSurroundings(const std::string &verb, std::istringstream &rest);
+    void DoOther(const std::string &verb, std::istringstream &rest);
 
     void Attach();
     Bytes Read(std::size_t size);
@@ -192,11 +192,11 @@ void Player::DoSection(const std::string &verb, std::istringstream &rest)
     } else if (verb == "announce_as" && rest >> name >> number) {
         Announce(platform::FromUtf8(name), number);
     } else {
-        DoSurroundings(verb, rest);
+        DoOther(verb, rest);
     }
 }
 
-void Player::DoSurroundings(const std::string &verb, std::istringstream &rest)
+void Player::DoOther(const std::string &verb, std::istringstream &rest)
 {
     std::string text;
     std::getline(rest >> std::ws, text);
@@ -218,7 +218,7 @@ void Player::DoSurroundings(const std::string &verb, std::istringstream &rest)
         unsigned char byte = 0;
         std::uint32_t count = 0;
         if (gate == platform::invalid_pipe || !platform::ReadPipe(gate, &byte, 1, count))
-            throw Mismatch("the gate stays shut");
+            throw Mismatch("the gate is closed");
         platform::ClosePipe(gate);
     } else if (verb == "run") {
         Run(text);
@@ -247,7 +247,7 @@ Bytes Player::Read(std::size_t size)
     for (std::size_t at = 0; at < size;) {
         std::uint32_t count = 0;
         if (!platform::ReadPipe(m_pipe, bytes.data() + at, static_cast<std::uint32_t>(size - at), count) || count == 0)
-            throw Mismatch("the pipe ended behind " + Hex({bytes.begin(), bytes.begin() + static_cast<long>(at)}));
+            throw Mismatch("the pipe ended after " + Hex({bytes.begin(), bytes.begin() + static_cast<long>(at)}));
         at += count;
     }
     return bytes;

@@ -35,7 +35,7 @@ bool HoldsSecret(const unsigned char *block, std::size_t size)
     return Holds(block, size, secret) || Holds(block, size, narrow_secret);
 }
 
-void GiveBack(void *block) noexcept
+void Release(void *block) noexcept
 {
     if (block == nullptr)
         return;
@@ -48,7 +48,7 @@ void GiveBack(void *block) noexcept
 
 } // namespace
 
-// Memory of this program is looked through when it is given back.
+// Every block of this program is searched for the secret when it is released.
 void *operator new(std::size_t size)
 {
     auto *const whole = static_cast<unsigned char *>(std::malloc(front + size));
@@ -61,20 +61,20 @@ void *operator new(std::size_t size)
 
 void operator delete(void *block) noexcept
 {
-    GiveBack(block);
+    Release(block);
 }
 
 void operator delete(void *block, std::size_t) noexcept
 {
-    GiveBack(block);
+    Release(block);
 }
 
 namespace kessil::parent {
 namespace {
 
-/// What is found once a helper was told the secret in this way, and is gone.
-template <typename Telling>
-int FoundAfter(Telling tell)
+/// How many released blocks held the secret, once a helper to which it was sent in this way is gone.
+template <class Send>
+int FoundAfter(Send send)
 {
     g_found = 0;
     {
@@ -82,7 +82,7 @@ int FoundAfter(Telling tell)
         options.program = KESSIL;
         Helper helper(options);
         EXPECT_TRUE(helper.Start());
-        tell(helper);
+        send(helper);
     }
     return g_found;
 }
@@ -92,7 +92,7 @@ TEST(SecretTest, APasswordLeavesNoCopyBehind)
     EXPECT_EQ(FoundAfter([](Helper &helper) {
                   // Long, so that the frame would have to grow behind the password.
                   const WideString system(300, u's');
-                  // Wine lets nobody be impersonated.
+                  // Wine can't impersonate a user.
                   EXPECT_EQ(helper.Logon(u"ada", u"", secret, system, false).outcome,
                             test::UnderWine() ? Outcome::Refused : Outcome::Answered);
               }),
@@ -109,14 +109,14 @@ TEST(SecretTest, APasswordThatIsNotSentLeavesNoCopyBehind)
 }
 
 /// The same for an adapter's calls, by way of a library that has no such functions.
-template <typename Telling>
-int FoundAfterCalls(Telling tell)
+template <class Send>
+int FoundAfterCalls(Send send)
 {
     return FoundAfter([&](Helper &helper) {
         Adapter adapter(helper);
         const auto plain = std::filesystem::path(KESSIL_TEST_LIBRARIES "/plain" LIBRARY_SUFFIX).u16string();
         EXPECT_TRUE(adapter.Load(plain));
-        tell(adapter);
+        send(adapter);
     });
 }
 
@@ -134,7 +134,7 @@ TEST(SecretTest, CredentialsLeaveNoCopyBehind)
               0);
 }
 
-TEST(SecretTest, CopiesAreFoundWhereTheyAreLeft)
+TEST(SecretTest, CopiesThatAreLeftAreFound)
 {
     EXPECT_GT(FoundAfterCalls([](Adapter &adapter) { EXPECT_FALSE(adapter.AddFolder(narrow_secret)); }), 0);
     EXPECT_GT(FoundAfter([](Helper &helper) { EXPECT_FALSE(helper.Load(secret)); }), 0);

@@ -29,7 +29,7 @@ TEST_F(StartTest, ConnectsAndStopsInOrder)
     EXPECT_EQ(Leftovers(directory), "");
 }
 
-TEST_F(StartTest, HandsOverTheCommandLine)
+TEST_F(StartTest, PassesTheCommandLine)
 {
     options.log_level = LogLevel::Debug;
     Start("attach\nlog_names\nlog_arguments\n" + stop);
@@ -52,20 +52,20 @@ TEST_F(StartTest, AMissingProgramNeverStarted)
 
 TEST_F(StartTest, AProgramThatEndsExitedAtOnce)
 {
-    const Result result = Prepare("log_names\nlog no room at the inn\nexit 7\n").Start();
+    const Result result = Prepare("log_names\nlog no memory left\nexit 7\n").Start();
     EXPECT_EQ(result.outcome, Outcome::ExitedAtOnce);
     EXPECT_EQ(result.exit_code, 7U);
     EXPECT_THAT(result.message, HasSubstr("scripted_helper"));
     EXPECT_THAT(result.message, HasSubstr("\"--out_file\""));
     EXPECT_THAT(result.message, HasSubstr("exit code 7"));
-    EXPECT_THAT(result.message, HasSubstr("\n  no room at the inn"));
+    EXPECT_THAT(result.message, HasSubstr("\n  no memory left"));
     EXPECT_EQ(Leftovers(directory), "");
 }
 
 TEST_F(StartTest, AProgramThatDoesNotConnectNeverAttached)
 {
     options.attach_limit = 3s;
-    const Result result = Prepare("log_names\nlog still thinking\nhang\n").Start();
+    const Result result = Prepare("log_names\nlog still working\nhang\n").Start();
     EXPECT_EQ(result.outcome, Outcome::NeverAttached);
     EXPECT_GE(result.elapsed, 3s);
     EXPECT_THAT(result.message, HasSubstr("scripted_helper"));
@@ -98,10 +98,10 @@ TEST_F(StartTest, AHelperThatEndsRightAfterConnectingIsFoundDeadByTheFirstReques
     EXPECT_EQ(Leftovers(directory), "");
 }
 
-TEST_F(StartTest, AStrangerIsTurnedAwayAndTheHelperStillGetsIn)
+TEST_F(StartTest, AnotherProcessIsRejectedAndTheHelperStillConnects)
 {
-    directory.WriteFile("stranger", "attach\nexpect_end\n");
-    Start("run stranger\nattach\nlog_names\n" + stop);
+    directory.WriteFile("other", "attach\nexpect_end\n");
+    Start("run other\nattach\nlog_names\n" + stop);
     EXPECT_EQ(helper->Figures().rejected_clients, 1U);
     ExpectGoodEnd();
     EXPECT_EQ(Leftovers(directory), "");
@@ -109,7 +109,7 @@ TEST_F(StartTest, AStrangerIsTurnedAwayAndTheHelperStillGetsIn)
 
 TEST_F(StartTest, TheConnectedPipeTakesNoSecondClient)
 {
-    directory.WriteFile("stranger", "attach\nexpect_end\n");
+    directory.WriteFile("other", "attach\nexpect_end\n");
     Start("attach\nlog_names\nexpect 4C 00000004 7800 0000\n" + success + stop);
     ASSERT_TRUE(helper->Load(u"x"));
     const std::string name = directory.ReadFile("names");
@@ -197,7 +197,7 @@ TEST_F(StartTest, AStartCancelledFromAnotherThread)
     platform::DestroyPipeServer(witness);
 }
 
-TEST_F(StartTest, AStopThatIsNotObeyedIsKilled)
+TEST_F(StartTest, AHelperThatIgnoresTheStopIsKilled)
 {
     Start("attach\nlog_names\n" + stop + "hang\n");
     const Result result = helper->Stop(100ms);
@@ -214,7 +214,7 @@ TEST_F(StartTest, AStopThatEndsWithAnotherCode)
     EXPECT_EQ(result.exit_code, 1U);
 }
 
-TEST_F(StartTest, NothingCanBeAskedBeforeTheStart)
+TEST_F(StartTest, NoRequestBeforeTheStart)
 {
     Prepare("");
     EXPECT_EQ(helper->Load(u"x").outcome, Outcome::NotSent);

@@ -1,4 +1,4 @@
-// The parent on a system where any step can fail: each failure is the one clear Result that kessil/parent.h promises.
+// The parent on a system where any step can fail: each failure is the one clear Result that kessil/parent.h describes.
 
 #include "parent/fake_helper.h"
 
@@ -111,7 +111,7 @@ TEST_F(SystemFailureTest, NoProcess)
     ExpectOver(result);
 }
 
-TEST_F(SystemFailureTest, APipeThatTakesNobody)
+TEST_F(SystemFailureTest, APipeThatAcceptsNoClient)
 {
     fake_pipe_server.accept_fates = {{PipeStatus::Failed, 23}};
     const Result result = Start();
@@ -121,7 +121,7 @@ TEST_F(SystemFailureTest, APipeThatTakesNobody)
     ExpectOver(result);
 }
 
-TEST_F(SystemFailureTest, AStrangerComesBeforeTheHelper)
+TEST_F(SystemFailureTest, AnotherProcessConnectsBeforeTheHelper)
 {
     fake.stranger = std::make_shared<test::FakePipeClient>(1);
     StartWell();
@@ -209,7 +209,7 @@ TEST_F(SystemFailureTest, AHelpersSectionThatCanNotBeMapped)
     EXPECT_TRUE(helper->Running());
     EXPECT_FALSE(fake_section.Has(name));
 
-    // It goes on in a section of this side's.
+    // The next call makes a section of this side's.
     fake_section.map_code = 0;
     fake.client->Answer(success);
     fake.client->Answer(success);
@@ -233,7 +233,7 @@ TEST_F(SystemFailureTest, AWriteThatFails)
     ExpectOver(result);
 }
 
-TEST_F(SystemFailureTest, AReadThatFailsBehindAHelperThatEnded)
+TEST_F(SystemFailureTest, AReadThatFailsAfterTheHelperEnded)
 {
     fake.run.exit_code = 139;
     StartWell();
@@ -274,7 +274,7 @@ TEST_F(SystemFailureTest, AHelperThatHangsAndDoesNotEvenDie)
     ExpectOver(result);
 }
 
-TEST_F(SystemFailureTest, AStopThatTheHelperDoesNotFollow)
+TEST_F(SystemFailureTest, AStopThatTheHelperIgnores)
 {
     fake_process.waits = false;
     StartWell();
