@@ -4,8 +4,8 @@
 
 namespace kessil::parent {
 
-/// The request of one call by command while it is under way: the bytes of its answer, and how it has ended. Once it has
-/// ended, every function does nothing; those that return bool return false.
+/// The answer of one call by command: its bytes, and how the request ended. Once it has ended, Receive and Peek return
+/// false, and it can't be ended another way.
 class CommandSource
 {
 public:
@@ -19,15 +19,12 @@ public:
     /// Waits for the next bytes, which the next Receive returns again.
     bool Peek(std::size_t size, std::span<const unsigned char> &bytes);
 
-    /// Waits as Receive does, and leaves it to the caller what to make of a status other than Done.
-    platform::PipeStatus TryReceive(std::span<unsigned char> place) { return m_session.Receive(place); }
-
     /// Ends the request, since the helper sent this.
     void EndBroken(const std::string &sent);
 
     void End(Result result);
 
-    /// How the request ended. One that has not ended yet is answered, and must have no more bytes behind its answer.
+    /// How the request ended. One that has not ended is answered, if no more bytes follow.
     Result TakeResult();
 
 private:

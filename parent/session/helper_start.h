@@ -25,7 +25,7 @@ public:
     /// Why there is no helper; empty when it has connected.
     std::optional<Ending> Run();
 
-    /// How many processes other than the helper tried the pipe.
+    /// How many processes other than the helper connected to the pipe.
     std::uint64_t RejectedClients() const { return m_rejected_clients; }
 
 private:
