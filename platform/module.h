@@ -9,9 +9,9 @@ namespace kessil::platform {
 /// A loaded library; null means none.
 using ModuleHandle = void *;
 
-/// Loads a library by name or path. On Windows its own directory is searched for what it needs. On Linux a name with
-/// a `/` is taken as it stands; a bare name is looked for along PATH and then where the dynamic linker looks.
-/// Null on failure.
+/// Loads a library by name or path. On Windows the libraries that it needs are searched for in its own directory. On
+/// Linux a name with a `/` is used as given; a bare name is searched for along PATH and then where the dynamic linker
+/// looks. Null on failure.
 ModuleHandle LoadModule(const WideString &name);
 
 /// The system's text for the failed load that `code` came from. Valid only right after LoadModule failed.

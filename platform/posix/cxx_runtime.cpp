@@ -13,7 +13,7 @@
 namespace kessil::platform::posix {
 namespace {
 
-// No more files than this are looked into for one library.
+// The largest number of files that are read for one library.
 constexpr std::size_t most_files = 64;
 
 struct Library
@@ -51,7 +51,7 @@ std::string EnvironmentDirectories()
     return directories == nullptr ? std::string() : directories;
 }
 
-// Looks into one library after the other, in the order in which the dynamic linker will load them.
+// Reads one library after the other, in the order in which the dynamic linker will load them.
 class Walk
 {
 public:

@@ -17,7 +17,7 @@ using Segment = ElfW(Phdr);
 using Entry = ElfW(Dyn);
 using Address = ElfW(Addr);
 
-// More than any real library has; what exceeds them is malformed.
+// Limits that no real library reaches; a file that exceeds them is malformed.
 constexpr std::size_t most_segments = 256;
 constexpr std::size_t most_entries = 4096;
 constexpr std::size_t longest_text = 4096;
@@ -42,14 +42,14 @@ public:
         return m_descriptor >= 0 && fstat(m_descriptor, &status) == 0 && S_ISREG(status.st_mode);
     }
 
-    // How many bytes of those lie there.
+    // Returns the number of bytes read; the end of the file may limit it.
     std::size_t Read(Address offset, void *bytes, std::size_t size) const
     {
         const ssize_t count = pread(m_descriptor, bytes, size, static_cast<off_t>(offset));
         return count < 0 ? 0 : static_cast<std::size_t>(count);
     }
 
-    // The records that lie there whole.
+    // The records that are completely within the file.
     template <class Record>
     std::vector<Record> ReadRecords(Address offset, std::size_t count) const
     {
@@ -79,7 +79,7 @@ bool IsReadable(const Header &header)
            header.e_phnum <= most_segments;
 }
 
-// Where in the file an address of the loaded library comes from.
+// The place in the file that an address of the loaded library comes from.
 std::optional<Address> OffsetOf(const std::vector<Segment> &segments, Address address)
 {
     for (const Segment &segment : segments) {

@@ -45,7 +45,7 @@ std::string ReadWhole(const char *path)
     return bytes;
 }
 
-// False when it doesn't lie there whole.
+// False when it isn't completely within the file.
 template <class Record>
 bool ReadRecord(std::string_view bytes, std::size_t offset, Record &record)
 {
@@ -78,7 +78,7 @@ std::string FindInDirectories(std::string_view directories, const std::string &n
 std::vector<std::string> FindInLoaderCache(const std::string &name)
 {
     const std::string file = ReadWhole("/etc/ld.so.cache");
-    // An older format may stand before this one.
+    // An older format may precede this one.
     const std::string_view cache = std::string_view(file).substr(std::min(file.find(cache_magic), file.size()));
     std::vector<std::string> paths;
     CacheHeader header = {};

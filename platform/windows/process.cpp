@@ -169,7 +169,7 @@ std::unique_ptr<Process> StartInJob(Launch &launch, Handle &job, DWORD extra_fla
     const wchar_t *const directory = launch.directory.empty() ? nullptr : Wide(launch.directory);
     auto process = std::make_unique<Process>();
     {
-        const NoErrorDialogs quiet;
+        const NoErrorDialogs no_dialogs;
         if (!CreateProcessW(Wide(launch.program), line, nullptr, nullptr, TRUE, creation_flags | extra_flags, nullptr,
                             directory, &startup.StartupInfo, &started))
             return nullptr;

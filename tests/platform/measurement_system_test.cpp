@@ -15,7 +15,7 @@ TEST(MeasurementSystem, ReportsMoreMemoryWhenMoreIsUsed)
     constexpr std::size_t size = 64 << 20;
     std::uint64_t before = 0;
     std::uint64_t after = 0;
-    // Wine doesn't tell.
+    // Wine doesn't report it.
     EXPECT_EQ(platform::ReadPrivateMemory(OwnProcessId(), before), !UnderWine());
     std::vector<unsigned char> used(size, 1);
     EXPECT_EQ(platform::ReadPrivateMemory(OwnProcessId(), after), !UnderWine());
@@ -29,7 +29,7 @@ TEST(MeasurementSystem, ReportsTheMemoryOfAnotherProcess)
     Child child({u"hang", pipe.Name()});
     ASSERT_EQ(pipe.Accept(child.Id()), platform::PipeStatus::Done);
     std::uint64_t bytes = 0;
-    // Wine doesn't tell.
+    // Wine doesn't report it.
     EXPECT_EQ(platform::ReadPrivateMemory(child.Id(), bytes), !UnderWine());
     EXPECT_EQ(bytes > 0, !UnderWine());
 }
