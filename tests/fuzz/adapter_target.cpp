@@ -6,7 +6,7 @@
 #include "fuzz/fuzz_support.h"
 #include "fuzz/fuzzed_commands.h"
 #include "fuzz/recorders.h"
-#include "rows/adapter_exports.h"
+#include "rows/exports.h"
 
 #include <algorithm>
 #include <exception>

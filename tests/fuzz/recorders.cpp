@@ -1,10 +1,7 @@
 #include "fuzz/recorders.h"
 
 #include "platform/last_error.h"
-#include "rows/cwb_exports.h"
-#include "rows/domino_exports.h"
-#include "rows/ese_exports.h"
-#include "rows/mapi_exports.h"
+#include "rows/exports.h"
 #include "targets/leave_last_error.h"
 #include "targets/record.h"
 #include "targets/script.h"

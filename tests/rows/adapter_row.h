@@ -72,84 +72,34 @@ struct CommandRow
 };
 
 /// Values of commands: numbers, and text as its length and its characters.
-inline Value Number(const std::string &hex)
-{
-    return {hex};
-}
-inline Value Flag(bool set)
-{
-    return {set ? "00000001" : "00000000"};
-}
-inline Value Text(const std::string &characters)
-{
-    static const char digits[] = "0123456789ABCDEF";
-    std::string bytes = "000000";
-    const auto length = static_cast<unsigned char>(characters.size());
-    bytes += {digits[length >> 4], digits[length & 15]};
-    for (const char character : characters) {
-        const auto byte = static_cast<unsigned char>(character);
-        bytes += {digits[byte >> 4], digits[byte & 15]};
-    }
-    return {bytes, true};
-}
+Value Number(const std::string &hex);
+Value Flag(bool set);
+Value Text(const std::string &characters);
 
 /// The same text as an element of the section: its characters and a zero byte.
-inline std::string Str(const std::string &characters)
-{
-    return Text(characters).bytes.substr(8) + "00";
-}
+std::string Str(const std::string &characters);
 
-/// What a bare answer begins with when the adapter logged nothing, and the answers that say little.
+/// What a bare answer begins with when the adapter logged nothing, and the answers that consist of a status.
 inline const std::string no_log = "FFFFFC19";
 inline const std::string status_okay = no_log + "00000001";
-inline std::string StatusFailed(const std::string &text)
-{
-    return no_log + "FFFFFFFF" + Text(text).bytes;
-}
+std::string StatusFailed(const std::string &text);
 
 /// As many equal cuts as there are values.
-inline std::vector<Cut> EachCut(std::size_t values, const Cut &cut)
-{
-    return std::vector<Cut>(values, cut);
-}
+std::vector<Cut> EachCut(std::size_t values, const Cut &cut);
 
 /// The record of an error text that was taken, of a record at that address: "null" or as "0x99".
-inline std::vector<std::string> ErrorTaken(const std::string &error)
-{
-    return {"GetErrorMessage error=" + error, "FreeErrorInfo error=" + error};
-}
+std::vector<std::string> ErrorTaken(const std::string &error);
 
-inline std::vector<std::string> operator+(std::vector<std::string> left, const std::vector<std::string> &right)
-{
-    left.insert(left.end(), right.begin(), right.end());
-    return left;
-}
+std::vector<std::string> operator+(std::vector<std::string> left, const std::vector<std::string> &right);
 
-/// "Failed to serialise input (Process_VADP<name>)" and its like: what most rows say.
-inline std::u16string AdapterInput(const std::string &name)
-{
-    return u"Failed to serialise input (Process_VADP" + std::u16string(name.begin(), name.end()) + u")";
-}
-inline std::u16string AdapterError(const std::string &name)
-{
-    return u"Failed to get error message (Process_VADP" + std::u16string(name.begin(), name.end()) + u")";
-}
-inline std::u16string AdapterOutput(const std::string &name)
-{
-    return u"Failed to serialise output (Process_VADP" + std::u16string(name.begin(), name.end()) + u")";
-}
+/// The rows that read something, and those in which somebody asks for an error text.
+std::vector<AdapterRow> RowsWithInValues(std::vector<AdapterRow> rows);
+std::vector<CommandRow> RowsWithInValues(std::vector<CommandRow> rows);
+std::vector<AdapterRow> RowsWithErrorText(std::vector<AdapterRow> rows);
 
-template <class Row>
-std::vector<Row> RowsWithInValues(std::vector<Row> rows)
-{
-    std::erase_if(rows, [](const Row &row) { return row.in.empty(); });
-    return rows;
-}
-
-inline std::vector<AdapterRow> RowsWithErrorText(std::vector<AdapterRow> rows)
-{
-    std::erase_if(rows, [](const AdapterRow &row) { return row.error_failure.empty(); });
-    return rows;
-}
+/// "Failed to serialise input (Process_VADP<name>)" and so on: the texts of most rows.
+std::u16string AdapterInput(const std::string &name);
+std::u16string AdapterError(const std::string &name);
+std::u16string AdapterOutput(const std::string &name);
 
 } // namespace kessil::test

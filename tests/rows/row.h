@@ -20,24 +20,14 @@ struct Row
     std::u16string input_failure;  ///< empty where nothing is read
     std::u16string output_failure; ///< empty where nothing is written
     std::uint64_t room = 0;        ///< what a section is asked for when the library answers nothing: the out-list's
-                                   ///< upper bounds added up; 0: not told
+                                   ///< upper bounds added up; 0 where the row doesn't say
 };
 
 /// The rows that read something.
-inline std::vector<Row> RowsWithInList(std::vector<Row> rows)
-{
-    std::erase_if(rows, [](const Row &row) { return row.in.empty(); });
-    return rows;
-}
+std::vector<Row> RowsWithInList(std::vector<Row> rows);
 
-/// "Failed to serialise input (Process_<name>)" and the same for the output: what most rows say.
-inline std::u16string InputOf(const std::string &name)
-{
-    return u"Failed to serialise input (Process_" + std::u16string(name.begin(), name.end()) + u")";
-}
-inline std::u16string OutputOf(const std::string &name)
-{
-    return u"Failed to serialise output (Process_" + std::u16string(name.begin(), name.end()) + u")";
-}
+/// "Failed to serialise input (Process_<name>)" and the same for the output: the texts of most rows.
+std::u16string InputOf(const std::string &name);
+std::u16string OutputOf(const std::string &name);
 
 } // namespace kessil::test

@@ -24,6 +24,9 @@ public:
     /// Pairs of hexadecimal digits, or `null`.
     RecordedCall &Data(const char *name, const void *data, std::size_t size);
 
+    /// In a form of the library's own.
+    RecordedCall &Word(const char *name, const std::string &value);
+
     /// Writes the line, before the function does anything else.
     RecordedCall &Done();
 
@@ -45,8 +48,6 @@ public:
     const Behaviour &Script() const { return m_behaviour; }
 
 private:
-    RecordedCall &Word(const char *name, const std::string &value);
-
     std::string m_line;
     Behaviour m_behaviour;
 };

@@ -1,229 +1,148 @@
-#include "record.h"
-#include "script.h"
-#include "target.h"
+#include "vorn_recorder.h"
 
+#include "recorded_call.h"
+
+#include <algorithm>
 #include <cstdio>
-#include <cstring>
 
-/// A data-source plug-in that does nothing but tell what it was called with, and answer what it was told to.
-///
-/// KESSIL_RECORD names the file that each call adds one line to, before anything else happens:
-///
-///     VornReadFile session=0x1 file=0x2 size=16 data=0102030405060708
-///
-/// Handles are hexadecimal, `mode`, `size` and `code` decimal, `path="..."` has every byte outside printable ASCII, and
-/// `"` and `\`, as \xHH. `data` shows the data area as the call found it: the first `peek` bytes; where the script
-/// gives no `peek`, that is at most 32 bytes of the size passed, and nothing of an item, whose size isn't passed.
-///
-/// KESSIL_SCRIPT names the file that says what each call does (script.h). Without it GetLibApiVersion returns 2,
-/// everything else returns 0, and no out-value and no data area is touched.
 namespace {
 
-std::string Format(const char *format, unsigned long long number)
+RecordedCall On(const char *function, std::uint64_t session)
 {
-    char text[32];
-    std::snprintf(text, sizeof text, format, number);
-    return text;
+    RecordedCall call(function);
+    call.Handle("session", session);
+    return call;
 }
 
-std::string Quoted(const char *text)
+RecordedCall On(const char *function, std::uint64_t session, const char *name, std::uint64_t object)
 {
-    std::string quoted = "\"";
-    for (; *text; ++text) {
-        const auto byte = static_cast<unsigned char>(*text);
-        if (byte < 0x20 || byte > 0x7E || byte == '"' || byte == '\\')
-            quoted += Format("\\x%02llX", byte);
-        else
-            quoted += *text;
-    }
-    return quoted + "\"";
+    RecordedCall call = On(function, session);
+    call.Handle(name, object);
+    return call;
 }
 
-/// One call while it runs: collects the record line and knows the behaviour.
-class Call
+// Writes the line with the data area, of which `shown` bytes may be looked at if the script says nothing else.
+void Done(RecordedCall &call, const void *data, std::uint32_t shown)
 {
-public:
-    explicit Call(const char *function) : m_line(function), m_behaviour(NextBehaviour(function)) {}
-
-    Call &Handle(const char *name, std::uint64_t value)
-    {
-        Word(name, Format("0x%llx", value));
-        return *this;
+    const auto *bytes = static_cast<const unsigned char *>(data);
+    std::string digits;
+    for (std::uint64_t at = 0; data != nullptr && at < call.Script().peek.value_or(shown); ++at) {
+        char pair[3];
+        std::snprintf(pair, sizeof pair, "%02x", bytes[at]);
+        digits += pair;
     }
-
-    Call &Value(const char *name, std::uint32_t value)
-    {
-        Word(name, Format("%llu", value));
-        return *this;
-    }
-
-    Call &Text(const char *name, const char *value)
-    {
-        Word(name, value ? Quoted(value) : "null");
-        return *this;
-    }
-
-    Call &Data(const void *data, std::uint32_t size)
-    {
-        const auto *bytes = static_cast<const unsigned char *>(data);
-        const std::uint64_t shown = m_behaviour.peek.value_or(size < 32 ? size : 32);
-        std::string digits;
-        for (std::uint64_t at = 0; data && at < shown; ++at)
-            digits += Format("%02llx", bytes[at]);
-        Word("data", data ? digits : "null");
-        return *this;
-    }
-
-    Behaviour Done() const
-    {
-        Record(m_line);
-        return m_behaviour;
-    }
-
-private:
-    void Word(const char *name, const std::string &value)
-    {
-        m_line += ' ';
-        m_line += name;
-        m_line += '=';
-        m_line += value;
-    }
-
-    std::string m_line;
-    Behaviour m_behaviour;
-};
-
-std::uint32_t Result(const Behaviour &behaviour)
-{
-    return static_cast<std::uint32_t>(behaviour.result.value_or(0));
+    call.Word("data", data != nullptr ? digits : "null").Done();
 }
 
-template <typename T>
-void SetOut(const Behaviour &behaviour, T *out)
+void Fill(const RecordedCall &call, void *data)
 {
-    if (behaviour.out)
-        *out = static_cast<T>(*behaviour.out);
-}
-
-void Fill(const Behaviour &behaviour, void *data)
-{
-    std::memcpy(data, behaviour.fill.data(), behaviour.fill.size());
+    call.Fill("fill", data);
     auto *bytes = static_cast<unsigned char *>(data);
-    for (std::uint64_t at = 0; at < behaviour.count_up; ++at)
+    for (std::uint64_t at = 0; at < call.Script().count_up; ++at)
         bytes[at] = static_cast<unsigned char>(at);
+}
+
+std::uint32_t Create(RecordedCall call, std::uint64_t *handle)
+{
+    call.Done().Out("out", handle);
+    return call.Result32();
+}
+
+RecordedCall Transfer(const char *function, std::uint64_t session, std::uint64_t file, const void *block,
+                      std::uint32_t size)
+{
+    RecordedCall call = On(function, session, "file", file);
+    call.Number("size", size);
+    Done(call, block, std::min(size, 32U));
+    return call;
 }
 
 } // namespace
 
-TARGET_EXPORT std::uint32_t VornCreateSession(std::uint64_t *session)
+std::uint32_t VornCreateSession(std::uint64_t *session)
 {
-    const Behaviour behaviour = Call("VornCreateSession").Done();
-    SetOut(behaviour, session);
-    return Result(behaviour);
+    return Create(RecordedCall("VornCreateSession"), session);
 }
 
-TARGET_EXPORT std::uint32_t VornCloseSession(std::uint64_t session)
+std::uint32_t VornCloseSession(std::uint64_t session)
 {
-    return Result(Call("VornCloseSession").Handle("session", session).Done());
+    return On("VornCloseSession", session).Done().Result32();
 }
 
-TARGET_EXPORT std::uint32_t VornCreateDir(std::uint64_t session, std::uint64_t *dir)
+std::uint32_t VornCreateDir(std::uint64_t session, std::uint64_t *dir)
 {
-    const Behaviour behaviour = Call("VornCreateDir").Handle("session", session).Done();
-    SetOut(behaviour, dir);
-    return Result(behaviour);
+    return Create(On("VornCreateDir", session), dir);
 }
 
-TARGET_EXPORT std::uint32_t VornOpenDir(std::uint64_t session, std::uint64_t dir, const char *path)
+std::uint32_t VornOpenDir(std::uint64_t session, std::uint64_t dir, const char *path)
 {
-    return Result(Call("VornOpenDir").Handle("session", session).Handle("dir", dir).Text("path", path).Done());
+    return On("VornOpenDir", session, "dir", dir).Text("path", path).Done().Result32();
 }
 
-TARGET_EXPORT std::uint32_t VornGetNextDirItem(std::uint64_t session, std::uint64_t dir, void *item)
+std::uint32_t VornGetNextDirItem(std::uint64_t session, std::uint64_t dir, void *item)
 {
-    const Behaviour behaviour =
-        Call("VornGetNextDirItem").Handle("session", session).Handle("dir", dir).Data(item, 0).Done();
-    Fill(behaviour, item);
-    return Result(behaviour);
+    RecordedCall call = On("VornGetNextDirItem", session, "dir", dir);
+    Done(call, item, 0);
+    Fill(call, item);
+    return call.Result32();
 }
 
-TARGET_EXPORT std::uint32_t VornCloseDir(std::uint64_t session, std::uint64_t dir)
+std::uint32_t VornCloseDir(std::uint64_t session, std::uint64_t dir)
 {
-    return Result(Call("VornCloseDir").Handle("session", session).Handle("dir", dir).Done());
+    return On("VornCloseDir", session, "dir", dir).Done().Result32();
 }
 
-TARGET_EXPORT std::uint32_t VornCreateFile(std::uint64_t session, std::uint64_t *file)
+std::uint32_t VornCreateFile(std::uint64_t session, std::uint64_t *file)
 {
-    const Behaviour behaviour = Call("VornCreateFile").Handle("session", session).Done();
-    SetOut(behaviour, file);
-    return Result(behaviour);
+    return Create(On("VornCreateFile", session), file);
 }
 
-TARGET_EXPORT std::uint32_t VornOpenFile(std::uint64_t session, std::uint64_t file, const char *path,
-                                         std::uint32_t mode)
+std::uint32_t VornOpenFile(std::uint64_t session, std::uint64_t file, const char *path, std::uint32_t mode)
 {
-    return Result(Call("VornOpenFile")
-                      .Handle("session", session)
-                      .Handle("file", file)
-                      .Text("path", path)
-                      .Value("mode", mode)
-                      .Done());
+    return On("VornOpenFile", session, "file", file).Text("path", path).Number("mode", mode).Done().Result32();
 }
 
-TARGET_EXPORT std::uint32_t VornReadFile(std::uint64_t session, std::uint64_t file, void *block, std::uint32_t size,
-                                         std::uint32_t *count)
+std::uint32_t VornReadFile(std::uint64_t session, std::uint64_t file, void *block, std::uint32_t size,
+                           std::uint32_t *count)
 {
-    const Behaviour behaviour = Call("VornReadFile")
-                                    .Handle("session", session)
-                                    .Handle("file", file)
-                                    .Value("size", size)
-                                    .Data(block, size)
-                                    .Done();
-    Fill(behaviour, block);
-    SetOut(behaviour, count);
-    return Result(behaviour);
+    const RecordedCall call = Transfer("VornReadFile", session, file, block, size);
+    Fill(call, block);
+    call.Out("out", count);
+    return call.Result32();
 }
 
-TARGET_EXPORT std::uint32_t VornWriteFile(std::uint64_t session, std::uint64_t file, const void *block,
-                                          std::uint32_t size, std::uint32_t *count)
+std::uint32_t VornWriteFile(std::uint64_t session, std::uint64_t file, const void *block, std::uint32_t size,
+                            std::uint32_t *count)
 {
-    const Behaviour behaviour = Call("VornWriteFile")
-                                    .Handle("session", session)
-                                    .Handle("file", file)
-                                    .Value("size", size)
-                                    .Data(block, size)
-                                    .Done();
-    SetOut(behaviour, count);
-    return Result(behaviour);
+    const RecordedCall call = Transfer("VornWriteFile", session, file, block, size);
+    call.Out("out", count);
+    return call.Result32();
 }
 
-TARGET_EXPORT std::uint32_t VornRestoreFile(std::uint64_t session, std::uint64_t file)
+std::uint32_t VornRestoreFile(std::uint64_t session, std::uint64_t file)
 {
-    return Result(Call("VornRestoreFile").Handle("session", session).Handle("file", file).Done());
+    return On("VornRestoreFile", session, "file", file).Done().Result32();
 }
 
-TARGET_EXPORT std::uint32_t VornCloseFile(std::uint64_t session, std::uint64_t file)
+std::uint32_t VornCloseFile(std::uint64_t session, std::uint64_t file)
 {
-    return Result(Call("VornCloseFile").Handle("session", session).Handle("file", file).Done());
+    return On("VornCloseFile", session, "file", file).Done().Result32();
 }
 
-TARGET_EXPORT const char *VornGetErrorText(std::uint64_t session, std::uint64_t object, std::uint32_t code)
+const char *VornGetErrorText(std::uint64_t session, std::uint64_t object, std::uint32_t code)
 {
     static std::string text;
-    const Behaviour behaviour =
-        Call("VornGetErrorText").Handle("session", session).Handle("object", object).Value("code", code).Done();
-    if (!behaviour.text)
-        return nullptr;
-    text = *behaviour.text;
-    return text.c_str();
+    const RecordedCall call = On("VornGetErrorText", session, "object", object).Number("code", code).Done();
+    text = call.Script().text.value_or("");
+    return call.Script().text ? text.c_str() : nullptr;
 }
 
-TARGET_EXPORT std::uint32_t GetLibApiVersion()
+std::uint32_t GetLibApiVersion()
 {
-    return static_cast<std::uint32_t>(Call("GetLibApiVersion").Done().result.value_or(2));
+    return static_cast<std::uint32_t>(RecordedCall("GetLibApiVersion").Done().Script().result.value_or(2));
 }
 
-TARGET_EXPORT std::uint32_t GetBackupType()
+std::uint32_t GetBackupType()
 {
-    return Result(Call("GetBackupType").Done());
+    return RecordedCall("GetBackupType").Done().Result32();
 }

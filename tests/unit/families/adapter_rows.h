@@ -5,8 +5,8 @@
 #include "families/vadp/binding.h"
 #include "families/vadp/handles.h"
 #include "platform/module.h"
-#include "rows/adapter_exports.h"
 #include "rows/adapter_row.h"
+#include "rows/exports.h"
 #include "unit/channel_fixture.h"
 #include "unit/families/stand_in.h"
 

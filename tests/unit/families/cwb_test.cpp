@@ -1,7 +1,8 @@
 #include "families/cwb/cwb.h"
 
-#include "rows/cwb_exports.h"
 #include "rows/cwb_rows.h"
+#include "rows/exports.h"
+#include "targets/cwb_recorder.h"
 #include "unit/families/family_rows.h"
 
 #include <functional>

@@ -1,7 +1,7 @@
 #include "families/domino/domino.h"
 
-#include "rows/domino_exports.h"
 #include "rows/domino_rows.h"
+#include "rows/exports.h"
 #include "support/guarded_page.h"
 #include "unit/families/family_rows.h"
 

@@ -1,8 +1,9 @@
 #include "families/ese/ese.h"
 
 #include "platform/last_error.h"
-#include "rows/ese_exports.h"
 #include "rows/ese_rows.h"
+#include "rows/exports.h"
+#include "targets/ese_recorder.h"
 #include "targets/leave_last_error.h"
 #include "unit/families/family_rows.h"
 

@@ -1,6 +1,6 @@
 #include "families/mapi/mapi.h"
 
-#include "rows/mapi_exports.h"
+#include "rows/exports.h"
 #include "rows/mapi_rows.h"
 #include "unit/families/family_rows.h"
 

@@ -1,12 +1,10 @@
-#pragma once
-
 #include "rows/exports.h"
 
 #include <kessil/adapter_interface.h>
 
 namespace kessil::test {
 
-inline const Exports &AdapterExports()
+const Exports &AdapterExports()
 {
     static const Exports exports = {
         KESSIL_TEST_EXPORT(GetErrorMessage),

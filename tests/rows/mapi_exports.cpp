@@ -1,11 +1,9 @@
-#pragma once
-
 #include "rows/exports.h"
 #include "targets/mapi_recorder.h"
 
 namespace kessil::test {
 
-inline const Exports &MapiExports()
+const Exports &MapiExports()
 {
     static const Exports exports = {
         KESSIL_TEST_EXPORT(MapiCreate),

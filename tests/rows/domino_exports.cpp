@@ -1,11 +1,9 @@
-#pragma once
-
 #include "rows/exports.h"
 #include "targets/domino_recorder.h"
 
 namespace kessil::test {
 
-inline const Exports &DominoExports()
+const Exports &DominoExports()
 {
     static const Exports exports = {
         KESSIL_TEST_EXPORT(DominoGetSession),        KESSIL_TEST_EXPORT(DominoCloseSession),

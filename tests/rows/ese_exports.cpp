@@ -1,11 +1,9 @@
-#pragma once
-
 #include "rows/exports.h"
 #include "targets/ese_recorder.h"
 
 namespace kessil::test {
 
-inline const Exports &EseExports()
+const Exports &EseExports()
 {
     static const Exports exports = {
         KESSIL_TEST_EXPORT(HrESEBackupPrepare),

@@ -1,11 +1,9 @@
-#pragma once
-
 #include "rows/exports.h"
 #include "targets/cwb_recorder.h"
 
 namespace kessil::test {
 
-inline const Exports &CwbExports()
+const Exports &CwbExports()
 {
     static const Exports exports = {
         KESSIL_TEST_EXPORT(cwbCO_CreateSystem),
