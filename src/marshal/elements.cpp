@@ -66,6 +66,20 @@ template class CBasicElement<std::uint16_t>;
 template class CBasicElement<std::uint32_t>;
 template class CBasicElement<std::uint64_t>;
 
+std::uint32_t Handle::ReadFromBuffer(unsigned char *buffer, std::uint32_t size)
+{
+    U32 low;
+    const std::uint32_t taken = low.ReadFromBuffer(buffer, size);
+    if (taken != 0)
+        value = low.value;
+    return taken;
+}
+
+std::uint32_t Handle::WriteToBuffer(unsigned char *buffer, std::uint32_t size)
+{
+    return U32(static_cast<std::uint32_t>(value)).WriteToBuffer(buffer, size);
+}
+
 template <>
 std::uint32_t CNullTermString<char>::ReadFromBuffer(unsigned char *buffer, std::uint32_t size)
 {

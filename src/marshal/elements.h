@@ -8,6 +8,7 @@
 
 // How one value lies in the section, behind the one before it:
 //   U8 U16 U32 U64   1, 2, 4 or 8 bytes, most significant first, not aligned
+//   Handle           4 bytes, most significant first, not aligned
 //   STR              the bytes of the string and one zero byte
 //   WSTR             0 or 1 byte of padding to an even address; the units, least significant byte first; a zero unit
 //   BUF IN           length, 4 bytes, most significant first; 0 to 7 bytes of padding to a multiple of 8; the data
@@ -16,7 +17,7 @@
 namespace kessil {
 
 /// One value on its way into or out of the section. Keeps no position: the caller holds the running pointer and the
-/// bytes left.
+/// bytes left. What a target gets of an element that was read, the element returns as its Argument.
 class CDataElement
 {
 public:
@@ -49,6 +50,8 @@ public:
     std::uint32_t WriteToBuffer(unsigned char *buffer, std::uint32_t size) override;
     std::uint32_t GetBufferSize() override { return sizeof(T); }
 
+    T Argument() const { return value; }
+
     T value = 0;
 };
 
@@ -56,6 +59,22 @@ extern template class CBasicElement<std::uint8_t>;
 extern template class CBasicElement<std::uint16_t>;
 extern template class CBasicElement<std::uint32_t>;
 extern template class CBasicElement<std::uint64_t>;
+
+/// A handle: 64 bits wide for the library, and 32 in the section. The upper half is lost on the way out.
+class Handle final : public CDataElement
+{
+public:
+    Handle() = default;
+    explicit Handle(std::uint64_t initial) : value(initial) {}
+
+    std::uint32_t ReadFromBuffer(unsigned char *buffer, std::uint32_t size) override;
+    std::uint32_t WriteToBuffer(unsigned char *buffer, std::uint32_t size) override;
+    std::uint32_t GetBufferSize() override { return 4; }
+
+    std::uint64_t Argument() const { return value; }
+
+    std::uint64_t value = 0;
+};
 
 /// A zero-terminated string of 8-bit or 16-bit characters. Owns its characters.
 template <class C>
@@ -72,6 +91,7 @@ public:
     std::uint32_t GetBufferSize() override;
 
     const C *Text() const { return text.c_str(); }
+    const C *Argument() const { return Text(); }
 
     std::basic_string<C> text;
 };
@@ -101,6 +121,9 @@ public:
     std::uint32_t WriteToBuffer(unsigned char *buffer, std::uint32_t left) override;
     std::uint32_t GetBufferSize() override { return size + 12; }
 
+    std::uint32_t Size() const { return size; }
+    void *Argument() const { return data; }
+
     std::uint32_t size = 0;
     unsigned char *data = nullptr; ///< in the section; null until the element was read or written
 };
@@ -120,6 +143,7 @@ public:
 
     /// The private block, never null.
     unsigned char *Data() { return m_buffer.Data(); }
+    void *Argument() { return Data(); }
 
 private:
     CByteBuffer m_buffer;

@@ -29,6 +29,12 @@ bool HandlerCall::ReadList(std::span<CDataElement *const> list)
     return true;
 }
 
+void HandlerCall::ReplyList(std::span<CDataElement *const> list)
+{
+    if (WriteList(list))
+        Succeed();
+}
+
 bool HandlerCall::WriteList(std::span<CDataElement *const> list)
 {
     return (MakeRoom(list) && WriteElements(list)) || FailOutput();
@@ -43,8 +49,13 @@ bool HandlerCall::MakeRoom(std::span<CDataElement *const> list)
             return false;
         total += needed;
     }
+    return m_channel.SharedSize() >= total || Grow(total);
+}
+
+bool HandlerCall::Grow(std::uint32_t size)
+{
     WideString dropped;
-    return m_channel.SharedSize() >= total || m_channel.ResizeSharedMem(total, dropped);
+    return m_channel.ResizeSharedMem(size, dropped);
 }
 
 bool HandlerCall::WriteElements(std::span<CDataElement *const> list)

@@ -34,8 +34,9 @@ void Process_cwbCO_CreateSystem(CIPCCommunication &channel, void *function)
 void Process_cwbCO_SetUserIDEx(CIPCCommunication &channel, void *function)
 {
     // Parents may compare the output text, which has no closing bracket.
-    HandlerCall call(channel, {u"Failed to serialise input (Process_cwbCO_SetUserIDEx)",
-                               u"Failed to serialise output (Process_cwbCO_SetUserIDEx"});
+    HandlerCall call(channel, __func__,
+                     {u"Failed to serialise input (Process_cwbCO_SetUserIDEx)",
+                      u"Failed to serialise output (Process_cwbCO_SetUserIDEx"});
     U32 system;
     WSTR user_id;
     if (!call.Read(system, user_id))
@@ -50,8 +51,9 @@ void Process_cwbCO_SetUserIDEx(CIPCCommunication &channel, void *function)
 void Process_cwbCO_SetPassword(CIPCCommunication &channel, void *function)
 {
     // Parents may compare the output text, which has no closing bracket.
-    HandlerCall call(channel, {u"Failed to serialise input (Process_cwbCO_SetPassword)",
-                               u"Failed to serialise output (Process_cwbCO_SetPassword"});
+    HandlerCall call(channel, __func__,
+                     {u"Failed to serialise input (Process_cwbCO_SetPassword)",
+                      u"Failed to serialise output (Process_cwbCO_SetPassword"});
     U32 system;
     WSTR password;
     if (!call.Read(system, password))
@@ -66,8 +68,9 @@ void Process_cwbCO_SetPassword(CIPCCommunication &channel, void *function)
 void Process_cwbCO_SetPromptMode(CIPCCommunication &channel, void *function)
 {
     // Parents may compare the output text, which has no closing bracket.
-    HandlerCall call(channel, {u"Failed to serialise input (Process_cwbCO_SetPromptMode)",
-                               u"Failed to serialise output (Process_cwbCO_SetPromptMode"});
+    HandlerCall call(channel, __func__,
+                     {u"Failed to serialise input (Process_cwbCO_SetPromptMode)",
+                      u"Failed to serialise output (Process_cwbCO_SetPromptMode"});
     U32 system, prompt_mode;
     if (!call.Read(system, prompt_mode))
         return;
@@ -81,8 +84,9 @@ void Process_cwbCO_SetPromptMode(CIPCCommunication &channel, void *function)
 void Process_cwbCO_DeleteSystem(CIPCCommunication &channel, void *function)
 {
     // Parents may compare the output text, which has no closing bracket.
-    HandlerCall call(channel, {u"Failed to serialise input (Process_cwbCO_DeleteSystem)",
-                               u"Failed to serialise output (Process_cwbCO_DeleteSystem"});
+    HandlerCall call(channel, __func__,
+                     {u"Failed to serialise input (Process_cwbCO_DeleteSystem)",
+                      u"Failed to serialise output (Process_cwbCO_DeleteSystem"});
     U32 system;
     if (!call.Read(system))
         return;
@@ -96,8 +100,9 @@ void Process_cwbCO_DeleteSystem(CIPCCommunication &channel, void *function)
 void Process_cwbRC_StartSysEx(CIPCCommunication &channel, void *function)
 {
     // Parents may compare the output text, which has no closing bracket.
-    HandlerCall call(channel, {u"Failed to serialise input (Process_cwbRC_StartSysEx)",
-                               u"Failed to serialise output (Process_cwbRC_StartSysEx"});
+    HandlerCall call(channel, __func__,
+                     {u"Failed to serialise input (Process_cwbRC_StartSysEx)",
+                      u"Failed to serialise output (Process_cwbRC_StartSysEx"});
     U32 system;
     if (!call.Read(system))
         return;
@@ -112,8 +117,9 @@ void Process_cwbRC_StartSysEx(CIPCCommunication &channel, void *function)
 void Process_cwbRC_CreatePgm(CIPCCommunication &channel, void *function)
 {
     // Parents may compare the output text, which has no closing bracket.
-    HandlerCall call(channel, {u"Failed to serialise input (Process_cwbRC_CreatePgm)",
-                               u"Failed to serialise output (Process_cwbRC_CreatePgm"});
+    HandlerCall call(channel, __func__,
+                     {u"Failed to serialise input (Process_cwbRC_CreatePgm)",
+                      u"Failed to serialise output (Process_cwbRC_CreatePgm"});
     WSTR program_name, library_name;
     if (!call.Read(program_name, library_name))
         return;
@@ -143,8 +149,9 @@ void Process_cwbRC_RunCmd(CIPCCommunication &channel, void *function)
 void Process_cwbRC_AddParm(CIPCCommunication &channel, void *function)
 {
     // Parents may compare the output text, which has no closing bracket.
-    HandlerCall call(channel, {u"Failed to serialise input (Process_cwbRC_AddParm)",
-                               u"Failed to serialise output (Process_cwbRC_AddParm"});
+    HandlerCall call(
+        channel, __func__,
+        {u"Failed to serialise input (Process_cwbRC_AddParm)", u"Failed to serialise output (Process_cwbRC_AddParm"});
     U32 program;
     U16 type;
     IN data;

@@ -153,8 +153,9 @@ void Process_MapiGetNextMail(CIPCCommunication &channel, void *function)
 void Process_MapiGetNextMails(CIPCCommunication &channel, void *function)
 {
     // The input text names another row.
-    HandlerCall call(channel, {u"Failed to serialise input (Process_MapiGetNextMail)",
-                               u"Failed to serialise output (Process_MapiGetNextMails)"});
+    HandlerCall call(channel, __func__,
+                     {u"Failed to serialise input (Process_MapiGetNextMail)",
+                      u"Failed to serialise output (Process_MapiGetNextMails)"});
     U32 mapi;
     BUF block;
     if (!call.Read(mapi, block))
@@ -296,7 +297,7 @@ void Process_MapiGetLastError(CIPCCommunication &channel, void *function)
 void Process_MapiBackupDLLVersion(CIPCCommunication &channel, void *function)
 {
     // This row's output text has a z. There is nothing to read, and so no input text.
-    HandlerCall call(channel, {nullptr, u"Failed to serialize output (Process_MapiBackupDLLVersion)"});
+    HandlerCall call(channel, __func__, {nullptr, u"Failed to serialize output (Process_MapiBackupDLLVersion)"});
 
     const auto target = AsTarget<std::uint32_t()>(function);
     const std::uint32_t version = target();

@@ -13,7 +13,7 @@ AdapterCall::AdapterCall(CIPCCommunication &channel, const char *handler, EntryL
 }
 
 AdapterCall::AdapterCall(CIPCCommunication &channel, const char *handler, const AdapterTexts &texts, EntryLog entry)
-    : HandlerCall(channel, FailureTexts{texts.input, texts.output}), m_channel(channel), m_handler(handler),
+    : HandlerCall(channel, handler, FailureTexts{texts.input, texts.output}), m_channel(channel), m_handler(handler),
       m_noErrorText(texts.error)
 {
     LogEntry(handler, entry);

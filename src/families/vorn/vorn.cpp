@@ -1,6 +1,6 @@
 #include "families/vorn/vorn.h"
 
-#include "marshal/handler_call.h"
+#include "marshal/row.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -34,172 +34,67 @@ void StoreErrorText(unsigned char *data, std::uint32_t room, const char *text, s
 
 void Process_VornCreateSession(CIPCCommunication &channel, void *function)
 {
-    HandlerCall call(channel, __func__);
-
-    std::uint64_t session = 0;
-    const auto target = AsTarget<std::uint32_t(std::uint64_t *)>(function);
-    target(&session);
-
-    call.Reply(U64(session));
+    Row<Ignored<U32>(Out<U64> session)>::Run(channel, __func__, function, OutList::Results);
 }
 
 void Process_VornCloseSession(CIPCCommunication &channel, void *function)
 {
-    HandlerCall call(channel, __func__);
-    U64 session;
-    if (!call.Read(session))
-        return;
-
-    const auto target = AsTarget<std::uint32_t(std::uint64_t)>(function);
-    target(session.value);
-
-    call.Succeed();
+    Row<Ignored<U32>(U64 session)>::Run(channel, __func__, function, OutList::Results);
 }
 
 void Process_VornCreateDir(CIPCCommunication &channel, void *function)
 {
-    HandlerCall call(channel, __func__);
-    U64 session;
-    if (!call.Read(session))
-        return;
-
-    std::uint64_t dir = 0;
-    const auto target = AsTarget<std::uint32_t(std::uint64_t, std::uint64_t *)>(function);
-    const std::uint32_t result = target(session.value, &dir);
-
-    call.Reply(U64(dir), U32(result));
+    Row<U32(U64 session, Out<U64> dir)>::Run(channel, __func__, function, OutList::Results);
 }
 
 void Process_VornOpenDir(CIPCCommunication &channel, void *function)
 {
-    HandlerCall call(channel, __func__);
-    U64 session, dir;
-    STR path;
-    if (!call.Read(session, dir, path))
-        return;
-
-    const auto target = AsTarget<std::uint32_t(std::uint64_t, std::uint64_t, const char *)>(function);
-    const std::uint32_t result = target(session.value, dir.value, path.Text());
-
-    call.Reply(U32(result));
+    Row<U32(U64 session, U64 dir, STR path)>::Run(channel, __func__, function, OutList::Results);
 }
 
 void Process_VornGetNextDirItem(CIPCCommunication &channel, void *function)
 {
-    HandlerCall call(channel, __func__);
-    U64 session, dir;
-    BUF item;
-    if (!call.Read(session, dir, item))
-        return;
-
-    const auto target = AsTarget<std::uint32_t(std::uint64_t, std::uint64_t, void *)>(function);
-    const std::uint32_t result = target(session.value, dir.value, item.data);
-
-    call.Reply(session, dir, item, U32(result));
+    Row<U32(U64 session, U64 dir, BUF item)>::Run(channel, __func__, function, OutList::EchoAndResults);
 }
 
 void Process_VornCloseDir(CIPCCommunication &channel, void *function)
 {
-    HandlerCall call(channel, __func__);
-    U64 session, dir;
-    if (!call.Read(session, dir))
-        return;
-
-    const auto target = AsTarget<std::uint32_t(std::uint64_t, std::uint64_t)>(function);
-    target(session.value, dir.value);
-
-    call.Succeed();
+    Row<Ignored<U32>(U64 session, U64 dir)>::Run(channel, __func__, function, OutList::Results);
 }
 
 void Process_VornCreateFile(CIPCCommunication &channel, void *function)
 {
-    HandlerCall call(channel, __func__);
-    U64 session;
-    if (!call.Read(session))
-        return;
-
-    std::uint64_t file = 0;
-    const auto target = AsTarget<std::uint32_t(std::uint64_t, std::uint64_t *)>(function);
-    const std::uint32_t result = target(session.value, &file);
-
-    call.Reply(U64(file), U32(result));
+    Row<U32(U64 session, Out<U64> file)>::Run(channel, __func__, function, OutList::Results);
 }
 
 void Process_VornOpenFile(CIPCCommunication &channel, void *function)
 {
-    HandlerCall call(channel, __func__);
-    U64 session, file;
-    STR path;
-    U32 mode;
-    if (!call.Read(session, file, path, mode))
-        return;
-
-    const auto target = AsTarget<std::uint32_t(std::uint64_t, std::uint64_t, const char *, std::uint32_t)>(function);
-    const std::uint32_t result = target(session.value, file.value, path.Text(), mode.value);
-
-    call.Reply(U32(result));
+    Row<U32(U64 session, U64 file, STR path, U32 mode)>::Run(channel, __func__, function, OutList::Results);
 }
 
 void Process_VornReadFile(CIPCCommunication &channel, void *function)
 {
-    HandlerCall call(channel, __func__);
-    U64 session, file;
-    BUF block;
-    U32 size;
-    if (!call.Read(session, file, block, size))
-        return;
-
-    std::uint32_t count = 0;
-    const auto target =
-        AsTarget<std::uint32_t(std::uint64_t, std::uint64_t, void *, std::uint32_t, std::uint32_t *)>(function);
-    const std::uint32_t result = target(session.value, file.value, block.data, size.value, &count);
-
-    call.Reply(session, file, block, size, U32(count), U32(result));
+    Row<U32(U64 session, U64 file, BUF block, U32 size, Out<U32> count)>::Run(channel, __func__, function,
+                                                                              OutList::EchoAndResults);
 }
 
 void Process_VornWriteFile(CIPCCommunication &channel, void *function)
 {
-    HandlerCall call(channel, __func__);
-    U64 session, file;
-    IN block;
-    U32 size;
-    if (!call.Read(session, file, block, size))
-        return;
-
-    std::uint32_t count = 0;
-    const auto target =
-        AsTarget<std::uint32_t(std::uint64_t, std::uint64_t, void *, std::uint32_t, std::uint32_t *)>(function);
-    const std::uint32_t result = target(session.value, file.value, block.Data(), size.value, &count);
-
-    call.Reply(U32(count), U32(result));
+    Row<U32(U64 session, U64 file, IN block, U32 size, Out<U32> count)>::Run(channel, __func__, function,
+                                                                             OutList::Results);
 }
 
 void Process_VornRestoreFile(CIPCCommunication &channel, void *function)
 {
-    HandlerCall call(channel, __func__);
-    U64 session, file;
-    if (!call.Read(session, file))
-        return;
-
-    const auto target = AsTarget<std::uint32_t(std::uint64_t, std::uint64_t)>(function);
-    const std::uint32_t result = target(session.value, file.value);
-
-    call.Reply(U32(result));
+    Row<U32(U64 session, U64 file)>::Run(channel, __func__, function, OutList::Results);
 }
 
 void Process_VornCloseFile(CIPCCommunication &channel, void *function)
 {
-    HandlerCall call(channel, __func__);
-    U64 session, file;
-    if (!call.Read(session, file))
-        return;
-
-    const auto target = AsTarget<std::uint32_t(std::uint64_t, std::uint64_t)>(function);
-    target(session.value, file.value);
-
-    call.Succeed();
+    Row<Ignored<U32>(U64 session, U64 file)>::Run(channel, __func__, function, OutList::Results);
 }
 
+// The target returns the text, which is copied into the BUF.
 void Process_VornGetErrorText(CIPCCommunication &channel, void *function)
 {
     HandlerCall call(channel, __func__);
@@ -223,6 +118,7 @@ void Process_VornGetErrorText(CIPCCommunication &channel, void *function)
     call.Reply(session, object, code, text, size);
 }
 
+// What the target returns is not what the parent gets.
 void Process_GetLibApiVersion(CIPCCommunication &channel, void *function)
 {
     HandlerCall call(channel, __func__);
@@ -235,12 +131,7 @@ void Process_GetLibApiVersion(CIPCCommunication &channel, void *function)
 
 void Process_GetBackupType(CIPCCommunication &channel, void *function)
 {
-    HandlerCall call(channel, __func__);
-
-    const auto target = AsTarget<std::uint32_t()>(function);
-    const std::uint32_t result = target();
-
-    call.Reply(U32(result));
+    Row<U32()>::Run(channel, __func__, function, OutList::Results);
 }
 
 } // namespace kessil

@@ -4,8 +4,8 @@ namespace kessil {
 
 class CIPCCommunication;
 
-// The data-source plug-in: sessions, directories and files, told apart by 64-bit handles that only the library
-// understands. Each handler is written for the export of its own name.
+// The data source: sessions, directories and files, each named by a 64-bit handle. Each handler calls the export of its
+// own name.
 
 void Process_VornCreateSession(CIPCCommunication &channel, void *function);
 void Process_VornCloseSession(CIPCCommunication &channel, void *function);

@@ -104,6 +104,38 @@ TEST(NumberElement, MostSignificantByteFirst)
     EXPECT_EQ(target.Content(), Hex("01 02 03 04 00 00 00 00 00 00 00 01 AB CD FE"));
 }
 
+// Handles.
+
+TEST(HandleElement, StartsAtZeroAndTakesFourBytes)
+{
+    EXPECT_EQ(Handle().value, 0u);
+    EXPECT_EQ(Handle().GetBufferSize(), 4u);
+}
+
+TEST(HandleElement, IsReadAndWrittenAtAnyAddressAndCutAtAnyByte)
+{
+    const Bytes form = Hex("FE DC BA 98");
+    for (std::size_t left = 0; left < 16; ++left) {
+        SCOPED_TRACE(left);
+        const bool fits = left >= 4;
+        const Tail source(Fill(form, left));
+        Handle read(7);
+        EXPECT_EQ(read.ReadFromBuffer(source.Data(), source.Size()), fits ? 4u : 0u);
+        EXPECT_EQ(read.value, fits ? 0x00000000FEDCBA98u : 7u);
+
+        const Tail target(Repeat(0xEE, left));
+        EXPECT_EQ(Handle(0xFEDCBA98).WriteToBuffer(target.Data(), target.Size()), fits ? 4u : 0u);
+        EXPECT_EQ(target.Content(), fits ? Fill(form, left) : Repeat(0xEE, left));
+    }
+}
+
+TEST(HandleElement, LosesItsUpperHalfOnTheWayOut)
+{
+    const Tail target(Repeat(0xEE, 4));
+    EXPECT_EQ(Handle(0x0102030405060708).WriteToBuffer(target.Data(), 4), 4u);
+    EXPECT_EQ(target.Content(), Hex("05 06 07 08"));
+}
+
 // Strings of 8-bit characters.
 
 TEST(NarrowStringElement, ExactBytes)
