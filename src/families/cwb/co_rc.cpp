@@ -1,6 +1,6 @@
 #include "families/cwb/cwb.h"
 
-#include "marshal/handler_call.h"
+#include "marshal/row.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -9,7 +9,7 @@
 namespace kessil {
 namespace {
 
-// A block that cwbRC_AddParm made; the number is taken on trust.
+// A block that cwbRC_AddParm made; nothing checks the number.
 unsigned char *BlockAt(std::uint64_t address)
 {
     return reinterpret_cast<unsigned char *>(static_cast<std::uintptr_t>(address));
@@ -19,136 +19,67 @@ unsigned char *BlockAt(std::uint64_t address)
 
 void Process_cwbCO_CreateSystem(CIPCCommunication &channel, void *function)
 {
-    HandlerCall call(channel, __func__);
-    WSTR system_name;
-    if (!call.Read(system_name))
-        return;
-
-    std::uint32_t system = 0;
-    const auto target = AsTarget<std::uint32_t(const char16_t *, std::uint32_t *)>(function);
-    const std::uint32_t result = target(system_name.Text(), &system);
-
-    call.Reply(U32(system), U32(result));
+    Row<U32(WSTR system_name, Out<U32> system)>::Run(channel, __func__, function, OutList::Results);
 }
 
 void Process_cwbCO_SetUserIDEx(CIPCCommunication &channel, void *function)
 {
     // Parents may compare the output text, which has no closing bracket.
-    HandlerCall call(channel, __func__,
-                     {u"Failed to serialise input (Process_cwbCO_SetUserIDEx)",
-                      u"Failed to serialise output (Process_cwbCO_SetUserIDEx"});
-    U32 system;
-    WSTR user_id;
-    if (!call.Read(system, user_id))
-        return;
-
-    const auto target = AsTarget<std::uint32_t(std::uint32_t, const char16_t *)>(function);
-    const std::uint32_t result = target(system.value, user_id.Text());
-
-    call.Reply(U32(result));
+    Row<U32(U32 system, WSTR user_id)>::Run(channel, __func__, function, OutList::Results,
+                                            {u"Failed to serialise input (Process_cwbCO_SetUserIDEx)",
+                                             u"Failed to serialise output (Process_cwbCO_SetUserIDEx"});
 }
 
 void Process_cwbCO_SetPassword(CIPCCommunication &channel, void *function)
 {
     // Parents may compare the output text, which has no closing bracket.
-    HandlerCall call(channel, __func__,
-                     {u"Failed to serialise input (Process_cwbCO_SetPassword)",
-                      u"Failed to serialise output (Process_cwbCO_SetPassword"});
-    U32 system;
-    WSTR password;
-    if (!call.Read(system, password))
-        return;
-
-    const auto target = AsTarget<std::uint32_t(std::uint32_t, const char16_t *)>(function);
-    const std::uint32_t result = target(system.value, password.Text());
-
-    call.Reply(U32(result));
+    Row<U32(U32 system, WSTR password)>::Run(channel, __func__, function, OutList::Results,
+                                             {u"Failed to serialise input (Process_cwbCO_SetPassword)",
+                                              u"Failed to serialise output (Process_cwbCO_SetPassword"});
 }
 
 void Process_cwbCO_SetPromptMode(CIPCCommunication &channel, void *function)
 {
     // Parents may compare the output text, which has no closing bracket.
-    HandlerCall call(channel, __func__,
-                     {u"Failed to serialise input (Process_cwbCO_SetPromptMode)",
-                      u"Failed to serialise output (Process_cwbCO_SetPromptMode"});
-    U32 system, prompt_mode;
-    if (!call.Read(system, prompt_mode))
-        return;
-
-    const auto target = AsTarget<std::uint32_t(std::uint32_t, std::uint32_t)>(function);
-    const std::uint32_t result = target(system.value, prompt_mode.value);
-
-    call.Reply(U32(result));
+    Row<U32(U32 system, U32 prompt_mode)>::Run(channel, __func__, function, OutList::Results,
+                                               {u"Failed to serialise input (Process_cwbCO_SetPromptMode)",
+                                                u"Failed to serialise output (Process_cwbCO_SetPromptMode"});
 }
 
 void Process_cwbCO_DeleteSystem(CIPCCommunication &channel, void *function)
 {
     // Parents may compare the output text, which has no closing bracket.
-    HandlerCall call(channel, __func__,
-                     {u"Failed to serialise input (Process_cwbCO_DeleteSystem)",
-                      u"Failed to serialise output (Process_cwbCO_DeleteSystem"});
-    U32 system;
-    if (!call.Read(system))
-        return;
-
-    const auto target = AsTarget<std::uint32_t(std::uint32_t)>(function);
-    const std::uint32_t result = target(system.value);
-
-    call.Reply(U32(result));
+    Row<U32(U32 system)>::Run(channel, __func__, function, OutList::Results,
+                              {u"Failed to serialise input (Process_cwbCO_DeleteSystem)",
+                               u"Failed to serialise output (Process_cwbCO_DeleteSystem"});
 }
 
 void Process_cwbRC_StartSysEx(CIPCCommunication &channel, void *function)
 {
     // Parents may compare the output text, which has no closing bracket.
-    HandlerCall call(channel, __func__,
-                     {u"Failed to serialise input (Process_cwbRC_StartSysEx)",
-                      u"Failed to serialise output (Process_cwbRC_StartSysEx"});
-    U32 system;
-    if (!call.Read(system))
-        return;
-
-    std::uint32_t request = 0;
-    const auto target = AsTarget<std::uint32_t(std::uint32_t, std::uint32_t *)>(function);
-    const std::uint32_t result = target(system.value, &request);
-
-    call.Reply(U32(request), U32(result));
+    Row<U32(U32 system, Out<U32> request)>::Run(channel, __func__, function, OutList::Results,
+                                                {u"Failed to serialise input (Process_cwbRC_StartSysEx)",
+                                                 u"Failed to serialise output (Process_cwbRC_StartSysEx"});
 }
 
 void Process_cwbRC_CreatePgm(CIPCCommunication &channel, void *function)
 {
     // Parents may compare the output text, which has no closing bracket.
-    HandlerCall call(channel, __func__,
-                     {u"Failed to serialise input (Process_cwbRC_CreatePgm)",
-                      u"Failed to serialise output (Process_cwbRC_CreatePgm"});
-    WSTR program_name, library_name;
-    if (!call.Read(program_name, library_name))
-        return;
-
-    std::uint32_t program = 0;
-    const auto target = AsTarget<std::uint32_t(const char16_t *, const char16_t *, std::uint32_t *)>(function);
-    const std::uint32_t result = target(program_name.Text(), library_name.Text(), &program);
-
-    call.Reply(U32(program), U32(result));
+    Row<U32(WSTR program_name, WSTR library_name, Out<U32> program)>::Run(
+        channel, __func__, function, OutList::Results,
+        {u"Failed to serialise input (Process_cwbRC_CreatePgm)",
+         u"Failed to serialise output (Process_cwbRC_CreatePgm"});
 }
 
 void Process_cwbRC_RunCmd(CIPCCommunication &channel, void *function)
 {
-    HandlerCall call(channel, __func__);
-    U32 request;
-    STR command;
-    U32 err_handle;
-    if (!call.Read(request, command, err_handle))
-        return;
-
-    const auto target = AsTarget<std::uint32_t(std::uint32_t, const char *, std::uint32_t)>(function);
-    const std::uint32_t result = target(request.value, command.Text(), err_handle.value);
-
-    call.Reply(U32(result));
+    Row<U32(U32 request, STR command, U32 err_handle)>::Run(channel, __func__, function, OutList::Results);
 }
 
+// The target gets the address of a block that outlives the call. Parents may compare the output text, which has no
+// closing bracket.
 void Process_cwbRC_AddParm(CIPCCommunication &channel, void *function)
 {
-    // Parents may compare the output text, which has no closing bracket.
     HandlerCall call(
         channel, __func__,
         {u"Failed to serialise input (Process_cwbRC_AddParm)", u"Failed to serialise output (Process_cwbRC_AddParm"});
@@ -158,7 +89,7 @@ void Process_cwbRC_AddParm(CIPCCommunication &channel, void *function)
     if (!call.Read(program, type, data))
         return;
 
-    // The library keeps the address and writes there later: the block is the parent's, to be deleted at its request.
+    // The library keeps the address and writes there later. The parent owns the block and has it deleted.
     auto *const address = new unsigned char[data.Size()];
     std::memcpy(address, data.Data(), data.Size());
     const auto target = AsTarget<std::uint32_t(std::uint32_t, std::uint16_t, std::uint32_t, unsigned char *)>(function);
@@ -167,7 +98,7 @@ void Process_cwbRC_AddParm(CIPCCommunication &channel, void *function)
     call.Reply(U64(reinterpret_cast<std::uintptr_t>(address)), U32(result));
 }
 
-// Calls no target: the block is this process's own. The constant stands where the other rows have the result.
+// Calls no target: the block belongs to this process. A 0 stands in the place of the result.
 void Process_cwbRC_CallPgm_GetBuffer(CIPCCommunication &channel, void *)
 {
     HandlerCall call(channel, __func__);
@@ -184,7 +115,7 @@ void Process_cwbRC_CallPgm_GetBuffer(CIPCCommunication &channel, void *)
     call.Succeed();
 }
 
-// Calls no target: the block is this process's own. The constant stands where the other rows have the result.
+// Calls no target: the block belongs to this process. A 0 stands in the place of the result.
 void Process_cwbRC_CallPgm_DeleteBuffer(CIPCCommunication &channel, void *)
 {
     HandlerCall call(channel, __func__);
@@ -200,41 +131,17 @@ void Process_cwbRC_CallPgm_DeleteBuffer(CIPCCommunication &channel, void *)
 
 void Process_cwbRC_CallPgm(CIPCCommunication &channel, void *function)
 {
-    HandlerCall call(channel, __func__);
-    U32 request, program, err_handle;
-    if (!call.Read(request, program, err_handle))
-        return;
-
-    const auto target = AsTarget<std::uint32_t(std::uint32_t, std::uint32_t, std::uint32_t)>(function);
-    const std::uint32_t result = target(request.value, program.value, err_handle.value);
-
-    call.Reply(U32(result));
+    Row<U32(U32 request, U32 program, U32 err_handle)>::Run(channel, __func__, function, OutList::Results);
 }
 
 void Process_cwbRC_DeletePgm(CIPCCommunication &channel, void *function)
 {
-    HandlerCall call(channel, __func__);
-    U32 program;
-    if (!call.Read(program))
-        return;
-
-    const auto target = AsTarget<std::uint32_t(std::uint32_t)>(function);
-    const std::uint32_t result = target(program.value);
-
-    call.Reply(U32(result));
+    Row<U32(U32 program)>::Run(channel, __func__, function, OutList::Results);
 }
 
 void Process_cwbRC_StopSys(CIPCCommunication &channel, void *function)
 {
-    HandlerCall call(channel, __func__);
-    U32 request;
-    if (!call.Read(request))
-        return;
-
-    const auto target = AsTarget<std::uint32_t(std::uint32_t)>(function);
-    const std::uint32_t result = target(request.value);
-
-    call.Reply(U32(result));
+    Row<U32(U32 request)>::Run(channel, __func__, function, OutList::Results);
 }
 
 } // namespace kessil

@@ -4,8 +4,8 @@ namespace kessil {
 
 class CIPCCommunication;
 
-// The midrange client, one handler per function. Handles are 32-bit numbers of the library's, which are passed on
-// without a look, and so is everything else: parents see what the library answered.
+// The midrange client. Each handler calls the export of its own name. The library's handles have 32 bits. Nothing is
+// checked on the way to the library or back.
 
 // Systems, remote commands and programs. A block that cwbRC_AddParm made outlives its call, until
 // cwbRC_CallPgm_DeleteBuffer or the end of the process; parents hold its address, and nothing checks what they send.
