@@ -4,9 +4,8 @@ namespace kessil {
 
 class CIPCCommunication;
 
-// The mail library: one mail object for backing up and restoring mailboxes. Its handle is a 64-bit word of the
-// library's, of which the low 32 bits cross; the target gets them back zero-extended. Each handler is written for the
-// export of its own name.
+// The mail library: one mail object for backing up and restoring mailboxes, which a Handle names. Each handler calls
+// the export of its own name. Most out-lists repeat the in-list first.
 
 void Process_MapiCreate(CIPCCommunication &channel, void *function);
 void Process_MapiDelete(CIPCCommunication &channel, void *function);
