@@ -4,9 +4,8 @@ namespace kessil {
 
 class CIPCCommunication;
 
-// The ESE backup library: backup and restore contexts and file handles, which only the library understands. They cross
-// the section as 32 bits; the library's own are as wide as a pointer, and what lies above 32 bits is lost. Each handler
-// calls the export of its own name, and every out-list repeats the in-list first and ends in the last error.
+// The ESE backup library. Its contexts and files are named by Handles. Each handler calls the export of its own name.
+// The out-list of a row repeats the in-list first and ends in the last error.
 
 void Process_HrESEBackupPrepare(CIPCCommunication &channel, void *function);
 void Process_HrESEBackupSetup(CIPCCommunication &channel, void *function);
