@@ -13,6 +13,38 @@ unsigned char *ViewOf(const CIPCCommunication &channel)
     return channel.SharedView();
 }
 
+bool Grow(CIPCCommunication &channel, std::uint32_t size)
+{
+    WideString dropped;
+    return channel.ResizeSharedMem(size, dropped);
+}
+
+bool MakeRoom(CIPCCommunication &channel, std::span<CDataElement *const> list)
+{
+    std::uint32_t total = 0;
+    for (CDataElement *const element : list) {
+        const std::uint32_t needed = element->GetBufferSize();
+        if (needed == 0)
+            return false;
+        total += needed;
+    }
+    return channel.SharedSize() >= total || Grow(channel, total);
+}
+
+bool WriteElements(const CIPCCommunication &channel, std::span<CDataElement *const> list)
+{
+    unsigned char *const view = ViewOf(channel);
+    const std::uint32_t size = channel.SharedSize();
+    std::uint32_t offset = 0;
+    for (CDataElement *const element : list) {
+        const std::uint32_t taken = element->WriteToBuffer(view + offset, size - offset);
+        if (taken == 0)
+            return false;
+        offset += taken;
+    }
+    return true;
+}
+
 } // namespace
 
 bool HandlerCall::ReadList(std::span<CDataElement *const> list)
@@ -37,39 +69,7 @@ void HandlerCall::ReplyList(std::span<CDataElement *const> list)
 
 bool HandlerCall::WriteList(std::span<CDataElement *const> list)
 {
-    return (MakeRoom(list) && WriteElements(list)) || FailOutput();
-}
-
-bool HandlerCall::MakeRoom(std::span<CDataElement *const> list)
-{
-    std::uint32_t total = 0;
-    for (CDataElement *const element : list) {
-        const std::uint32_t needed = element->GetBufferSize();
-        if (needed == 0)
-            return false;
-        total += needed;
-    }
-    return m_channel.SharedSize() >= total || Grow(total);
-}
-
-bool HandlerCall::Grow(std::uint32_t size)
-{
-    WideString dropped;
-    return m_channel.ResizeSharedMem(size, dropped);
-}
-
-bool HandlerCall::WriteElements(std::span<CDataElement *const> list)
-{
-    unsigned char *const view = ViewOf(m_channel);
-    const std::uint32_t size = m_channel.SharedSize();
-    std::uint32_t offset = 0;
-    for (CDataElement *const element : list) {
-        const std::uint32_t taken = element->WriteToBuffer(view + offset, size - offset);
-        if (taken == 0)
-            return false;
-        offset += taken;
-    }
-    return true;
+    return (MakeRoom(m_channel, list) && WriteElements(m_channel, list)) || FailOutput();
 }
 
 bool HandlerCall::FailInput()

@@ -66,9 +66,6 @@ public:
 
 private:
     bool WriteList(std::span<CDataElement *const> list);
-    bool MakeRoom(std::span<CDataElement *const> list);
-    bool Grow(std::uint32_t size);
-    bool WriteElements(std::span<CDataElement *const> list);
     bool FailInput();
     bool FailOutput();
     bool Fail(const char16_t *text, const char16_t *usual_start);

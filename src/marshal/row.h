@@ -34,9 +34,10 @@ template <class Returned, class... Words>
 class Row<Returned(Words...)>
 {
 public:
-    /// The body of a handler; see HandlerCall for `handler` and `texts`.
-    static void Run(CIPCCommunication &channel, const char *handler, void *function, OutList out_list,
-                    const FailureTexts &texts = usual_texts)
+    /// The body of a handler; see HandlerCall for `handler` and `texts`. Not inline, or each handler would have a copy
+    /// of the code that rows with the same prototype share.
+    [[gnu::noinline]] static void Run(CIPCCommunication &channel, const char *handler, void *function, OutList out_list,
+                                      const FailureTexts &texts = usual_texts)
     {
         Serve(HandlerCall(channel, handler, texts), function, out_list, std::index_sequence_for<Words...>());
     }
