@@ -24,7 +24,7 @@
 ///   as 0 or null, unless said otherwise. After a failure numbers are still read, and objects are dropped, save those
 ///   that are stored behind the address of kessil's own pointer.
 ///
-/// A function that the library doesn't export can't be called by a parent, who is told so; all else works.
+/// A parent that calls a function that the library doesn't export gets an error; all else works.
 
 #include <cstdint>
 #include <list>
@@ -37,7 +37,7 @@
 #define KESSIL_ADAPTER_EXPORT __attribute__((visibility("default")))
 #endif
 
-/// One item of a listing. What the numbers stand for is the adapter's affair; they reach the parent as they are.
+/// One item of a listing. Only the adapter and the parent know what the numbers mean; they reach the parent unchanged.
 struct tag_item_data
 {
     std::string item_name;
@@ -48,10 +48,10 @@ struct tag_item_data
 
 /// A listing. The adapter makes it with `new`. Either kessil deletes it, once it has sent it whole, or the parent
 /// walks it with NextItem and gives it back with FreeListing. A call that fails leaves null there: by command, and from
-/// GetDiskChangeIDS, kessil would delete what it left; by any other signature nobody would.
+/// GetDiskChangeIDS, kessil would delete what it left; by any other signature it would never be deleted.
 using AdapterListing = std::list<tag_item_data>;
 
-/// The adapter's record of a failure; its content is the adapter's.
+/// The adapter's record of a failure. Only the adapter knows its content.
 struct VMLib_ErrorInfo;
 
 /// Takes a line of the adapter's log for the parent, with a level that means what adapter and parent agree on. Copies
@@ -60,11 +60,11 @@ using AdapterLoggingCallBack = void (*)(const char *text, unsigned char level);
 
 extern "C" {
 
-// What kessil itself needs. It looks these four up when it loads the library; one that is missing is done without:
-// the parent then gets no log lines, or hears only that there is no error text.
+// What kessil itself calls. It looks these four up when it loads the library and does without one that is missing: the
+// parent then gets no log lines, or no error text but the statement that there is none.
 
-/// The text of a failure, valid until the next call. May be asked about null: some calls ask after a success as well,
-/// and some after a failure that left no record.
+/// The text of a failure, valid until the next call. The record may be null: kessil calls this after some successes as
+/// well, and after failures that left no record.
 KESSIL_ADAPTER_EXPORT const char *GetErrorMessage(VMLib_ErrorInfo *error);
 
 /// Frees the record, which may be null, right after its text was copied.
@@ -79,7 +79,7 @@ KESSIL_ADAPTER_EXPORT void FreeCredentials(void **credentials);
 // Credentials and inventory. The listing cache is one for the process: the adapter may set it wherever it gets its
 // address.
 
-/// The version, or null by the signature's call alone: the command can't bear it.
+/// The version. Null is allowed when it is called by signature; by command it ends the process.
 KESSIL_ADAPTER_EXPORT const char *GetLibraryVersion();
 KESSIL_ADAPTER_EXPORT const char *VADPVersion(const char *first, void *credentials, VMLib_ErrorInfo **error);
 
@@ -148,7 +148,7 @@ KESSIL_ADAPTER_EXPORT bool ReOpenBackupFile(void *session, const char *path, voi
 
 /// Reads of bulk data straight into the memory that the parent sees. They return a negative number for a failure, and
 /// the number reaches the parent. `count` starts with all bits set. The parent makes the blocks of ReadBlock and
-/// ReadBlockSignature as large as the adapter wants them: no length is told.
+/// ReadBlockSignature as large as the adapter wants them: it gets no length.
 KESSIL_ADAPTER_EXPORT std::int32_t ReadBackupFile(void *file, void *data, std::uint32_t length, std::uint64_t *count,
                                                   VMLib_ErrorInfo **error);
 KESSIL_ADAPTER_EXPORT std::int32_t ReadFileACL(void *file, void *data, std::uint32_t length, VMLib_ErrorInfo **error);

@@ -6,8 +6,8 @@ namespace kessil {
 
 class CIPCCommunication;
 
-// The three frames that a handler sends. A frame that can't be built or written is dropped without a word: the
-// handler returns as usual, and the request loop meets the broken pipe at its next read.
+// The three frames that a handler sends. A frame that can't be built or written is dropped and not reported: the
+// handler returns as usual, and the request loop finds the broken pipe at its next read.
 
 /// 'S', empty: the call was made, its results lie in the section.
 void SendSuccessReply(CIPCCommunication &channel);

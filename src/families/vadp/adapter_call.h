@@ -9,16 +9,16 @@
 
 namespace kessil {
 
-/// What a handler says when something fails, where that isn't the usual.
+/// What a handler sends when something fails, where that isn't the usual; null stands for the usual.
 struct AdapterTexts
 {
     const char16_t *input;
-    const char16_t *error; ///< null for the usual words
+    const char16_t *error;
     const char16_t *output;
 };
 
-/// HandlerCall for a function of the adapter, in the first generation: with the adapter's error text, which is the last
-/// of the results and empty after a success, and its log lines, which travel ahead of the answer.
+/// HandlerCall for a function of the adapter, in the first generation. The adapter's error text is the last of the
+/// results, and empty after a success; its log lines are sent ahead of the answer.
 class AdapterCall : public HandlerCall
 {
 public:
@@ -27,11 +27,11 @@ public:
     AdapterCall(CIPCCommunication &channel, const char *handler, const AdapterTexts &texts,
                 EntryLog entry = EntryLog::Line);
 
-    /// What the adapter returned has been looked at: takes the error text unless `okay`, then sends the log lines.
+    /// To be called after the adapter: takes the error text unless `okay`, then sends the log lines.
     void Conclude(bool okay);
 
-    /// The first half of Conclude. Where no function of the adapter's gives texts, this sends a failure reply of its
-    /// own, "Failed to get error message (<handler>)", and the handler goes on to its usual answer all the same.
+    /// The first half of Conclude. While no "GetErrorMessage" is bound this sends a failure reply, "Failed to get error
+    /// message (<handler>)", and the handler sends its usual answer as well.
     void TakeErrorText(bool okay);
 
     /// The second half.
@@ -45,7 +45,7 @@ public:
 private:
     CIPCCommunication &m_channel;
     const char *m_handler;
-    const char16_t *m_noErrorText = nullptr; // what stands in the place of the usual words
+    const char16_t *m_noErrorText = nullptr;
     std::string m_errorText;
 };
 

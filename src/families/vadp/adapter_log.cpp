@@ -35,7 +35,7 @@ void queueAdapterLogLine(const char *text, unsigned char level) noexcept
         const std::lock_guard lock(g_csAdapterLog);
         g_lAdapterLog.push_back(std::move(line));
     } catch (const std::bad_alloc &) {
-        return; // the adapter's thread is not to end for that
+        return; // an exception must not end the adapter's thread
     }
 }
 

@@ -4,8 +4,8 @@ namespace kessil {
 
 class CIPCCommunication;
 
-// The adapter's log lines wait in a queue until an answer goes out, and travel ahead of it. A line that comes while the
-// queue is being sent waits for the next answer.
+// The adapter's log lines wait in a queue and are sent ahead of the next answer. A line that comes while the
+// queue is being sent waits for the answer after that.
 
 /// What the adapter calls: copies the text and puts it into the queue. May run on any thread, at any time. A line that
 /// finds no memory is lost.

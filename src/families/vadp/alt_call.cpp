@@ -9,7 +9,7 @@
 namespace kessil {
 namespace {
 
-// A number that can't be read is 0 in the primitive's eyes; here it keeps the value it started with.
+// The primitive sets a number that it can't read to 0; here the number keeps the value that it started with.
 template <class T>
 bool ReadNumber(bool (*read)(CIPCCommunication &, T &), CIPCCommunication &channel, T &value)
 {

@@ -13,23 +13,23 @@ namespace kessil {
 
 class CIPCCommunication;
 
-/// What a handler does about a value that could not be read.
+/// What a handler does when a value could not be read.
 enum class OnFailedRead
 {
-    Skip, ///< leaves the adapter alone, and answers with a failure
-    Call  ///< calls it all the same, with what came before that value and the rest as it started
+    Skip, ///< answers with a failure without calling the adapter
+    Call  ///< calls it all the same; that value and those behind it are as they started
 };
 
-/// The index of a table in which nothing stands.
+/// An index that no table has.
 inline constexpr std::uint32_t no_handle = 0xFFFFFFFF;
 
 /// Marshals one call of the adapter in the second generation: the arguments come as bare values on the pipe, and so
-/// does the answer, behind the adapter's log lines. A write that fails is not noticed: the request loop meets the
-/// broken pipe at its next read.
+/// does the answer, behind the adapter's log lines. Ignores a write that fails: the request loop finds the broken pipe
+/// at its next read.
 class AltCall
 {
 public:
-    /// For a handler that reads nothing. `handler` is the name that the log gets.
+    /// For a handler that reads nothing. `handler` is the name that is logged.
     AltCall(CIPCCommunication &channel, const char *handler);
     AltCall(CIPCCommunication &channel, const char *handler, OnFailedRead conduct, EntryLog entry = EntryLog::Line);
 
@@ -48,7 +48,7 @@ public:
     /// Sends the adapter's log lines and their end mark, which stand ahead of every answer.
     void SendLog();
 
-    // The answers, each behind the log. The error text is taken once the log is out, unless it is given.
+    // The answers, each behind the log lines. The error text is taken after these were sent, unless it is passed in.
 
     /// 1, or -1 and the error text.
     void ReplyStatus(bool okay);

@@ -12,7 +12,7 @@ namespace {
 constexpr std::uint64_t no_count = 0xFFFFFFFFFFFFFFFF;
 constexpr std::uint32_t first_session = 0;
 
-// The adapter isn't told how long this is.
+// The adapter doesn't get this length.
 constexpr std::uint32_t block_length = 65536;
 
 U32 ResultOf(std::int32_t result)
@@ -36,7 +36,7 @@ void Process_VADPInitVixDiskLib(CIPCCommunication &channel, void *function)
     call.Reply(call.ErrorText());
 }
 
-// Sends no log lines: those of this call travel with a later answer.
+// Sends no log lines: those of this call are sent with a later answer.
 void Process_VADPExitVixDiskLib(CIPCCommunication &channel, void *function)
 {
     AdapterCall call(channel, __func__);
@@ -114,7 +114,7 @@ void Process_VADPGetBackupSessionFiles(CIPCCommunication &channel, void *functio
     call.Reply(IndexOf(okay, storeListing, listing), call.ErrorText());
 }
 
-// The result is a number, and goes to the parent beside the index.
+// The target returns a number, which is a result beside the index.
 void Process_VADPOpenBackupFile(CIPCCommunication &channel, void *function)
 {
     AdapterCall call(channel, __func__);
@@ -259,8 +259,8 @@ void Process_VADPReadBlockSignature(CIPCCommunication &channel, void *function)
     call.Reply(data, ResultOf(result), call.ErrorText());
 }
 
-// The listing goes out as bare values ahead of the success frame, and each result over the one before it: in the end
-// the section has the index, or the error text, alone.
+// The listing is sent as bare values ahead of the success frame. Each result overwrites the one before it: in the end
+// the section holds the index, or the error text, alone.
 void Process_VADPGetDiskChangeIDS(CIPCCommunication &channel, void *function)
 {
     AdapterCall call(channel, __func__);
@@ -290,7 +290,7 @@ void Process_VADPGetDiskChangeIDS(CIPCCommunication &channel, void *function)
     call.Succeed();
 }
 
-// Whatever session the parent names, it is the first one.
+// Uses the first session, whichever the parent names.
 void Process_VADPGetDiskChangedSectorNum(CIPCCommunication &channel, void *function)
 {
     AdapterCall call(channel, __func__);

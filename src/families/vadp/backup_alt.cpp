@@ -42,7 +42,7 @@ void ProcessAlt_VADPExitVixDiskLib(CIPCCommunication &channel, void *function)
     call.SendLog();
 }
 
-// Calls the adapter in any case, but succeeds only if all values came. The timestamp follows a failure too.
+// Calls the adapter in any case, but succeeds only if all values came. The timestamp is sent after a failure too.
 void ProcessAlt_VADPSnapshotVM(CIPCCommunication &channel, void *function)
 {
     AltCall call(channel, __func__, OnFailedRead::Call);
@@ -69,7 +69,7 @@ void ProcessAlt_VADPSnapshotVM(CIPCCommunication &channel, void *function)
         KESSIL_LOG(log_error, vadp_component, "Failed to get snapshot timestamp (ProcessAlt_VADPSnapshotVM)");
 }
 
-// No value names the options: they are the first ones. The answer is the index, or -1 and the error text.
+// Uses the first options: no value names others. The answer is the index, or -1 and the error text.
 void ProcessAlt_VADPStartBackupSession(CIPCCommunication &channel, void *function)
 {
     AltCall call(channel, __func__, OnFailedRead::Skip);
@@ -90,7 +90,7 @@ void ProcessAlt_VADPStartBackupSession(CIPCCommunication &channel, void *functio
         static_cast<void>(WriteStringToPipe(channel, extractErrMsgAlt(false, call.error)));
 }
 
-// The session keeps its index, and what lies there.
+// The table keeps the session.
 void ProcessAlt_VADPEndBackupSession(CIPCCommunication &channel, void *function)
 {
     AltCall call(channel, __func__, OnFailedRead::Skip);

@@ -14,7 +14,7 @@ class CIPCCommunication;
 /// The component's name in the log.
 inline constexpr const char *vadp_component = "VMwareVADP_function_wrapper";
 
-/// How the adapter tells success: in one byte, true when not 0. What stands in the rest of the register means nothing.
+/// What the adapter returns for success or failure: one byte, 0 for a failure. The rest of the register is undefined.
 using AdapterBool = std::uint8_t;
 
 /// The adapter's functions that the helper itself calls; null while no adapter is bound, or when it has none.
@@ -23,8 +23,8 @@ extern void (*g_pfnFreeErrorInfo)(VMLib_ErrorInfo **error);
 extern void (*g_pfnFreeCredentials)(void **credentials);
 extern void (*g_pfnSetLoggingCallBack)(AdapterLoggingCallBack callback);
 
-/// Runs after every load. When the name has the adapter's name in it, finds the functions above, has the adapter log to
-/// the queue (adapter_log.h), and from then on admits ordinary users to the sections that this side makes.
+/// Runs after every load. If the library's name contains the adapter's, finds the functions above, has the adapter log
+/// to the queue (adapter_log.h), and from then on admits ordinary users to the sections that the helper creates.
 void bindAdapterFunctions(CIPCCommunication &channel, const WideString &library_name, platform::ModuleHandle module);
 
 } // namespace kessil

@@ -6,16 +6,16 @@
 #include <string>
 #include <vector>
 
-// What the adapter's calls leave behind for later ones, for the life of the process. The adapter's objects are pointers
-// that only the adapter looks behind; none of them is released at the end. For the main thread only.
+// What the adapter's calls keep for later ones, as long as the process runs. The adapter's objects are pointers that
+// only the adapter follows; none of them is released at the end. For the main thread only.
 
 namespace kessil {
 
-/// The objects of one kind that the parent knows, each by its index here. An index is free while its pointer is null.
+/// The objects of one kind. The parent names each by its index here. An index is free while its pointer is null.
 class HandleTable
 {
 public:
-    /// The object, or null for a handle that the table doesn't have; negative ones are among these.
+    /// The object, or null for a handle that the table doesn't have, such as a negative one.
     void *operator[](std::uint32_t handle) const { return handle < m_objects.size() ? m_objects[handle] : nullptr; }
 
     /// Puts the object at the lowest free index, which is returned.
@@ -26,7 +26,7 @@ public:
 
     std::size_t Size() const { return m_objects.size(); }
 
-    /// Forgets everything, as if nothing had been stored.
+    /// Removes all objects.
     void Reset() { m_objects.clear(); }
 
 private:
@@ -39,7 +39,7 @@ extern HandleTable g_vACLInfo;
 extern HandleTable g_vBackupSession;
 extern HandleTable g_vRestoreSession;
 extern HandleTable g_vBackupFile;
-extern HandleTable g_vRestoreFile; ///< of config readers, too
+extern HandleTable g_vRestoreFile; ///< also of configuration readers
 
 /// Put the object into its table; see HandleTable::Store.
 std::int32_t storeBackupOptions(void *object);
@@ -50,7 +50,7 @@ std::int32_t storeRestoreSession(void *object);
 std::int32_t storeBackupFile(void *object);
 std::int32_t storeRestoreFile(void *object);
 
-/// Where in g_vACLInfo the object lies that was made under a key. What was once there may have gone since.
+/// The index in g_vACLInfo of the object that was made under a key. It may have been freed since.
 extern std::map<std::string, std::uint32_t> g_mACLInfoIndex;
 
 extern void *g_pCredentials;

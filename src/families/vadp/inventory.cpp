@@ -8,7 +8,7 @@
 namespace kessil {
 namespace {
 
-// A row of the listings that a path and the credentials are enough for.
+// A row that takes a path and returns a listing.
 void ListByPath(CIPCCommunication &channel, const char *handler, void *function)
 {
     AdapterCall call(channel, handler);
@@ -39,7 +39,7 @@ void Process_VADPGetLibraryVersion(CIPCCommunication &channel, void *function)
 
 void Process_VADPVersion(CIPCCommunication &channel, void *function)
 {
-    // Its failures go under the names of two other handlers.
+    // Parents know these texts, which name two other handlers.
     static constexpr AdapterTexts texts = {u"Failed to serialise input (Process_VADPReadBackupFile)",
                                            u"Failed to get error message (Process_VADPVersion)",
                                            u"Failed to serialise output (Process_VADPGetLibraryVersion)"};
@@ -52,7 +52,7 @@ void Process_VADPVersion(CIPCCommunication &channel, void *function)
     const char *const text = target(first.Text(), g_pCredentials, &call.error);
     const STR version(text != nullptr ? text : "");
 
-    // Nothing tells success here, and so the adapter is asked for an error text each time, behind its log lines.
+    // Nothing shows whether this succeeded, and so the error text is taken each time, after the log lines were sent.
     call.FlushLog();
     call.TakeErrorText(false);
     call.Reply(STR(version), call.ErrorText());
@@ -66,7 +66,7 @@ void Process_VADPCreateCredentials(CIPCCommunication &channel, void *function)
     if (!call.Read(first, second))
         return;
 
-    // Older credentials are the adapter's to find there.
+    // Not null at first: the adapter finds the older credentials there.
     const auto target = AsTarget<AdapterBool(const char *, const char *, void **, VMLib_ErrorInfo **)>(function);
     const bool okay = target(first.Text(), second.Text(), &g_pCredentials, &call.error) != 0;
 
@@ -259,7 +259,7 @@ void Process_VADPOpenConfigRead(CIPCCommunication &channel, void *function)
 
 void Process_VADPListConfigItems(CIPCCommunication &channel, void *function)
 {
-    // Only the first of its failures goes under its own name.
+    // Parents know these texts; only the first names this handler.
     static constexpr AdapterTexts texts = {u"Failed to serialise input (Process_VADPListConfigItems)",
                                            u"Failed to get error message (Process_VADPOpenListing)",
                                            u"Failed to serialise output (Process_VADPOpenListing)"};

@@ -29,7 +29,7 @@ void ProcessAlt_VADPGetLibraryVersion(CIPCCommunication &channel, void *function
     const char *const version = target();
     if (version == nullptr)
         throw std::logic_error("an adapter without a version");
-    // The text alone: the adapter's log lines stay for the next answer.
+    // The text alone: the adapter's log lines are sent with the next answer.
     if (!WriteStringToPipe(channel, version))
         KESSIL_LOG(log_error, vadp_component, "Failed to get version (ProcessAlt_VADPGetLibraryVersion)");
 }
@@ -47,7 +47,7 @@ void ProcessAlt_VADPCreateCredentials(CIPCCommunication &channel, void *function
         KESSIL_LOG(log_debug, vadp_component,
                    "back from real_f with rez==" << okay << ", g_pCredentials==" << g_pCredentials);
     }
-    // What the adapter made of it reaches the log alone.
+    // The adapter's result is only logged.
     call.ReplyStatus(reads);
 }
 

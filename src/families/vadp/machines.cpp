@@ -31,7 +31,7 @@ void Process_VADPGetVMConfig(CIPCCommunication &channel, void *function)
 
 void Process_VADPSetVMConfig(CIPCCommunication &channel, void *function)
 {
-    // Two of the texts name the handler above; parents know them so.
+    // Parents know these texts, which name the handler above.
     AdapterCall call(channel, __func__,
                      AdapterTexts{u"Failed to serialize input (Process_VADPGetVMConfig)", nullptr,
                                   u"Failed to serialize output (Process_VADPGetVMConfig)"});
@@ -96,7 +96,7 @@ void Process_VADPCloseDisk(CIPCCommunication &channel, void *function)
     call.Conclude(okay);
     if (!call.Write(call.ErrorText()))
         return;
-    g_pCredentials = nullptr; // dropped, not freed; the disk stays as the adapter left it
+    g_pCredentials = nullptr; // not freed; the disk stays as the adapter left it
     call.Succeed();
 }
 
@@ -150,7 +150,7 @@ void Process_VADPCreateVM(CIPCCommunication &channel, void *function)
     STR second;
     STR third;
     U32 count;
-    std::map<std::string, std::string> pairs; // none come in the section, whatever the count
+    std::map<std::string, std::string> pairs; // stay empty: the section has none, whatever the count
     if (!call.Read(first, second, third, count))
         return;
 
@@ -169,7 +169,7 @@ void Process_VADPReconfigVM(CIPCCommunication &, void *)
 
 void Process_VADPPowerOnVaioVM(CIPCCommunication &channel, void *function)
 {
-    // The first text has another name.
+    // Parents know the first text, which has another name.
     AdapterCall call(channel, __func__,
                      AdapterTexts{u"Failed to serialize input (Process_VADPPowerOnVM)", nullptr,
                                   u"Failed to serialize output (Process_VADPPowerOnVaioVM)"});
@@ -186,7 +186,7 @@ void Process_VADPPowerOnVaioVM(CIPCCommunication &channel, void *function)
 
 void Process_VADPPowerOffVaioVM(CIPCCommunication &channel, void *function)
 {
-    // The first text has another name, and the wrong one.
+    // Parents know the first text, which names the opposite.
     AdapterCall call(channel, __func__,
                      AdapterTexts{u"Failed to serialize input (Process_VADPPowerOnVM)", nullptr,
                                   u"Failed to serialize output (Process_VADPPowerOffVaioVM)"});

@@ -12,14 +12,15 @@ namespace {
 
 constexpr unsigned sector_shift = 9; // sectors of 512 bytes
 
-// A negative number is told, and stops nothing: the usual answer follows. After good reads only a 1 tells it.
-void TellNegative(CIPCCommunication &channel, const AltCall &call, std::uint64_t start, std::uint64_t count)
+// Answers a negative number ahead of the usual answer; the adapter is called all the same. The text is sent only if a
+// value didn't come, else the answer is 1.
+void ReportNegative(CIPCCommunication &channel, const AltCall &call, std::uint64_t start, std::uint64_t count)
 {
     if (static_cast<std::int64_t>(start) < 0 || static_cast<std::int64_t>(count) < 0)
         sendErrMsgAlt(channel, call.ReadsOkay(), "Invalid input: negative numbers are not allowed.");
 }
 
-// As many pairs as the count says, whether or not they come. The first value of a key stays.
+// Tries to read as many pairs as the count says; those that don't come are empty. The first value of a key stays.
 std::map<std::string, std::string> ReadPairs(CIPCCommunication &channel, std::uint64_t count)
 {
     std::map<std::string, std::string> pairs;
@@ -31,6 +32,20 @@ std::map<std::string, std::string> ReadPairs(CIPCCommunication &channel, std::ui
         pairs.emplace(key, value);
     }
     return pairs;
+}
+
+// A row that takes a machine's path and answers with its status.
+void CallWithPath(CIPCCommunication &channel, const char *handler, void *function)
+{
+    AltCall call(channel, handler, OnFailedRead::Call);
+    std::string path;
+    bool okay = false;
+    if (call.Read(path)) {
+        KESSIL_LOG(log_debug, vadp_component, "path==" << path);
+        const auto target = AsTarget<AdapterBool(const char *, void *, VMLib_ErrorInfo **)>(function);
+        okay = target(path.c_str(), g_pCredentials, &call.error) != 0;
+    }
+    call.ReplyStatus(okay);
 }
 
 } // namespace
@@ -112,10 +127,10 @@ void ProcessAlt_VADPReadSectors(CIPCCommunication &channel, void *function)
     AltCall call(channel, __func__, OnFailedRead::Call, EntryLog::None);
     std::uint64_t start = 0;
     std::uint64_t count = 0;
-    std::vector<unsigned char> data; // what the parent sends gives way to what is read
+    std::vector<unsigned char> data; // what the parent sends is replaced by what is read
     bool okay = false;
     if (call.Read(start, count, data)) {
-        TellNegative(channel, call, start, count);
+        ReportNegative(channel, call, start, count);
         data.assign(count << sector_shift, 0);
         const auto target =
             AsTarget<AdapterBool(void *, std::uint64_t, std::uint64_t, void *, VMLib_ErrorInfo **)>(function);
@@ -136,7 +151,7 @@ void ProcessAlt_VADPWriteSectors(CIPCCommunication &channel, void *function)
     std::vector<unsigned char> data;
     bool okay = false;
     if (call.Read(start, count, data)) {
-        TellNegative(channel, call, start, count);
+        ReportNegative(channel, call, start, count);
         const auto target =
             AsTarget<AdapterBool(void *, std::uint64_t, std::uint64_t, const void *, VMLib_ErrorInfo **)>(function);
         okay = target(g_pDisk, start, count, data.data(), &call.error) != 0;
@@ -168,41 +183,17 @@ void ProcessAlt_VADPReconfigVM(CIPCCommunication &, void *)
 
 void ProcessAlt_VADPPowerOnVaioVM(CIPCCommunication &channel, void *function)
 {
-    AltCall call(channel, __func__, OnFailedRead::Call);
-    std::string path;
-    bool okay = false;
-    if (call.Read(path)) {
-        KESSIL_LOG(log_debug, vadp_component, "path==" << path);
-        const auto target = AsTarget<AdapterBool(const char *, void *, VMLib_ErrorInfo **)>(function);
-        okay = target(path.c_str(), g_pCredentials, &call.error) != 0;
-    }
-    call.ReplyStatus(okay);
+    CallWithPath(channel, __func__, function);
 }
 
 void ProcessAlt_VADPPowerOffVaioVM(CIPCCommunication &channel, void *function)
 {
-    AltCall call(channel, __func__, OnFailedRead::Call);
-    std::string path;
-    bool okay = false;
-    if (call.Read(path)) {
-        KESSIL_LOG(log_debug, vadp_component, "path==" << path);
-        const auto target = AsTarget<AdapterBool(const char *, void *, VMLib_ErrorInfo **)>(function);
-        okay = target(path.c_str(), g_pCredentials, &call.error) != 0;
-    }
-    call.ReplyStatus(okay);
+    CallWithPath(channel, __func__, function);
 }
 
 void ProcessAlt_VADPDeleteVaioVM(CIPCCommunication &channel, void *function)
 {
-    AltCall call(channel, __func__, OnFailedRead::Call);
-    std::string path;
-    bool okay = false;
-    if (call.Read(path)) {
-        KESSIL_LOG(log_debug, vadp_component, "path==" << path);
-        const auto target = AsTarget<AdapterBool(const char *, void *, VMLib_ErrorInfo **)>(function);
-        okay = target(path.c_str(), g_pCredentials, &call.error) != 0;
-    }
-    call.ReplyStatus(okay);
+    CallWithPath(channel, __func__, function);
 }
 
 void ProcessAlt_VADPCloneVM(CIPCCommunication &channel, void *function)

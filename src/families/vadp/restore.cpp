@@ -6,7 +6,7 @@
 namespace kessil {
 namespace {
 
-// The handler's name is told with a part of it doubled, and parents know it so.
+// Parents know these texts, in which a part of the handler's name is doubled.
 constexpr AdapterTexts reconfigure_machine_texts = {u"Failed to serialise input (Process_VADPVADPReconfigureMachine)",
                                                     u"Failed to get error message (Process_VADPVADPReconfigureMachine)",
                                                     u"Failed to serialise output (Process_VADPVADPReconfigureMachine)"};
@@ -232,7 +232,7 @@ void Process_VADPCreateACLInfo(CIPCCommunication &channel, void *function)
             function);
     const bool okay = target(data.size, data.data, key.Text(), second.Text(), &aclinfo, &call.error) != 0;
 
-    // An object that was found keeps its index, and the parent, which knows it, gets -1.
+    // An object that was found keeps its index. The parent has it already and gets -1.
     const bool made = okay && aclinfo != nullptr && !found;
     U32 index = IndexOf(made, storeACLInfo, aclinfo);
     if (made)
@@ -252,7 +252,7 @@ void Process_VADPGetACLInfo(CIPCCommunication &channel, void *function)
     AdapterListing *listing = nullptr;
     const auto target = AsTarget<AdapterBool(void *, AdapterListing **, VMLib_ErrorInfo **)>(function);
     target(g_vACLInfo[handle.value], &listing, &call.error);
-    // The object is gone whatever came of it; its key stays known.
+    // The object is removed whatever the result; its key stays.
     g_vACLInfo.Clear(handle.value);
 
     call.FlushLog();
@@ -343,7 +343,7 @@ void Process_VADPDeleteVM(CIPCCommunication &channel, void *function)
     if (!call.Read(path))
         return;
 
-    // The request names no session: the first one's it is, whoever opened it.
+    // The request names no session: this uses the first one.
     void *const session = g_vRestoreSession[0];
     const auto target = AsTarget<AdapterBool(void *, void *, const char *, VMLib_ErrorInfo **)>(function);
     const bool okay = target(session, g_pCredentials, path.Text(), &call.error) != 0;

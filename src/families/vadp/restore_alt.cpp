@@ -31,7 +31,7 @@ void ProcessAlt_VADPPrepareVMRestore(CIPCCommunication &channel, void *function)
         index = storeRestoreSession(session);
         KESSIL_LOG(log_debug, vadp_component, "Added to g_vRestoreSession giving size of" << g_vRestoreSession.Size());
     }
-    // The text comes first, so that what the adapter logs about it goes out with this answer.
+    // The text is taken first, so that what the adapter logs meanwhile is sent with this answer.
     call.ReplyValue(okay, index, extractErrMsgAlt(okay, call.error));
 }
 
@@ -106,7 +106,7 @@ void ProcessAlt_VADPOpenRestoreFile(CIPCCommunication &channel, void *function)
         okay = target(g_vRestoreSession[session], path.c_str(), &file, &call.error) != 0;
     }
     const std::int32_t index = okay ? storeRestoreFile(file) : -1;
-    // The text comes first, so that what the adapter logs about it goes out with this answer.
+    // The text is taken first, so that what the adapter logs meanwhile is sent with this answer.
     call.ReplyValue(okay, index, extractErrMsgAlt(okay, call.error));
 }
 
@@ -176,7 +176,7 @@ void ProcessAlt_VADPCloseRestoreFileIncremental(CIPCCommunication &channel, void
     std::uint32_t handle = 0;
     bool okay = false;
     if (call.Read(handle)) {
-        void *file = g_vRestoreFile[handle]; // which stays in its place, even when it is gone
+        void *file = g_vRestoreFile[handle]; // the table keeps it, even when the adapter has ended it
         const auto target = AsTarget<AdapterBool(void **, VMLib_ErrorInfo **)>(function);
         okay = target(&file, &call.error) != 0;
     }
@@ -206,7 +206,7 @@ void ProcessAlt_VADPEndVMRestoreIncremental(CIPCCommunication &channel, void *fu
     std::uint32_t flag = 0;
     bool okay = false;
     if (call.Read(handle, flag)) {
-        void *session = g_vRestoreSession[handle]; // which stays in its place, even when it is gone
+        void *session = g_vRestoreSession[handle]; // the table keeps it, even when the adapter has ended it
         const auto target = AsTarget<AdapterBool(void **, bool, VMLib_ErrorInfo **)>(function);
         okay = target(&session, flag != 0, &call.error) != 0;
     }
@@ -227,7 +227,7 @@ void ProcessAlt_VADPWriteFileACL(CIPCCommunication &channel, void *function)
 
 void ProcessAlt_VADPRenameMachine(CIPCCommunication &channel, void *function)
 {
-    // The log has the first generation's name for it.
+    // Logged under the first generation's name.
     AltCall call(channel, "Process_VADPRenameMachine", OnFailedRead::Skip);
     std::uint32_t session = 0;
     std::uint32_t second = 0;

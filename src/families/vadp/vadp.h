@@ -4,8 +4,8 @@ namespace kessil {
 
 class CIPCCommunication;
 
-// The handlers of the virtual-machine adapter family. Each takes the address of the adapter's function that its row
-// stands for. docs/families/vadp.md has their arguments and results.
+// The handlers of the virtual-machine adapter family. Each calls the adapter's function that its row names.
+// docs/families/vadp.md has their arguments and results.
 
 // Credentials and inventory: arguments and results in the section, then those with bare values on the pipe.
 void Process_VADPGetLibraryVersion(CIPCCommunication &channel, void *function);
