@@ -279,9 +279,7 @@ TEST_F(VornFs, HasATextForEveryCode)
 TEST_F(VornFs, KeepsATextForEachThread)
 {
     const char *const mine = vorn.GetErrorText(session, 0, 6);
-    std::thread([this] {
-        EXPECT_STREQ(vorn.GetErrorText(session, 0, 7), "the mode is not supported");
-    }).join();
+    std::thread([this] { EXPECT_STREQ(vorn.GetErrorText(session, 0, 7), "the mode is not supported"); }).join();
     EXPECT_STREQ(mine, "not a regular file");
 }
 
