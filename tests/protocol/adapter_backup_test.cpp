@@ -1,95 +1,10 @@
-#include "protocol/adapter_rows.h"
+#include "protocol/adapter_talk.h"
 #include "rows/adapter_backup_rows.h"
 
 #include <stdexcept>
 
 namespace kessil::test {
 namespace {
-
-class Backup : public AdapterRowTest
-{};
-
-TEST_P(Backup, Answers)
-{
-    ExpectAnswer(GetParam());
-}
-
-INSTANTIATE_TEST_SUITE_P(Rows, Backup, ::testing::ValuesIn(BackupRows()), NameOfAdapterRow<AdapterRow>);
-
-class BackupInList : public AdapterRowTest
-{};
-
-TEST_P(BackupInList, RefusesACutInList)
-{
-    ExpectRefusedInput(GetParam());
-}
-
-INSTANTIATE_TEST_SUITE_P(Rows, BackupInList, ::testing::ValuesIn(RowsWithInValues(BackupRows())),
-                         NameOfAdapterRow<AdapterRow>);
-
-class BackupCommand : public CommandRowTest
-{};
-
-TEST_P(BackupCommand, Answers)
-{
-    ExpectAnswer(GetParam());
-}
-
-TEST_P(BackupCommand, HasItsConductWhenATextIsTooLong)
-{
-    ExpectCuts(GetParam());
-}
-
-INSTANTIATE_TEST_SUITE_P(Rows, BackupCommand, ::testing::ValuesIn(BackupCommands()), NameOfAdapterRow<CommandRow>);
-
-// Backup files have no form of their own for commands: the arguments are in the section and the answer is in frames,
-// though the request is two bytes.
-struct BackupFileCommand
-{
-    std::uint8_t command;
-    std::string function;
-};
-
-class BackupFileByCommand : public ::testing::TestWithParam<BackupFileCommand>
-{};
-
-std::string NameOfBackupFileCommand(const ::testing::TestParamInfo<BackupFileCommand> &info)
-{
-    return info.param.function;
-}
-
-void PrintTo(const BackupFileCommand &command, std::ostream *out)
-{
-    *out << static_cast<int>(command.command);
-}
-
-TEST_P(BackupFileByCommand, AnswersInTheSection)
-{
-    int rows = 0;
-    for (const AdapterRow &row : BackupRows()) {
-        if (row.function != GetParam().function)
-            continue;
-        ++rows;
-        AdapterTalk talk(row);
-        const Bytes before = AdapterTalk::Joined(row.in) + Repeat(0xEE, AdapterTalk::spare);
-        const Section &section = talk.Give(before);
-        talk.Command(GetParam().command, {});
-        talk.Talk().Expect(Hex(row.frames) + SuccessFrame());
-        const Bytes out = Hex(row.out);
-        section.Expect(0, out + Behind(out.size(), before));
-        EXPECT_EQ(talk.Seen(), row.seen);
-        talk.End();
-    }
-    EXPECT_GT(rows, 1);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Commands, BackupFileByCommand,
-    ::testing::Values(BackupFileCommand{8, "GetBackupSessionFiles"}, BackupFileCommand{9, "OpenBackupFile"},
-                      BackupFileCommand{10, "ReadFileACL"}, BackupFileCommand{11, "ReadBackupFile"},
-                      BackupFileCommand{12, "CloseBackupFile"}, BackupFileCommand{28, "ReOpenBackupFile"},
-                      BackupFileCommand{29, "GetReadBufferUse"}, BackupFileCommand{30, "getIndexBlocks"}),
-    NameOfBackupFileCommand);
 
 AdapterRow BackupRow(const std::string &function)
 {
@@ -106,7 +21,7 @@ TEST(BackupSignature, OfABlockIsRefusedAsACommand)
     talk.Command(67, {});
     talk.Talk().Expect(Hex("FFFFFFFF"));
     EXPECT_EQ(talk.Seen(), std::vector<std::string>());
-    talk.End();
+    talk.Finish();
     EXPECT_NE(talk.Talk().Helper().Story().find("LibraryCaller error: Invalid signature\n"), std::string::npos);
 }
 
@@ -128,7 +43,7 @@ TEST(BackupSession, EndedByCommandIsStillFoundByTheOtherGenerationAndEndedThereI
                                                      "GetBackupSessionFiles session=0x503 path=\"\" listing=null",
                                                      "EndBackupSession session=0x503",
                                                      "GetBackupSessionFiles session=null path=\"\" listing=null"}));
-    talk.End();
+    talk.Finish();
 }
 
 // The section has room for the result, but not for the text that is written over it.
@@ -146,7 +61,7 @@ TEST(BackupDiskChanges, GrowTheSectionForAnErrorText)
     talk.Talk().Send(SuccessFrame());
     talk.Talk().Expect(SuccessFrame());
     section.Expect(0, Narrow("no such machine"));
-    talk.End();
+    talk.Finish();
 }
 
 TEST(BackupRead, ThatTheSectionCannotAnswerTakesItsDataAlong)
@@ -162,7 +77,7 @@ TEST(BackupRead, ThatTheSectionCannotAnswerTakesItsDataAlong)
     talk.Talk().Send(SuccessFrame());
     talk.Talk().Expect(SuccessFrame());
     section.Expect(0, Hex("00000005 00000005 B1B2A3A4A5 00000002 0000000000000002 00"));
-    talk.End();
+    talk.Finish();
 }
 
 } // namespace

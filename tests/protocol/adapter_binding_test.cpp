@@ -1,4 +1,7 @@
-#include "protocol/adapter_rows.h"
+#include "protocol/conversation.h"
+#include "protocol/recorder.h"
+
+#include <gtest/gtest.h>
 
 #include <filesystem>
 
@@ -6,22 +9,6 @@ namespace kessil::test {
 namespace {
 
 namespace fs = std::filesystem;
-
-const AdapterRow hosts = {
-    .function = "ListHosts",
-    .signature = "SIGNATURE_VADPListHosts",
-    .before = {},
-    .in = {},
-    .script = "error=0x99 log=line level=5",
-    .error_text = "boom",
-    .seen = {},
-    .frames = "",
-    .out = "",
-    .logged = {},
-    .input_failure = u"",
-    .error_failure = u"",
-    .output_failure = u"",
-};
 
 const Bytes line = Hex("4D 0000000E 00000005 6C0069006E0065000000");
 const Bytes no_text = FailureFrame(u"Failed to get error message (Process_VADPListHosts)");
@@ -65,7 +52,7 @@ TEST(AdapterBinding, ServesTheOtherGenerationToo)
 {
     const Recorder recorder("ListHosts error=0x99 log=line level=5\nGetErrorMessage text=boom\n");
     Conversation talk(0);
-    talk.Send(LoadAltFrame(platform::ToUtf8(TargetLibrary(adapter_library))));
+    talk.Send(LoadAltFrame(platform::ToUtf8(TargetLibrary("recorder_tarnlink_windows_x64.dll"))));
     talk.Expect(Hex("00000001"));
     talk.Load(TargetLibrary("unbound_recorder"));
     ExpectFailure(talk, u"", {}, Narrow("boom"));

@@ -1,4 +1,4 @@
-#include "protocol/adapter_rows.h"
+#include "protocol/adapter_talk.h"
 #include "rows/adapter_backup_rows.h"
 #include "rows/adapter_inventory_rows.h"
 #include "rows/adapter_machines_rows.h"
@@ -29,15 +29,29 @@ std::vector<AdapterRow> FramedCommands()
     return framed;
 }
 
-class FramedCommand : public AdapterRowTest
+class FramedCommand : public ::testing::TestWithParam<AdapterRow>
 {};
 
 TEST_P(FramedCommand, AnswersWithFrames)
 {
-    ExpectAnswerByCommand(GetParam(), commands.at(GetParam().function));
+    const AdapterRow &row = GetParam();
+    AdapterTalk talk(row);
+    const Bytes before = Joined(row.in) + Repeat(0xEE, spare);
+    talk.Give(before);
+    talk.Command(commands.at(row.function), {});
+    talk.ExpectSent(Hex(row.frames) + SuccessFrame());
+    const Bytes out = Hex(row.out);
+    talk.TheSection().Expect(0, out + Behind(out.size(), before));
+    EXPECT_EQ(talk.Seen(), row.seen);
+    talk.Finish();
 }
 
-INSTANTIATE_TEST_SUITE_P(Rows, FramedCommand, ::testing::ValuesIn(FramedCommands()), NameOfAdapterRow<AdapterRow>);
+std::string NameOfCommand(const ::testing::TestParamInfo<AdapterRow> &info)
+{
+    return info.param.function + "_" + std::to_string(info.index);
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, FramedCommand, ::testing::ValuesIn(FramedCommands()), NameOfCommand);
 
 TEST(FramedCommands, AreAllThere)
 {

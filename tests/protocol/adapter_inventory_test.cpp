@@ -1,4 +1,4 @@
-#include "protocol/adapter_rows.h"
+#include "protocol/adapter_talk.h"
 #include "rows/adapter_inventory_rows.h"
 
 namespace kessil::test {
@@ -54,43 +54,6 @@ private:
     Conversation m_talk;
     std::unique_ptr<Section> m_section;
 };
-
-class Inventory : public AdapterRowTest
-{};
-
-TEST_P(Inventory, Answers)
-{
-    ExpectAnswer(GetParam());
-}
-
-INSTANTIATE_TEST_SUITE_P(Rows, Inventory, ::testing::ValuesIn(InventoryRows()), NameOfAdapterRow<AdapterRow>);
-
-class InventoryInList : public AdapterRowTest
-{};
-
-TEST_P(InventoryInList, RefusesACutInList)
-{
-    ExpectRefusedInput(GetParam());
-}
-
-INSTANTIATE_TEST_SUITE_P(Rows, InventoryInList, ::testing::ValuesIn(RowsWithInValues(InventoryRows())),
-                         NameOfAdapterRow<AdapterRow>);
-
-class InventoryCommand : public CommandRowTest
-{};
-
-TEST_P(InventoryCommand, Answers)
-{
-    ExpectAnswer(GetParam());
-}
-
-TEST_P(InventoryCommand, HasItsConductWhenATextIsTooLong)
-{
-    ExpectCuts(GetParam());
-}
-
-INSTANTIATE_TEST_SUITE_P(Rows, InventoryCommand, ::testing::ValuesIn(InventoryCommands()),
-                         NameOfAdapterRow<CommandRow>);
 
 // A parent's whole walk in the first generation, on one helper.
 TEST(InventoryWalk, TakesEachItemByItsListingsHandle)

@@ -1,44 +1,8 @@
-#include "protocol/adapter_rows.h"
+#include "protocol/adapter_talk.h"
 #include "rows/adapter_machines_rows.h"
 
 namespace kessil::test {
 namespace {
-
-class Machines : public AdapterRowTest
-{};
-
-TEST_P(Machines, Answers)
-{
-    ExpectAnswer(GetParam());
-}
-
-INSTANTIATE_TEST_SUITE_P(Rows, Machines, ::testing::ValuesIn(MachinesRows()), NameOfAdapterRow<AdapterRow>);
-
-class MachinesInList : public AdapterRowTest
-{};
-
-TEST_P(MachinesInList, RefusesACutInList)
-{
-    ExpectRefusedInput(GetParam());
-}
-
-INSTANTIATE_TEST_SUITE_P(Rows, MachinesInList, ::testing::ValuesIn(RowsWithInValues(MachinesRows())),
-                         NameOfAdapterRow<AdapterRow>);
-
-class MachinesCommand : public CommandRowTest
-{};
-
-TEST_P(MachinesCommand, Answers)
-{
-    ExpectAnswer(GetParam());
-}
-
-TEST_P(MachinesCommand, HasItsConductWhenATextIsTooLong)
-{
-    ExpectCuts(GetParam());
-}
-
-INSTANTIATE_TEST_SUITE_P(Rows, MachinesCommand, ::testing::ValuesIn(MachinesCommands()), NameOfAdapterRow<CommandRow>);
 
 // Steps taken before, and a script of whole lines for what follows.
 AdapterRow Scripted(const std::vector<Step> &before, const std::string &lines)
@@ -94,7 +58,7 @@ TEST(MachinesCommandTogether, TakesItsValuesByteByByte)
     talk.Talk().Expect(Hex(status_okay));
     EXPECT_EQ(talk.Seen(), std::vector<std::string>{
                                "OpenDisk vmPath=\"dc/vm\" diskPath=\"disk 1\" flag=1 credentials=0x701 disk=0x601"});
-    talk.End();
+    talk.Finish();
 }
 
 TEST(MachinesCommandTogether, TakesATextOf1024BytesAndRefusesOneMore)
@@ -108,7 +72,7 @@ TEST(MachinesCommandTogether, TakesATextOf1024BytesAndRefusesOneMore)
     EXPECT_EQ(talk.Seen(),
               (std::vector<std::string>{"PowerOnVaioVM path=\"" + std::string(1024, 'x') + "\" credentials=null",
                                         "PowerOnVaioVM path=\"\" credentials=null"}));
-    talk.End();
+    talk.Finish();
 }
 
 TEST(MachinesSectors, OneMebibyteIsWrittenInTheFirstGeneration)
@@ -120,7 +84,7 @@ TEST(MachinesSectors, OneMebibyteIsWrittenInTheFirstGeneration)
     talk.Talk().Expect(SuccessFrame());
     EXPECT_TRUE(talk.Seen() ==
                 std::vector<std::string>{"WriteSectors disk=0x601 start=5 count=2048 data=" + Digits(data)});
-    talk.End();
+    talk.Finish();
 }
 
 TEST(MachinesSectors, OneMebibyteIsWrittenInTheSecondGeneration)
@@ -131,7 +95,7 @@ TEST(MachinesSectors, OneMebibyteIsWrittenInTheSecondGeneration)
     talk.Talk().Expect(Hex(status_okay));
     EXPECT_TRUE(talk.Seen() ==
                 std::vector<std::string>{"WriteSectors disk=0x601 start=5 count=2048 data=" + Digits(data)});
-    talk.End();
+    talk.Finish();
 }
 
 // The parent asks for a block of 8 bytes more than the sectors have: the error text lies in the last of them.
@@ -147,7 +111,7 @@ TEST(MachinesSectors, OneMebibyteIsReadInTheFirstGeneration)
     section.Expect(0, Be32(block) + Be32(mebibyte_of_sectors) + Be32(block) + Repeat(0xDD, 4) + data + Repeat(0, 1) +
                           Repeat(0xCC, 7));
     EXPECT_EQ(talk.Seen(), std::vector<std::string>{"ReadSectors disk=0x601 start=5 count=2048 data="});
-    talk.End();
+    talk.Finish();
 }
 
 TEST(MachinesSectors, OneMebibyteIsReadInTheSecondGeneration)
@@ -157,7 +121,7 @@ TEST(MachinesSectors, OneMebibyteIsReadInTheSecondGeneration)
     talk.Command(57, Be64(5) + Be64(mebibyte_of_sectors) + Be32(0));
     talk.Talk().Expect(Hex(no_log) + Be32(mebibyte) + data);
     EXPECT_EQ(talk.Seen(), std::vector<std::string>{"ReadSectors disk=0x601 start=5 count=2048 data="});
-    talk.End();
+    talk.Finish();
 }
 
 TEST(MachinesSectors, ReadingLessThanNoneEndsTheRunAfterAWord)
@@ -177,7 +141,7 @@ TEST(MachinesSectors, WritingLessThanNoneGoesOnAfterAWord)
     talk.Talk().Expect(Hex("00000001") + Hex(status_okay));
     EXPECT_EQ(talk.Seen(),
               std::vector<std::string>{"WriteSectors disk=0x601 start=0 count=18446744073709551615 data=null"});
-    talk.End();
+    talk.Finish();
 }
 
 TEST(MachinesDisk, OfTheFirstGenerationTakesTheCredentialsWithItWhenItIsClosed)
@@ -192,7 +156,7 @@ TEST(MachinesDisk, OfTheFirstGenerationTakesTheCredentialsWithItWhenItIsClosed)
     EXPECT_EQ(talk.Seen(),
               (std::vector<std::string>{"CloseDisk disk=0x601", "PowerOnVaioVM path=\"vm\" credentials=null",
                                         "CloseDisk disk=0x601"}));
-    talk.End();
+    talk.Finish();
 }
 
 TEST(MachinesDisk, OfTheSecondGenerationIsForgottenWhenItIsClosedAndTheCredentialsStay)
@@ -207,7 +171,7 @@ TEST(MachinesDisk, OfTheSecondGenerationIsForgottenWhenItIsClosedAndTheCredentia
     EXPECT_EQ(talk.Seen(),
               (std::vector<std::string>{"CloseDisk disk=0x601", "PowerOnVaioVM path=\"vm\" credentials=0x701",
                                         "CloseDisk disk=null"}));
-    talk.End();
+    talk.Finish();
 }
 
 TEST(MachinesCreateVM, PassesThePairsOfTheSecondGeneration)
@@ -218,7 +182,7 @@ TEST(MachinesCreateVM, PassesThePairsOfTheSecondGeneration)
     talk.Talk().Expect(Hex(status_okay));
     EXPECT_EQ(talk.Seen(), std::vector<std::string>{"CreateVM first=\"1\" second=\"2\" third=\"3\" credentials=0x701 "
                                                     "pairs=\"cpus=4;os=x;\""});
-    talk.End();
+    talk.Finish();
 }
 
 TEST(MachinesCreateVM, OfTheFirstGenerationLeavesItsLogToTheNextAnswer)
@@ -229,7 +193,7 @@ TEST(MachinesCreateVM, OfTheFirstGenerationLeavesItsLogToTheNextAnswer)
     talk.Talk().Expect(SuccessFrame());
     talk.CallWithSection("GetHostCpus", "SIGNATURE_VADPGetHostCpus", Narrow("host") + Repeat(0, 16));
     talk.Talk().Expect(Hex("4D 0000000E 00000009 6C00610074006500 0000") + SuccessFrame());
-    talk.End();
+    talk.Finish();
 }
 
 TEST(MachinesReconfigVM, IsNotAnsweredInEitherGeneration)
@@ -240,7 +204,7 @@ TEST(MachinesReconfigVM, IsNotAnsweredInEitherGeneration)
     talk.Command(63, Values({Text("vm")}));
     talk.Talk().Expect(Hex(status_okay));
     EXPECT_EQ(talk.Seen(), std::vector<std::string>{"PowerOffVaioVM path=\"vm\" credentials=null"});
-    talk.End();
+    talk.Finish();
 }
 
 TEST(MachinesSignature, OfOneGenerationIsRefusedByTheOther)
@@ -251,7 +215,7 @@ TEST(MachinesSignature, OfOneGenerationIsRefusedByTheOther)
         talk.Talk().Expect(FailureFrame(u"Invalid signature"));
     }
     EXPECT_EQ(talk.Seen(), std::vector<std::string>());
-    talk.End();
+    talk.Finish();
 }
 
 } // namespace

@@ -1,44 +1,8 @@
-#include "protocol/adapter_rows.h"
+#include "protocol/adapter_talk.h"
 #include "rows/adapter_restore_rows.h"
 
 namespace kessil::test {
 namespace {
-
-class Restore : public AdapterRowTest
-{};
-
-TEST_P(Restore, Answers)
-{
-    ExpectAnswer(GetParam());
-}
-
-INSTANTIATE_TEST_SUITE_P(Rows, Restore, ::testing::ValuesIn(RestoreRows()), NameOfAdapterRow<AdapterRow>);
-
-class RestoreInList : public AdapterRowTest
-{};
-
-TEST_P(RestoreInList, RefusesACutInList)
-{
-    ExpectRefusedInput(GetParam());
-}
-
-INSTANTIATE_TEST_SUITE_P(Rows, RestoreInList, ::testing::ValuesIn(RowsWithInValues(RestoreRows())),
-                         NameOfAdapterRow<AdapterRow>);
-
-class RestoreCommand : public CommandRowTest
-{};
-
-TEST_P(RestoreCommand, Answers)
-{
-    ExpectAnswer(GetParam());
-}
-
-TEST_P(RestoreCommand, HasItsConductWhenATextIsTooLong)
-{
-    ExpectCuts(GetParam());
-}
-
-INSTANTIATE_TEST_SUITE_P(Rows, RestoreCommand, ::testing::ValuesIn(RestoreCommands()), NameOfAdapterRow<CommandRow>);
 
 // A helper of the adapter's, for several calls in a row. The script has a line for each call, the functions' names
 // first.
@@ -102,7 +66,7 @@ TEST(RestoreByCommand, OfAWholeMachine)
                "GetErrorMessage error=0x99", "FreeErrorInfo error=0x99", "WriteFileACL file=0x601 data=DD length=1",
                "CloseRestoreFile file=0x601", "RenameMachine session=0x501 name=\"n\"", "PowerOnVDR session=0x501",
                "EndVMRestore session=0x501 flag=1"}));
-    talk.End();
+    talk.Finish();
 }
 
 // These commands have no bare values: their arguments lie in the section, and frames come back.
@@ -145,7 +109,7 @@ TEST(RestoreByCommand, TakesACLInfosAndReconfigurationFromTheSectionAndAnswersIn
                                   "GetACLInfo aclinfo=0x700 listing=null", "ReconfigureMachine session=0x501 flag=1",
                                   "GetErrorMessage error=0x99", "FreeErrorInfo error=0x99",
                                   "NextItem listing=0x301 name=\"\" number=0 value=0 extra=0"}));
-    talk.End();
+    talk.Finish();
 }
 
 TEST(RestoreByCommand, RefusesAReconfigurationWithoutASectionByItsDoubledName)
@@ -154,7 +118,7 @@ TEST(RestoreByCommand, RefusesAReconfigurationWithoutASectionByItsDoubledName)
     talk.Command(48, {});
     talk.Talk().Expect(FailureFrame(u"Failed to serialise input (Process_VADPVADPReconfigureMachine)"));
     EXPECT_EQ(talk.Seen(), Lines());
-    talk.End();
+    talk.Finish();
 }
 
 // More than a pipe takes at once.
@@ -169,13 +133,13 @@ TEST(RestoreByCommand, WritesALargeBlockWhole)
         digits += "5A";
     const Lines seen = {"WriteRestoreFile file=0x601 data=" + digits + " length=300000"};
     EXPECT_TRUE(talk.Seen() == seen);
-    talk.Forget();
+    talk.ForgetSeen();
     const Section &section = talk.CallWithSection("WriteRestoreFile", "SIGNATURE_VADPWriteRestoreFile",
                                                   Hex("00000001 000493E0") + Repeat(0x5A, size));
     talk.Talk().Expect(SuccessFrame());
     section.Expect(0, Hex("00"));
     EXPECT_TRUE(talk.Seen() == seen);
-    talk.End();
+    talk.Finish();
 }
 
 TEST(RestoreByCommand, PassesOnALineThatAThreadOfTheAdaptersLogsInTheMiddleOfAWrite)
@@ -189,7 +153,7 @@ TEST(RestoreByCommand, PassesOnALineThatAThreadOfTheAdaptersLogsInTheMiddleOfAWr
     talk.Talk().Expect(Hex("FFFFFF9D 00000001 E9 000000FF FFFFFC19 00000001"));
     talk.CallWithSection("WriteRestoreFile", "SIGNATURE_VADPWriteRestoreFile", Hex("00000000 00000001 AA"));
     talk.Talk().Expect(Hex("4D 0000000E 00000003 6C0069006E0065000000") + SuccessFrame());
-    talk.End();
+    talk.Finish();
 }
 
 } // namespace

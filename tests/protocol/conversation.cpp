@@ -173,7 +173,8 @@ Conversation::Conversation(std::uint32_t exit_code, const std::vector<WideString
 Conversation::~Conversation()
 {
     if (m_broken || std::uncaught_exceptions() > 0) {
-        m_run.Kill();
+        if (!m_run.HasEnded())
+            m_run.Kill();
         return;
     }
     if (!m_run.HasEnded())
@@ -272,6 +273,12 @@ void Conversation::End(Place place)
     if (!m_closed)
         ExpectClosed(place);
     m_run.End();
+}
+
+void Conversation::Abandon()
+{
+    m_broken = true;
+    m_run.Kill();
 }
 
 WideString Conversation::SectionName(char16_t digit) const

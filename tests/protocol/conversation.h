@@ -124,6 +124,9 @@ public:
     /// Waits for the end of the run: nothing more is heard and the exit code is the one declared.
     void End(Place place = Place::Here());
 
+    /// Gives up on it: the helper is killed, and nothing is expected of it any more.
+    void Abandon();
+
     HelperRun &Helper() { return m_run; }
 
     /// A section name of this conversation's own, and no other test's, that ends in `digit`.

@@ -1,26 +1,12 @@
-#include "protocol/family_rows.h"
-#include "rows/cwb_rows.h"
+#include "protocol/conversation.h"
+#include "protocol/recorder.h"
+
+#include <gtest/gtest.h>
 
 namespace kessil::test {
 namespace {
 
 const char *const library = "cwb_recorder";
-
-class CwbAnswer : public FamilyTest
-{};
-TEST_P(CwbAnswer, AsItsRowSays)
-{
-    ExpectAnswer(GetParam(), library);
-}
-INSTANTIATE_TEST_SUITE_P(Rows, CwbAnswer, testing::ValuesIn(CwbRows()), NameOfRow);
-
-class CwbInput : public FamilyTest
-{};
-TEST_P(CwbInput, RefusedWhereverItIsCut)
-{
-    ExpectRefusedInput(GetParam(), library);
-}
-INSTANTIATE_TEST_SUITE_P(Rows, CwbInput, testing::ValuesIn(RowsWithInList(CwbRows())), NameOfRow);
 
 // One helper with the recording library loaded and a section, which is all 0xEE, so that what isn't written shows.
 class Cwb
@@ -62,29 +48,6 @@ public:
 private:
     std::uint32_t m_sectionSize;
 };
-
-// A library that fails and fills nothing in: its result goes back, and zeros.
-TEST(Cwb, FailuresThatFillNothingIn)
-{
-    const std::vector<Row> rows = FailingCwbRows();
-    std::string script;
-    std::string recorded;
-    for (const Row &row : rows) {
-        script += row.function + " " + row.script + "\n";
-        recorded += row.function + row.recorded + "\n";
-    }
-    Cwb cwb(script);
-    for (const Row &row : rows) {
-        SCOPED_TRACE(row.function);
-        Bytes after = InList(row);
-        cwb.Call(row.function, row.signature, after);
-        after += Repeat(0xEE, 32);
-        const Bytes out = Hex(row.out);
-        cwb.section.Expect(0, out + Behind(out.size(), after));
-    }
-    EXPECT_EQ(cwb.Record(), recorded);
-    cwb.talk.Send(OrderlyStop());
-}
 
 // The life of a parameter. The address is a number that the parent only sends back.
 TEST(Cwb, AParameterFromItsAddingToItsDeleting)
@@ -199,36 +162,6 @@ TEST(Cwb, GetBufferWithoutRoomCopiesNothing)
     cwb.talk.Send(OrderlyStop());
 }
 
-// Output texts without a closing bracket that a parent can provoke.
-TEST(Cwb, OutputTextsThatLackTheirBracket)
-{
-    struct Provoked
-    {
-        const char *function;
-        const char *signature;
-        const char *in_list;
-        std::uint32_t wanted;
-        const char16_t *text;
-    };
-    const std::vector<Provoked> provoked = {
-        {"cwbRC_StartSysEx", "SIGNATURE_CWBRC_STARTSYSEX", "A1A2A3A4", 8,
-         u"Failed to serialise output (Process_cwbRC_StartSysEx"},
-        {"cwbRC_CreatePgm", "SIGNATURE_CWBRC_CREATEPGM", "0000 0000", 8,
-         u"Failed to serialise output (Process_cwbRC_CreatePgm"},
-    };
-    for (const Provoked &row : provoked) {
-        SCOPED_TRACE(row.function);
-        const Bytes in_list = Hex(row.in_list);
-        Cwb cwb("", static_cast<std::uint32_t>(in_list.size()));
-        cwb.Ask(row.function, row.signature, in_list);
-        cwb.talk.Expect(ResizeFrame(cwb.talk.SectionName(u'0'), row.wanted));
-        cwb.talk.Send(ErrorFrame(0, 0, u"no room"));
-        cwb.talk.Expect(FailureFrame(row.text));
-        EXPECT_TRUE(cwb.Record().starts_with(row.function));
-        cwb.talk.Send(OrderlyStop());
-    }
-}
-
 TEST(Cwb, AStatementTextWithoutAnEndIsRefused)
 {
     Cwb cwb("", 16);
@@ -259,66 +192,6 @@ TEST(Cwb, NamesAndPasswordsStayOutOfTheLog)
                                 "cwbCO_SetPassword system=0xa1a2a3a4 password=\"Zyx98765\"\n");
     EXPECT_NE(talk.Helper().Log(), "");
     EXPECT_EQ(talk.Helper().Log().find("Zyx98765"), std::string::npos);
-}
-
-TEST(Cwb, GetDataPointerOfNoBytesCopiesNothing)
-{
-    Cwb cwb("cwbDB_GetDataPointer result=0x80000009\n");
-    cwb.Call("cwbDB_GetDataPointer", "SIGNATURE_CWBDB_GETDATAPOINTER", Hex("DA1A2A3A 00000000 E1E2E3E4"));
-    cwb.section.Expect(0, Hex("DA1A2A3A 00000000 80000009 EE"));
-    EXPECT_EQ(cwb.Record(), "cwbDB_GetDataPointer data=0xda1a2a3a errors=0xe1e2e3e4\n");
-    cwb.talk.Send(OrderlyStop());
-}
-
-TEST(Cwb, GetDataPointerGrowsTheSectionAndThenCopies)
-{
-    Cwb cwb("cwbDB_GetDataPointer bytes=B1B2B3B4B5 result=7\n", 17);
-    cwb.Ask("cwbDB_GetDataPointer", "SIGNATURE_CWBDB_GETDATAPOINTER", Hex("DA1A2A3A 00000005 F0F1F2F3F4 E1E2E3E4"));
-    cwb.talk.Expect(ResizeFrame(cwb.talk.SectionName(u'0'), 25));
-    const Section grown = Section::Open(cwb.talk.SectionName(u'0'), 25);
-    cwb.talk.Send(SuccessFrame());
-    cwb.talk.Expect(SuccessFrame());
-    grown.Expect(0, Hex("DA1A2A3A 00000005 B1B2B3B4B5 00000007"));
-    cwb.talk.Send(OrderlyStop());
-}
-
-// The section just holds the in-list, so each of these makes it grow after the library has written.
-TEST(Cwb, WhatTheLibraryWroteIsThereAfterTheSectionGrew)
-{
-    std::string nines;
-    for (int unit = 0; unit < 256; ++unit)
-        nines += "3900";
-    struct Grown
-    {
-        std::string function;
-        std::string signature;
-        std::string script;
-        std::string in_list;
-        std::uint32_t wanted;
-        std::string out_list;
-    };
-    const std::vector<Grown> rows = {
-        {"cwbSV_GetErrTextIndexed", "SIGNATURE_CWBSV_GETERRTEXTINDEXED", "message=410042000000 needed=20 result=7",
-         "E1E2E3E4 00000001 00000006 EEEEEEEE F0F1F2F3F4F5", 34,
-         "E1E2E3E4 00000001 00000006 EEEEEEEE 410042000000 00000014 00000007"},
-        {"cwbDT_StringToPacked", "SIGNATURE_CWBDT_STRINGTOPACKED", "packed=012C result=7",
-         "3100 3200 0000 00000004 EEEEEEEEEEEE F0F1F2F3 00000000", 28,
-         "3100 3200 0000 00000004 EEEEEEEEEEEE 012CF2F3 00000007"},
-        {"cwbDT_PackedToString", "SIGNATURE_CWBDT_PACKEDTOSTRING", "digits=" + nines + " result=7",
-         "00000003 EEEEEEEE 12345C 00000000", 520, nines + "0000 00000007"},
-    };
-    for (const Grown &row : rows) {
-        SCOPED_TRACE(row.function);
-        const Bytes in_list = Hex(row.in_list);
-        Cwb cwb(row.function + " " + row.script + "\n", static_cast<std::uint32_t>(in_list.size()));
-        cwb.Ask(row.function, row.signature, in_list);
-        cwb.talk.Expect(ResizeFrame(cwb.talk.SectionName(u'0'), row.wanted));
-        const Section grown = Section::Open(cwb.talk.SectionName(u'0'), row.wanted);
-        cwb.talk.Send(SuccessFrame());
-        cwb.talk.Expect(SuccessFrame());
-        grown.Expect(0, Hex(row.out_list));
-        cwb.talk.Send(OrderlyStop());
-    }
 }
 
 TEST(Cwb, GetDataPointerOfAMegabyte)

@@ -8,7 +8,7 @@ namespace kessil::test {
 
 Recorder::Recorder(const std::string &script)
 {
-    std::ofstream(m_directory.Path() / "script", std::ios::binary) << script;
+    Write(script);
     SetVariable("KESSIL_SCRIPT", (m_directory.Path() / "script").string());
     SetVariable("KESSIL_RECORD", (m_directory.Path() / "record").string());
 }
@@ -17,6 +17,11 @@ Recorder::~Recorder()
 {
     SetVariable("KESSIL_SCRIPT", "");
     SetVariable("KESSIL_RECORD", "");
+}
+
+void Recorder::Write(const std::string &script) const
+{
+    std::ofstream(m_directory.Path() / "script", std::ios::binary) << script;
 }
 
 std::string Recorder::Lines() const

@@ -6,7 +6,7 @@
 
 namespace kessil::test {
 
-/// The record that the libraries of tests/targets keep, and the script that tells the scripted ones what to do; for
+/// The record that the libraries of tests/targets keep, and the script that the scripted ones follow; for
 /// helpers that start during this object's life.
 class Recorder
 {
@@ -15,6 +15,9 @@ public:
     ~Recorder();
     Recorder(const Recorder &) = delete;
     Recorder &operator=(const Recorder &) = delete;
+
+    /// Replaces the script. The libraries notice at their next call.
+    void Write(const std::string &script) const;
 
     /// All lines so far.
     std::string Lines() const;

@@ -1,5 +1,7 @@
 #include "rows/adapter_row.h"
 
+#include <ostream>
+
 namespace kessil::test {
 namespace {
 
@@ -59,22 +61,14 @@ std::vector<std::string> operator+(std::vector<std::string> left, const std::vec
     return left;
 }
 
-std::vector<AdapterRow> RowsWithInValues(std::vector<AdapterRow> rows)
+void PrintTo(const AdapterRow &row, std::ostream *out)
 {
-    std::erase_if(rows, [](const AdapterRow &row) { return row.in.empty(); });
-    return rows;
+    *out << row.signature;
 }
 
-std::vector<CommandRow> RowsWithInValues(std::vector<CommandRow> rows)
+void PrintTo(const CommandRow &row, std::ostream *out)
 {
-    std::erase_if(rows, [](const CommandRow &row) { return row.in.empty(); });
-    return rows;
-}
-
-std::vector<AdapterRow> RowsWithErrorText(std::vector<AdapterRow> rows)
-{
-    std::erase_if(rows, [](const AdapterRow &row) { return row.error_failure.empty(); });
-    return rows;
+    *out << row.signature;
 }
 
 std::u16string AdapterInput(const std::string &name)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <iosfwd>
 #include <string>
 #include <vector>
 
@@ -92,10 +93,9 @@ std::vector<std::string> ErrorTaken(const std::string &error);
 
 std::vector<std::string> operator+(std::vector<std::string> left, const std::vector<std::string> &right);
 
-/// The rows that read something, and those in which somebody asks for an error text.
-std::vector<AdapterRow> RowsWithInValues(std::vector<AdapterRow> rows);
-std::vector<CommandRow> RowsWithInValues(std::vector<CommandRow> rows);
-std::vector<AdapterRow> RowsWithErrorText(std::vector<AdapterRow> rows);
+/// How a failed test names the row.
+void PrintTo(const AdapterRow &row, std::ostream *out);
+void PrintTo(const CommandRow &row, std::ostream *out);
 
 /// "Failed to serialise input (Process_VADP<name>)" and so on: the texts of most rows.
 std::u16string AdapterInput(const std::string &name);

@@ -17,6 +17,15 @@ const std::vector<Row> &CwbRows()
         row.output_failure.pop_back();
         return row;
     };
+    // The longest text that the room holds, and none of its units a terminator.
+    std::string digits;
+    for (int unit = 0; unit < 256; ++unit)
+        digits += "3900";
+    Row longest_text = Usual("cwbDT_PackedToString", "SIGNATURE_CWBDT_PACKEDTOSTRING",
+                             {"00000003 EEEEEEEE 12345C", "80000002"}, ("digits=" + digits + " result=7").c_str(),
+                             " packed=12345C length=3 position=0x80000002", (digits + "0000 00000007").c_str(), 8);
+    longest_text.grown = 520;
+
     static const std::vector<Row> rows = {
         // Systems
         Usual("cwbCO_CreateSystem", "SIGNATURE_CWBCO_CREATESYSTEM", {"5300 5900 0000"},
@@ -34,6 +43,8 @@ const std::vector<Row> &CwbRows()
                       " system=0xa1a2a3a4", "B1B2B3B4 00000007", 8),
         LacksABracket("cwbRC_CreatePgm", "SIGNATURE_CWBRC_CREATEPGM", {"5000 0000", "4C00 4900 4200 0000"},
                       "program=0xC1C2C3C4 result=7", R"( name="P" library="LIB")", "C1C2C3C4 00000007", 8),
+        LacksABracket("cwbRC_CreatePgm", "SIGNATURE_CWBRC_CREATEPGM", {"0000", "0000"}, "result=7",
+                      R"( name="" library="")", "00000000 00000007", 8),
         Usual("cwbRC_RunCmd", "SIGNATURE_CWBRC_RUNCMD", {"B1B2B3B4", "4453 E920 22 00", "E1E2E3E4"}, "result=7",
               R"( request=0xb1b2b3b4 command="DS\xE9 \x22" errors=0xe1e2e3e4)", "00000007", 4),
         Usual("cwbRC_CallPgm", "SIGNATURE_CWBRC_CALLPGM", {"B1B2B3B4", "C1C2C3C4", "E1E2E3E4"}, "result=7",
@@ -65,6 +76,11 @@ const std::vector<Row> &CwbRows()
               "C1C2C3C4 00000005 0102030405 00000008 EEEEEEEEEEEEEE A1A2A3A4A5A6F6F7 11121314 21222324 31323334 "
               "00000007",
               57),
+        // The library says that the room isn't enough; it gets the length, and nothing behind it is touched.
+        Usual("cwbNL_Convert", "SIGNATURE_CWBNL_CONVERT", {"C1C2C3C4", "00000002 0102", "00000001 EEEE F0", "E1E2E3E4"},
+              "converted=A1 out1=1 out2=2 out3=3 result=111",
+              " converter=0xc1c2c3c4 source_length=2 target_length=1 source=0102 target=F0 errors=0xe1e2e3e4",
+              "C1C2C3C4 00000002 0102 00000001 EEEE A1 00000001 00000002 00000003 0000006F", 47),
         Usual("cwbNL_GetANSICodePage", "SIGNATURE_CWBNL_GETANSICODEPAGE", {"E1E2E3E4"}, "page=0x800004E4 result=7",
               " errors=0xe1e2e3e4", "800004E4 00000007", 8),
         // Error handles
@@ -91,6 +107,7 @@ const std::vector<Row> &CwbRows()
         Usual("cwbDT_PackedToString", "SIGNATURE_CWBDT_PACKEDTOSTRING", {"00000003 EEEEEEEE 12345C", "80000002"},
               "digits=3F003E260000 result=0x80000009", " packed=12345C length=3 position=0x80000002",
               "3F00 3E26 0000 80000009", 8),
+        longest_text,
         // Database
         Usual("cwbDB_SetStatementName", "SIGNATURE_CWBDB_SETSTATEMENTNAME", {"D1D2D3D4", "5300 3D26 0000", "E1E2E3E4"},
               "result=7", R"( request=0xd1d2d3d4 name="S\u263D" errors=0xe1e2e3e4)", "00000007", 4),
@@ -162,6 +179,12 @@ const std::vector<Row> &CwbRows()
         Usual("cwbDB_GetDataPointer", "SIGNATURE_CWBDB_GETDATAPOINTER", {"DA1A2A3A", "00000005 F0F1F2F3F4", "E1E2E3E4"},
               "bytes=B1B2B3B4B5B6 result=7", " data=0xda1a2a3a errors=0xe1e2e3e4",
               "DA1A2A3A 00000005 B1B2B3B4B5 00000007", 25),
+        // The copy doesn't depend on the result, and of no bytes there is none.
+        Usual("cwbDB_GetDataPointer", "SIGNATURE_CWBDB_GETDATAPOINTER", {"DA1A2A3A", "00000005 F0F1F2F3F4", "E1E2E3E4"},
+              "bytes=B1B2B3B4B5 result=0x80000009", " data=0xda1a2a3a errors=0xe1e2e3e4",
+              "DA1A2A3A 00000005 B1B2B3B4B5 80000009", 25),
+        Usual("cwbDB_GetDataPointer", "SIGNATURE_CWBDB_GETDATAPOINTER", {"DA1A2A3A", "00000000", "E1E2E3E4"},
+              "result=0x80000009", " data=0xda1a2a3a errors=0xe1e2e3e4", "DA1A2A3A 00000000 80000009", 20),
         Usual("cwbDB_GetDataLength", "SIGNATURE_CWBDB_GETDATALENGTH", {"DA1A2A3A", "E1E2E3E4"},
               "length=0x81828384 result=7", " data=0xda1a2a3a errors=0xe1e2e3e4", "81828384 00000007", 8),
         Usual("cwbDB_SetNamingConvention", "SIGNATURE_CWBDB_SETNAMINGCONVENTION", {"C1C2C3C4", "8182", "E1E2E3E4"},

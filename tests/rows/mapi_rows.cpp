@@ -66,20 +66,24 @@ const std::vector<Row> &MapiRows()
         MapiRow("MapiOpenMailSearch", {"89ABCDEF", "4100 0000", "4200 4300 0000", "F0000001"}, "result=6",
                 " mapi=0x89abcdef text1=\"A\" text2=\"BC\" value=4026531841",
                 "89ABCDEF 41000000 420043000000 F0000001 00000006", 26),
-        MapiRow("MapiGetNextMail", {"89ABCDEF"},
+        Growing(
+            MapiRow(
+                "MapiGetNextMail", {"89ABCDEF"},
                 "text1=41000000 text2=4200E9000000 value1=0x1112131415161718 value2=0x2122232425262728 "
                 "value3=0x3132333435363738 value4=0x41424344 result=8",
                 " mapi=0x89abcdef",
                 "89ABCDEF 41000000 4200E9000000 1112131415161718 2122232425262728 3132333435363738 41424344 00000008",
                 44),
+            44 + 2 + 4),
         // What the library leaves alone is empty and 0, and travels all the same.
         MapiRow("MapiGetNextMail", {"89ABCDEF"}, "result=0x80004005", " mapi=0x89abcdef",
                 "89ABCDEF 0000 0000 0000000000000000 0000000000000000 0000000000000000 00000000 80004005", 44),
-        MapiRow("MapiGetNextMail", {"89ABCDEF"}, "text1=" + LongestText('a') + " text2=" + LongestText('b'),
-                " mapi=0x89abcdef",
-                "89ABCDEF" + LongestText('a') + LongestText('b') +
-                    "0000000000000000 0000000000000000 0000000000000000 00000000 00000000",
-                44),
+        Growing(MapiRow("MapiGetNextMail", {"89ABCDEF"}, "text1=" + LongestText('a') + " text2=" + LongestText('b'),
+                        " mapi=0x89abcdef",
+                        "89ABCDEF" + LongestText('a') + LongestText('b') +
+                            "0000000000000000 0000000000000000 0000000000000000 00000000 00000000",
+                        44),
+                44 + 2 * 526),
         // An empty string is a zero unit, whatever the library left behind it.
         MapiRow("MapiGetNextMail", {"89ABCDEF"}, "text1=000041004200 text2=00004300", " mapi=0x89abcdef",
                 "89ABCDEF 0000 0000 0000000000000000 0000000000000000 0000000000000000 00000000 00000000", 44),
@@ -103,25 +107,29 @@ const std::vector<Row> &MapiRows()
                 " mapi=0x89abcdef text1=\"A\" text2=\"BB\" text3=\"CCC\" value=25",
                 "89ABCDEF 420042000000 4300430043000000 0000000F", 26),
         MapiRow("MapiDeleteProfile", {"89ABCDEF"}, "result=16", " mapi=0x89abcdef", "89ABCDEF 00000010", 8),
-        MapiRow("MapiOpenMail", {"89ABCDEF", "4900 4400 0000", "8001"},
-                "text1=31000000 text2=3200 text3=330033000000 text4=34000000 text5=35000000 text6=36000000 "
-                "value1=0x1112 value2=0x2122 value3=0x3132 text7=370037000000 value4=0x41424344 result=17",
-                " mapi=0x89abcdef id=\"ID\" flag=32769",
-                "89ABCDEF 490044000000 8001 31000000 32000000 330033000000 34000000 35000000 36000000 "
-                "1112 2122 3132 370037000000 41424344 00000011",
-                56),
+        Growing(MapiRow("MapiOpenMail", {"89ABCDEF", "4900 4400 0000", "8001"},
+                        "text1=31000000 text2=3200 text3=330033000000 text4=34000000 text5=35000000 text6=36000000 "
+                        "value1=0x1112 value2=0x2122 value3=0x3132 text7=370037000000 value4=0x41424344 result=17",
+                        " mapi=0x89abcdef id=\"ID\" flag=32769",
+                        "89ABCDEF 490044000000 8001 31000000 32000000 330033000000 34000000 35000000 36000000 "
+                        "1112 2122 3132 370037000000 41424344 00000011",
+                        56),
+                56 + 9 * 2),
         MapiRow("MapiOpenMail", {"89ABCDEF", "0000", "0000"}, "result=0x80004005", " mapi=0x89abcdef id=\"\" flag=0",
                 "89ABCDEF 0000 0000 0000 0000 0000 0000 0000 0000 0000 0000 0000 0000 00000000 80004005", 52),
-        MapiRow("MapiOpenMail", {"89ABCDEF", "0000", "0000"},
-                "text1=" + LongestText('a') + " text2=" + LongestText('b') + " text3=" + LongestText('c') +
-                    " text4=" + LongestText('d') + " text5=" + LongestText('e') + " text6=" + LongestText('f') +
-                    " text7=" + LongestText('g'),
-                " mapi=0x89abcdef id=\"\" flag=0",
-                "89ABCDEF 0000 0000" + LongestText('a') + LongestText('b') + LongestText('c') + LongestText('d') +
-                    LongestText('e') + LongestText('f') + "0000 0000 0000" + LongestText('g') + "00000000 00000000",
-                52),
-        MapiRow("MapiGetLastError", {"89ABCDEF"}, "text1=4E006F0000006E6E result=18", " mapi=0x89abcdef",
-                "89ABCDEF 4E006F000000 00000012", 12),
+        Growing(MapiRow("MapiOpenMail", {"89ABCDEF", "0000", "0000"},
+                        "text1=" + LongestText('a') + " text2=" + LongestText('b') + " text3=" + LongestText('c') +
+                            " text4=" + LongestText('d') + " text5=" + LongestText('e') + " text6=" + LongestText('f') +
+                            " text7=" + LongestText('g'),
+                        " mapi=0x89abcdef id=\"\" flag=0",
+                        "89ABCDEF 0000 0000" + LongestText('a') + LongestText('b') + LongestText('c') +
+                            LongestText('d') + LongestText('e') + LongestText('f') + "0000 0000 0000" +
+                            LongestText('g') + "00000000 00000000",
+                        52),
+                52 + 7 * 526),
+        Growing(MapiRow("MapiGetLastError", {"89ABCDEF"}, "text1=4E006F0000006E6E result=18", " mapi=0x89abcdef",
+                        "89ABCDEF 4E006F000000 00000012", 12),
+                16),
         MapiRow("MapiGetLastError", {"89ABCDEF"}, "text1=000041004200 result=22", " mapi=0x89abcdef",
                 "89ABCDEF 0000 00000016", 12),
         MapiRow("MapiGetLastError", {"89ABCDEF"}, "", " mapi=0x89abcdef", "89ABCDEF 0000 00000000", 12),

@@ -2,10 +2,10 @@
 
 namespace kessil::test {
 
-std::vector<Row> RowsWithInList(std::vector<Row> rows)
+Row Growing(Row row, std::uint64_t grown)
 {
-    std::erase_if(rows, [](const Row &row) { return row.in.empty(); });
-    return rows;
+    row.grown = grown;
+    return row;
 }
 
 std::u16string InputOf(const std::string &name)

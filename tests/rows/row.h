@@ -8,7 +8,7 @@ namespace kessil::test {
 
 /// One row of a family: a call of `function` as a parent makes it, and what comes of it. Bytes are pairs of hexadecimal
 /// digits, with blanks where they help the eye. Before the call the section is EE throughout, with the in-list at its
-/// start.
+/// start, and an EE in the out-list is a byte that stays as it was.
 struct Row
 {
     std::string function;
@@ -20,11 +20,13 @@ struct Row
     std::u16string input_failure;  ///< empty where nothing is read
     std::u16string output_failure; ///< empty where nothing is written
     std::uint64_t room = 0;        ///< what a section is asked for when the library answers nothing: the out-list's
-                                   ///< upper bounds added up; 0 where the row doesn't say
+                                   ///< upper bounds added up
+    std::uint64_t grown = 0;       ///< the same when it answers as scripted; 0 where that is no more
+    bool writes_section = false;   ///< whether the handler itself writes into the in-list once the library has run
 };
 
-/// The rows that read something.
-std::vector<Row> RowsWithInList(std::vector<Row> rows);
+/// The row, with what it says as `grown`.
+Row Growing(Row row, std::uint64_t grown);
 
 /// "Failed to serialise input (Process_<name>)" and the same for the output: the texts of most rows.
 std::u16string InputOf(const std::string &name);

@@ -33,6 +33,5 @@ Behaviour ParseBehaviour(const std::string &line);
 /// `peek` take a number in C notation, `fill` takes pairs of hexadecimal digits, and `text`, always last, takes the
 /// rest of the line. The first call of a function follows its first line, the second call its second line, and calls
 /// beyond the last line follow the last one. A function without a line, or no file, gives a Behaviour without values.
-/// A file whose text has changed since the last call is a new script, and begins anew; a line whose function nobody
-/// calls, such as a number behind `#`, makes two scripts differ.
+/// A file whose text has changed since the last call is a new script, and begins anew.
 Behaviour NextBehaviour(const std::string &function);

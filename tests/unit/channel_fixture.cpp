@@ -37,7 +37,7 @@ std::vector<std::string> &Logged()
     return records;
 }
 
-FakesTest::FakesTest()
+void ResetFakes()
 {
     static const bool added = [] {
         GetLogManager()->AddSink(std::make_shared<RecordingSink>());
@@ -63,13 +63,13 @@ FakesTest::FakesTest()
     platform::SetLastError(0);
 }
 
-void UnattachedTest::Attach()
+void ChannelOnFakes::Attach()
 {
     ASSERT_TRUE(channel.Attach(u"pipe", error));
     Forget();
 }
 
-void UnattachedTest::GiveSection(const WideString &name, const Bytes &content)
+void ChannelOnFakes::GiveSection(const WideString &name, const Bytes &content)
 {
     fake_section.Add(name, content);
     fake_pipe.Deliver(ResizeFrame(name, content.size()));
@@ -85,7 +85,7 @@ void UnattachedTest::GiveSection(const WideString &name, const Bytes &content)
     Forget();
 }
 
-void UnattachedTest::Forget()
+void ChannelOnFakes::Forget()
 {
     call_log.calls.clear();
     records.clear();
@@ -96,7 +96,7 @@ void UnattachedTest::Forget()
     error.clear();
 }
 
-Bytes UnattachedTest::Section(std::size_t count) const
+Bytes ChannelOnFakes::Section(std::size_t count) const
 {
     if (channel.SharedView() == nullptr || count > channel.SharedSize()) {
         ADD_FAILURE() << "no section of " << count << " bytes";

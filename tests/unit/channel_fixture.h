@@ -18,17 +18,20 @@ namespace kessil::test {
 /// What the log received since the test began, each record as "<level> <component>: <text>". The level is debug.
 std::vector<std::string> &Logged();
 
-/// Base of the tests that need fakes: all of them and the log begin anew.
+/// All fakes and the log begin anew.
+void ResetFakes();
+
+/// Base of the tests that need fakes.
 class FakesTest : public ::testing::Test
 {
 protected:
-    FakesTest();
+    FakesTest() { ResetFakes(); }
 };
 
 /// A channel over the fakes, not attached yet.
-class UnattachedTest : public FakesTest
+class ChannelOnFakes
 {
-protected:
+public:
     /// Attaches, and forgets the calls that it took.
     void Attach();
 
@@ -44,6 +47,9 @@ protected:
     CIPCCommunication channel;
     WideString error;
 };
+
+class UnattachedTest : public FakesTest, protected ChannelOnFakes
+{};
 
 class ChannelTest : public UnattachedTest
 {

@@ -1,6 +1,6 @@
 #include "families/vadp/vadp.h"
 #include "rows/adapter_backup_rows.h"
-#include "unit/families/adapter_rows.h"
+#include "unit/families/adapter_test.h"
 
 namespace kessil::test {
 namespace {
@@ -8,65 +8,6 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-class BackupTest : public AdapterRowTest
-{};
-
-TEST_P(BackupTest, Answers)
-{
-    ExpectAnswer(GetParam());
-}
-
-TEST_P(BackupTest, TellsARefusedOutList)
-{
-    ExpectRefusedOutput(GetParam());
-}
-
-INSTANTIATE_TEST_SUITE_P(Rows, BackupTest, ::testing::ValuesIn(BackupRows()), NameOfAdapterRow<AdapterRow>);
-
-class BackupInListTest : public AdapterRowTest
-{};
-
-TEST_P(BackupInListTest, RefusesACutInList)
-{
-    ExpectRefusedInput(GetParam());
-}
-
-INSTANTIATE_TEST_SUITE_P(Rows, BackupInListTest, ::testing::ValuesIn(RowsWithInValues(BackupRows())),
-                         NameOfAdapterRow<AdapterRow>);
-
-class BackupErrorTest : public AdapterRowTest
-{};
-
-TEST_P(BackupErrorTest, AnswersTwiceWithoutErrorTexts)
-{
-    ExpectDoubleAnswer(GetParam());
-}
-
-INSTANTIATE_TEST_SUITE_P(Rows, BackupErrorTest, ::testing::ValuesIn(RowsWithErrorText(BackupRows())),
-                         NameOfAdapterRow<AdapterRow>);
-
-class BackupCommandTest : public CommandRowTest
-{};
-
-TEST_P(BackupCommandTest, Answers)
-{
-    ExpectAnswer(GetParam());
-}
-
-INSTANTIATE_TEST_SUITE_P(Rows, BackupCommandTest, ::testing::ValuesIn(BackupCommands()), NameOfAdapterRow<CommandRow>);
-
-class BackupCutTest : public CommandRowTest
-{};
-
-TEST_P(BackupCutTest, HasItsConductWhenAValueIsMissing)
-{
-    ExpectCuts(GetParam());
-}
-
-INSTANTIATE_TEST_SUITE_P(Rows, BackupCutTest, ::testing::ValuesIn(RowsWithInValues(BackupCommands())),
-                         NameOfAdapterRow<CommandRow>);
-
-// Sequences of calls, and what a row can't show.
 class BackupStateTest : public AdapterTest
 {
 protected:

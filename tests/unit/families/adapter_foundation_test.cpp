@@ -5,7 +5,7 @@
 #include "families/vadp/error_messages.h"
 #include "families/vadp/item_list.h"
 #include "support/heap_probe.h"
-#include "unit/families/adapter_rows.h"
+#include "unit/families/adapter_test.h"
 
 #include <cstddef>
 
@@ -133,7 +133,7 @@ TEST_F(BindingTest, LeavesOtherLibrariesAlone)
 
 TEST_F(BindingTest, AnotherLibraryLeavesTheSlotsAsTheyWere)
 {
-    Bind(adapter);
+    Bind(adapter_name);
     Bind(u"other.dll");
     EXPECT_TRUE(IsBound());
 }
@@ -141,9 +141,9 @@ TEST_F(BindingTest, AnotherLibraryLeavesTheSlotsAsTheyWere)
 // A name that is missing is no error, and a later load without it takes it away.
 TEST_F(BindingTest, AMissingNameLeavesANullSlot)
 {
-    Bind(adapter);
-    fake_module.Add(adapter, {KESSIL_TEST_EXPORT(FreeErrorInfo)});
-    bindAdapterFunctions(channel, adapter, platform::LoadModule(adapter));
+    Bind(adapter_name);
+    fake_module.Add(adapter_name, {KESSIL_TEST_EXPORT(FreeErrorInfo)});
+    bindAdapterFunctions(channel, adapter_name, platform::LoadModule(adapter_name));
     EXPECT_EQ(g_pfnGetErrorMessage, nullptr);
     EXPECT_EQ(g_pfnFreeErrorInfo, FreeErrorInfo);
     EXPECT_EQ(g_pfnFreeCredentials, nullptr);
@@ -160,11 +160,11 @@ void TakeCallback(AdapterLoggingCallBack callback)
 
 TEST_F(BindingTest, HandsTheAdapterTheQueueAtEachLoad)
 {
-    fake_module.Add(adapter, {{"SetLoggingCallBack", reinterpret_cast<void *>(TakeCallback)}});
+    fake_module.Add(adapter_name, {{"SetLoggingCallBack", reinterpret_cast<void *>(TakeCallback)}});
     for (int load = 0; load < 2; ++load) {
         Forget();
         given_callback = nullptr;
-        bindAdapterFunctions(channel, adapter, platform::LoadModule(adapter));
+        bindAdapterFunctions(channel, adapter_name, platform::LoadModule(adapter_name));
         ASSERT_NE(given_callback, nullptr);
         given_callback("line", 3);
         sendAdapterLogAlt(channel);

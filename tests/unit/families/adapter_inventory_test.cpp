@@ -1,70 +1,11 @@
 #include "rows/adapter_inventory_rows.h"
-#include "unit/families/adapter_rows.h"
+#include "unit/families/adapter_test.h"
 
 #include <stdexcept>
 #include <utility>
 
 namespace kessil::test {
 namespace {
-
-class InventoryTest : public AdapterRowTest
-{};
-
-TEST_P(InventoryTest, Answers)
-{
-    ExpectAnswer(GetParam());
-}
-
-TEST_P(InventoryTest, TellsARefusedOutList)
-{
-    ExpectRefusedOutput(GetParam());
-}
-
-INSTANTIATE_TEST_SUITE_P(Rows, InventoryTest, ::testing::ValuesIn(InventoryRows()), NameOfAdapterRow<AdapterRow>);
-
-class InventoryInListTest : public AdapterRowTest
-{};
-
-TEST_P(InventoryInListTest, RefusesACutInList)
-{
-    ExpectRefusedInput(GetParam());
-}
-
-INSTANTIATE_TEST_SUITE_P(Rows, InventoryInListTest, ::testing::ValuesIn(RowsWithInValues(InventoryRows())),
-                         NameOfAdapterRow<AdapterRow>);
-
-class InventoryErrorTest : public AdapterRowTest
-{};
-
-TEST_P(InventoryErrorTest, AnswersTwiceWithoutErrorTexts)
-{
-    ExpectDoubleAnswer(GetParam());
-}
-
-INSTANTIATE_TEST_SUITE_P(Rows, InventoryErrorTest, ::testing::ValuesIn(RowsWithErrorText(InventoryRows())),
-                         NameOfAdapterRow<AdapterRow>);
-
-class InventoryCommandTest : public CommandRowTest
-{};
-
-TEST_P(InventoryCommandTest, Answers)
-{
-    ExpectAnswer(GetParam());
-}
-
-INSTANTIATE_TEST_SUITE_P(Rows, InventoryCommandTest, ::testing::ValuesIn(InventoryCommands()),
-                         NameOfAdapterRow<CommandRow>);
-
-class InventoryCutTest : public CommandRowTest
-{};
-
-TEST_P(InventoryCutTest, HasItsConductWhenAValueIsMissing)
-{
-    ExpectCuts(GetParam());
-}
-
-INSTANTIATE_TEST_SUITE_P(Rows, InventoryCutTest, ::testing::ValuesIn(RowsWithInValues(InventoryCommands())),
-                         NameOfAdapterRow<CommandRow>);
 
 // A line of the adapter's log, as it travels ahead of an answer.
 Bytes NoticeFrame(std::uint32_t level, std::u16string_view text)

@@ -1,5 +1,5 @@
 #include "rows/adapter_machines_rows.h"
-#include "unit/families/adapter_rows.h"
+#include "unit/families/adapter_test.h"
 
 #include <cstring>
 #include <stdexcept>
@@ -7,58 +7,10 @@
 namespace kessil::test {
 namespace {
 
-class MachinesTest : public AdapterRowTest
-{};
-
-TEST_P(MachinesTest, Answers)
-{
-    ExpectAnswer(GetParam());
-}
-
-TEST_P(MachinesTest, TellsARefusedOutList)
-{
-    ExpectRefusedOutput(GetParam());
-}
-
-INSTANTIATE_TEST_SUITE_P(Rows, MachinesTest, ::testing::ValuesIn(MachinesRows()), NameOfAdapterRow<AdapterRow>);
-
-class MachinesInListTest : public AdapterRowTest
-{};
-
-TEST_P(MachinesInListTest, RefusesACutInList)
-{
-    ExpectRefusedInput(GetParam());
-}
-
-INSTANTIATE_TEST_SUITE_P(Rows, MachinesInListTest, ::testing::ValuesIn(RowsWithInValues(MachinesRows())),
-                         NameOfAdapterRow<AdapterRow>);
-
-class MachinesErrorTest : public AdapterRowTest
-{};
-
-TEST_P(MachinesErrorTest, AnswersTwiceWithoutErrorTexts)
-{
-    ExpectDoubleAnswer(GetParam());
-}
-
-INSTANTIATE_TEST_SUITE_P(Rows, MachinesErrorTest, ::testing::ValuesIn(RowsWithErrorText(MachinesRows())),
-                         NameOfAdapterRow<AdapterRow>);
-
-class MachinesCommandTest : public CommandRowTest
-{};
-
-TEST_P(MachinesCommandTest, Answers)
-{
-    ExpectAnswer(GetParam());
-}
-
-INSTANTIATE_TEST_SUITE_P(Rows, MachinesCommandTest, ::testing::ValuesIn(MachinesCommands()),
-                         NameOfAdapterRow<CommandRow>);
-
-class MachinesCutTest : public CommandRowTest
+class MachinesCutTest : public AdapterTest, public ::testing::WithParamInterface<CommandRow>
 {
 protected:
-    // The lines up to the value that each tells.
+    // The lines up to the value that each shows.
     static std::vector<std::string> LabelsOf(std::vector<std::string> lines)
     {
         for (std::string &line : lines)
@@ -67,29 +19,35 @@ protected:
     }
 };
 
-TEST_P(MachinesCutTest, HasItsConductWhenAValueIsMissing)
-{
-    ExpectCuts(GetParam());
-}
-
-// The lines that tell values go out whether or not the values came.
+// The lines that show values are written whether or not the values came.
 TEST_P(MachinesCutTest, LogsItsValuesAlsoWhenOneIsMissing)
 {
     const CommandRow &row = GetParam();
     Bytes values;
     for (std::size_t value = 0; value < row.in.size(); ++value) {
-        Reset();
+        Begin();
         Take(row.before);
-        Write(row);
-        fake_pipe.ends_quietly = true;
-        CallWithValues(row.function, row.signature, values);
+        Script(row.function, row.script);
+        Script("GetErrorMessage", "text=" + row.error_text);
+        CutCommand(row, values);
         EXPECT_EQ(LabelsOf(FamilyLog()), LabelsOf(row.logged)) << value;
-        values = values + Hex(row.in[value].bytes);
+        values += Hex(row.in[value].bytes);
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Rows, MachinesCutTest, ::testing::ValuesIn(RowsWithInValues(MachinesCommands())),
-                         NameOfAdapterRow<CommandRow>);
+std::string NameOfCommand(const ::testing::TestParamInfo<CommandRow> &info)
+{
+    return info.param.function + "_" + std::to_string(info.index);
+}
+
+std::vector<CommandRow> CommandsWithValues()
+{
+    std::vector<CommandRow> rows = MachinesCommands();
+    std::erase_if(rows, [](const CommandRow &row) { return row.in.empty(); });
+    return rows;
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, MachinesCutTest, ::testing::ValuesIn(CommandsWithValues()), NameOfCommand);
 
 // Sequences and what rows can't say.
 class MachinesSequenceTest : public AdapterTest
@@ -214,11 +172,11 @@ TEST_F(MachinesSequenceTest, GetVMConfigOfTheFirstGenerationReusesTheLowestFreeL
     g_vListing.Clear(1);
     stand_in.script["GetVMConfig"] = "result=1 listing=0x311";
     Section("GetVMConfig", Narrow("vm"));
-    EXPECT_EQ(UnattachedTest::Section(4), Be32(1));
+    EXPECT_EQ(FakesRig::Section(4), Be32(1));
     EXPECT_EQ(g_vListing[1], Object(0x311));
     stand_in.script["GetSnapshotConfig"] = "result=1 listing=0x312";
     Section("GetSnapshotConfig", Narrow("vm") + Be32(0));
-    EXPECT_EQ(UnattachedTest::Section(4), Be32(3));
+    EXPECT_EQ(FakesRig::Section(4), Be32(3));
     EXPECT_EQ(g_vListing[3], Object(0x312));
 }
 
@@ -302,8 +260,8 @@ TEST_F(MachinesSequenceTest, ReadSectorsOfTheFirstGenerationLeavesTheDataWhereTh
     // A block 8 bytes longer than the data keeps the error text off it.
     stand_in.script["ReadSectors"] = "result=1 data=A0A1A2A3A4A5A6A7";
     Section("ReadSectors", Be32(1) + Be32(2) + Be32(16) + Repeat(0xDD, 4) + Repeat(0xCC, 16));
-    EXPECT_EQ(UnattachedTest::Section(33), Be32(16) + Be32(2) + Be32(16) + Repeat(0xDD, 4) +
-                                               Hex("A0A1A2A3A4A5A6A7 00") + Repeat(0xCC, 7) + Bytes{0xEE});
+    EXPECT_EQ(FakesRig::Section(33), Be32(16) + Be32(2) + Be32(16) + Repeat(0xDD, 4) + Hex("A0A1A2A3A4A5A6A7 00") +
+                                         Repeat(0xCC, 7) + Bytes{0xEE});
 }
 
 TEST_F(MachinesSequenceTest, ReadSectorsRefusesABlockThatIsntWholeInTheSection)
@@ -396,7 +354,7 @@ TEST_F(MachinesSequenceTest, ReconfigVMLogsItsNameAndDoesNothingElseInEitherGene
 {
     queueAdapterLogLine("waits", 1);
     Section("ReconfigVM", Narrow("x"));
-    EXPECT_EQ(UnattachedTest::Section(2), Narrow("x"));
+    EXPECT_EQ(FakesRig::Section(2), Narrow("x"));
     EXPECT_THAT(FamilyLog(), ElementsAre("debug: Process_VADPReconfigVM()"));
     EXPECT_THAT(fake_pipe.written, IsEmpty());
     Forget();
@@ -424,7 +382,7 @@ TEST_P(MachinesAlwaysAskTest, AsksForAnErrorTextAfterASuccess)
     ASSERT_EQ(stand_in.lines.size(), 3u);
     EXPECT_EQ(stand_in.lines[1], "GetErrorMessage error=null");
     EXPECT_EQ(stand_in.lines[2], "FreeErrorInfo error=null");
-    EXPECT_EQ(UnattachedTest::Section(9), Narrow("all well"));
+    EXPECT_EQ(FakesRig::Section(9), Narrow("all well"));
 }
 
 TEST_P(MachinesAlwaysAskTest, SendsARefusalAheadOfASuccessWithoutErrorTexts)
@@ -434,7 +392,7 @@ TEST_P(MachinesAlwaysAskTest, SendsARefusalAheadOfASuccessWithoutErrorTexts)
     Section(GetParam(), InList());
     const Bytes line = GetParam() == "CreateVM" ? Bytes() : Hex("4D 00000008 00000001 78000000");
     EXPECT_EQ(fake_pipe.written, FailureFrame(AdapterError(GetParam())) + line + SuccessFrame());
-    EXPECT_EQ(UnattachedTest::Section(1), Bytes{0});
+    EXPECT_EQ(FakesRig::Section(1), Bytes{0});
 }
 
 INSTANTIATE_TEST_SUITE_P(Rows, MachinesAlwaysAskTest,

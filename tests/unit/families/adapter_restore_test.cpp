@@ -1,71 +1,11 @@
 #include "rows/adapter_restore_rows.h"
-#include "unit/families/adapter_rows.h"
+#include "unit/families/adapter_test.h"
 
 #include <set>
 
 namespace kessil::test {
 namespace {
 
-class RestoreTest : public AdapterRowTest
-{};
-
-TEST_P(RestoreTest, Answers)
-{
-    ExpectAnswer(GetParam());
-}
-
-TEST_P(RestoreTest, TellsARefusedOutList)
-{
-    ExpectRefusedOutput(GetParam());
-}
-
-INSTANTIATE_TEST_SUITE_P(Rows, RestoreTest, ::testing::ValuesIn(RestoreRows()), NameOfAdapterRow<AdapterRow>);
-
-class RestoreInListTest : public AdapterRowTest
-{};
-
-TEST_P(RestoreInListTest, RefusesACutInList)
-{
-    ExpectRefusedInput(GetParam());
-}
-
-INSTANTIATE_TEST_SUITE_P(Rows, RestoreInListTest, ::testing::ValuesIn(RowsWithInValues(RestoreRows())),
-                         NameOfAdapterRow<AdapterRow>);
-
-class RestoreErrorTest : public AdapterRowTest
-{};
-
-TEST_P(RestoreErrorTest, AnswersTwiceWithoutErrorTexts)
-{
-    ExpectDoubleAnswer(GetParam());
-}
-
-INSTANTIATE_TEST_SUITE_P(Rows, RestoreErrorTest, ::testing::ValuesIn(RowsWithErrorText(RestoreRows())),
-                         NameOfAdapterRow<AdapterRow>);
-
-class RestoreCommandTest : public CommandRowTest
-{};
-
-TEST_P(RestoreCommandTest, Answers)
-{
-    ExpectAnswer(GetParam());
-}
-
-INSTANTIATE_TEST_SUITE_P(Rows, RestoreCommandTest, ::testing::ValuesIn(RestoreCommands()),
-                         NameOfAdapterRow<CommandRow>);
-
-class RestoreCutTest : public CommandRowTest
-{};
-
-TEST_P(RestoreCutTest, HasItsConductWhenAValueIsMissing)
-{
-    ExpectCuts(GetParam());
-}
-
-INSTANTIATE_TEST_SUITE_P(Rows, RestoreCutTest, ::testing::ValuesIn(RowsWithInValues(RestoreCommands())),
-                         NameOfAdapterRow<CommandRow>);
-
-// Several calls in a row.
 class RestoreSequenceTest : public AdapterTest
 {
 protected:
@@ -520,7 +460,7 @@ TEST_F(RestoreSequenceTest, TakesTheErrorTextAheadOfTheLogInThreeCommandsAndBehi
         if (row.seen.size() == 1)
             continue;
         asked.insert(row.function);
-        Reset();
+        FakesRig::Begin();
         stand_in.script["GetErrorMessage"] = "log=late level=9 text=boom";
         Bytes values;
         for (const Value &value : row.in)

@@ -1,9 +1,10 @@
 #include "families/cwb/cwb.h"
 
 #include "rows/cwb_rows.h"
+#include "rows/expectations.h"
 #include "rows/exports.h"
 #include "targets/cwb_recorder.h"
-#include "unit/families/family_rows.h"
+#include "unit/families/fakes_rig.h"
 
 #include <functional>
 #include <stdexcept>
@@ -47,33 +48,8 @@ using ::testing::ValuesIn;
 
 const Exports &exports = CwbExports();
 
-class CwbAnswer : public FamilyTest
-{};
-TEST_P(CwbAnswer, AsItsRowSays)
-{
-    ExpectAnswer(GetParam(), exports);
-}
-INSTANTIATE_TEST_SUITE_P(Rows, CwbAnswer, ValuesIn(CwbRows()), NameOfRow);
-INSTANTIATE_TEST_SUITE_P(FailingRows, CwbAnswer, ValuesIn(FailingCwbRows()), NameOfRow);
-
-class CwbInput : public FamilyTest
-{};
-TEST_P(CwbInput, RefusedWhereverItIsCut)
-{
-    ExpectRefusedInput(GetParam(), exports);
-}
-INSTANTIATE_TEST_SUITE_P(Rows, CwbInput, ValuesIn(RowsWithInList(CwbRows())), NameOfRow);
-
-class CwbOutput : public FamilyTest
-{};
-TEST_P(CwbOutput, RefusedWithoutRoom)
-{
-    ExpectRefusedOutput(GetParam(), exports);
-}
-INSTANTIATE_TEST_SUITE_P(Rows, CwbOutput, ValuesIn(CwbRows()), NameOfRow);
-
 // What doesn't fit into the table.
-class CwbTest : public FamilyTest
+class CwbTest : public ::testing::Test, protected FakesRig
 {
 protected:
     CwbTest() { releases_of_kept_block = 0; }
@@ -95,7 +71,7 @@ protected:
         Row row = {};
         row.function = "cwbRC_AddParm";
         row.signature = signature;
-        Call(row, exports, in_list);
+        CallOver(in_list, row.function, row.signature);
     }
 
     static constexpr const char *add_parm = "SIGNATURE_CWBRC_ADDPARM";
@@ -161,7 +137,7 @@ TEST_F(CwbTest, AddParmRefusesItsOutputOnceTheTargetHasRun)
     row.recorded = " program=0xc1c2c3c4 type=0x8002 length=3 parameter=some data=010203";
     row.output_failure = u"Failed to serialise output (Process_cwbRC_AddParm";
     row.room = 12;
-    ExpectRefusedOutput(row, exports);
+    ExpectRefusedOutput(*this, row);
     unsigned char *const block = LastParameter();
     EXPECT_EQ(Bytes(block, block + 3), Hex("01 02 03"));
     delete[] block;
@@ -305,130 +281,24 @@ TEST_F(CwbTest, CreateErrHandleReadsNothingAndMakesASection)
     EXPECT_EQ(Section(8), Hex("E1 E2 E3 E4 00 00 00 07"));
 }
 
-// The library says that the room isn't enough; it gets the length, and nothing behind it is touched.
-TEST_F(CwbTest, ConvertPassesTheLengthOfASmallTarget)
-{
-    stand_in.script["cwbNL_Convert"] = "converted=A1 out1=1 out2=2 out3=3 result=111";
-    Row row = RowOf("cwbNL_Convert");
-    row.in = {"C1C2C3C4", "00000002 0102", "00000001 EEEE F0", "E1E2E3E4"};
-    row.script = "converted=A1 out1=1 out2=2 out3=3 result=111";
-    row.recorded = " converter=0xc1c2c3c4 source_length=2 target_length=1 source=0102 target=F0 errors=0xe1e2e3e4";
-    row.out = "C1C2C3C4 00000002 0102 00000001 EEEE A1 00000001 00000002 00000003 0000006F";
-    ExpectAnswer(row, exports);
-}
-
-TEST_F(CwbTest, ConvertKeepsTheTextThroughAGrowingSection)
-{
-    const Row row = RowOf("cwbNL_Convert");
-    stand_in.script[row.function] = row.script;
-    stand_in.on_call = [] { fake_pipe.Deliver(SuccessFrame()); };
-    Call(row, exports, InList(row, row.in.size()));
-    // 4, 5 + 12, 8 + 12 and four times 4.
-    EXPECT_EQ(fake_pipe.written, ResizeFrame(u"s1", 57) + SuccessFrame());
-    EXPECT_EQ(Section(48), Hex("C1 C2 C3 C4 00 00 00 05 01 02 03 04 05 00 00 00 08 EE EE EE EE EE EE EE "
-                               "A1 A2 A3 A4 A5 A6 F6 F7 11 12 13 14 21 22 23 24 31 32 33 34 00 00 00 07"));
-}
-
-// The answer lies where the library wrote it, in front of what the section grew by.
-TEST_F(CwbTest, GetErrTextIndexedKeepsTheTextThroughAGrowingSection)
-{
-    const Row row = RowOf("cwbSV_GetErrTextIndexed");
-    stand_in.script[row.function] = row.script;
-    stand_in.on_call = [] { fake_pipe.Deliver(SuccessFrame()); };
-    Call(row, exports, InList(row, row.in.size()));
-    // 4, 4, 6 + 12, 4 and 4.
-    EXPECT_EQ(fake_pipe.written, ResizeFrame(u"s1", 34) + SuccessFrame());
-    EXPECT_EQ(Section(30), Hex("E1 E2 E3 E4 80 00 00 02 00 00 00 06 EE EE EE EE 41 00 42 00 00 F5 80 00 00 14 "
-                               "00 00 00 07"));
-}
-
-TEST_F(CwbTest, StringToPackedKeepsTheDecimalThroughAGrowingSection)
-{
-    const Row row = RowOf("cwbDT_StringToPacked");
-    stand_in.script[row.function] = row.script;
-    stand_in.on_call = [] { fake_pipe.Deliver(SuccessFrame()); };
-    Call(row, exports, InList(row, row.in.size()));
-    // 2 * 2 + 4, 4 + 12 and 4.
-    EXPECT_EQ(fake_pipe.written, ResizeFrame(u"s1", 28) + SuccessFrame());
-    EXPECT_EQ(Section(24), Hex("31 00 32 00 00 00 00 00 00 04 EE EE EE EE EE EE 01 2C F2 F3 00 00 00 07"));
-}
-
-// 15 bytes came in.
-TEST_F(CwbTest, PackedToStringGrowsTheSectionToItsLongestText)
-{
-    std::string digits;
-    Bytes out;
-    for (int unit = 0; unit < 256; ++unit) {
-        digits += "3900";
-        out = out + Hex("39 00");
-    }
-    const Row row = RowOf("cwbDT_PackedToString");
-    stand_in.script[row.function] = "digits=" + digits + " result=7";
-    stand_in.on_call = [] { fake_pipe.Deliver(SuccessFrame()); };
-    Call(row, exports, InList(row, row.in.size()));
-    EXPECT_EQ(fake_pipe.written, ResizeFrame(u"s1", 520) + SuccessFrame());
-    EXPECT_EQ(Section(518), out + Hex("00 00 00 00 00 07"));
-}
-
-// The longest text that the room holds, and none of the units that a terminator would be one of.
-TEST_F(CwbTest, PackedToStringEndsAtItsRoom)
-{
-    std::string digits;
-    std::string out;
-    for (int unit = 0; unit < 256; ++unit) {
-        digits += "3900";
-        out += "3900 ";
-    }
-    Row row = RowOf("cwbDT_PackedToString");
-    row.script = "digits=" + digits + " result=7";
-    row.out = out + "0000 00000007";
-    ExpectAnswer(row, exports);
-}
-
 // The text ends at the section's end, where its terminator should have been.
 TEST_F(CwbTest, SetStatementTextRefusesATextWithoutAnEnd)
 {
-    Call(RowOf("cwbDB_SetStatementText"), exports, Hex("D1 D2 D3 D4") + Wide(u"SELECT") + Hex("E1 E2 E3 E4"));
+    CallOver(Hex("D1 D2 D3 D4") + Wide(u"SELECT") + Hex("E1 E2 E3 E4"), "cwbDB_SetStatementText",
+             "SIGNATURE_CWBDB_SETSTATEMENTTEXT");
     const Bytes whole = Section(22);
     EXPECT_EQ(fake_pipe.written, SuccessFrame());
-    Call(RowOf("cwbDB_SetStatementText"), exports, First(16, whole));
+    CallOver(First(16, whole), "cwbDB_SetStatementText", "SIGNATURE_CWBDB_SETSTATEMENTTEXT");
     EXPECT_EQ(fake_pipe.written, FailureFrame(u"Failed to serialise input (Process_cwbDB_SetStatementText)"));
     EXPECT_EQ(stand_in.lines.size(), 1u);
-}
-
-TEST_F(CwbTest, GetDataPointerOfNoBytesAsksTheLibraryAndCopiesNothing)
-{
-    Row row = RowOf("cwbDB_GetDataPointer");
-    row.in = {"DA1A2A3A", "00000000", "E1E2E3E4"};
-    row.script = "result=0x80000009";
-    row.out = "DA1A2A3A 00000000 80000009";
-    ExpectAnswer(row, exports);
-}
-
-TEST_F(CwbTest, GetDataPointerCopiesWhateverTheResult)
-{
-    Row row = RowOf("cwbDB_GetDataPointer");
-    row.script = "bytes=B1B2B3B4B5 result=0x80000009";
-    row.out = "DA1A2A3A 00000005 B1B2B3B4B5 80000009";
-    ExpectAnswer(row, exports);
 }
 
 TEST_F(CwbTest, GetDataPointerWithoutAPointerEndsTheRun)
 {
     const Row row = RowOf("cwbDB_GetDataPointer");
     stand_in.script[row.function] = "result=0x80000009";
-    EXPECT_THROW(Call(row, exports, InList(row, row.in.size()) + Repeat(0xEE, 16)), std::logic_error);
+    EXPECT_THROW(CallOver(Joined(row.in) + Repeat(0xEE, 16), row.function, row.signature), std::logic_error);
     EXPECT_EQ(fake_pipe.written, Bytes());
-}
-
-TEST_F(CwbTest, GetDataPointerCopiesIntoTheSectionThatItGrewTo)
-{
-    const Row row = RowOf("cwbDB_GetDataPointer");
-    stand_in.script[row.function] = row.script;
-    stand_in.on_call = [] { fake_pipe.Deliver(SuccessFrame()); };
-    Call(row, exports, InList(row, row.in.size()));
-    EXPECT_EQ(fake_pipe.written, ResizeFrame(u"s1", 25) + SuccessFrame());
-    EXPECT_EQ(Section(17), Hex("DA 1A 2A 3A 00 00 00 05 B1 B2 B3 B4 B5 00 00 00 07"));
 }
 
 } // namespace

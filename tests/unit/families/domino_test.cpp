@@ -1,9 +1,9 @@
 #include "families/domino/domino.h"
 
-#include "rows/domino_rows.h"
+#include "rows/expectations.h"
 #include "rows/exports.h"
 #include "support/guarded_page.h"
-#include "unit/families/family_rows.h"
+#include "unit/families/fakes_rig.h"
 
 #include <algorithm>
 #include <csignal>
@@ -11,58 +11,6 @@
 
 namespace kessil::test {
 namespace {
-
-const Exports &exports = DominoExports();
-
-class DominoRowsTest : public FamilyTest
-{};
-
-TEST_P(DominoRowsTest, Answers)
-{
-    ExpectAnswer(GetParam(), exports);
-}
-
-TEST_P(DominoRowsTest, RefusesACutInList)
-{
-    ExpectRefusedInput(GetParam(), exports);
-}
-
-INSTANTIATE_TEST_SUITE_P(Rows, DominoRowsTest, ::testing::ValuesIn(DominoRows()), NameOfRow);
-
-// DominoGetErrorMessage puts the message into the section by itself, so the section has to be there: see below.
-std::vector<Row> RowsWithoutAMessage()
-{
-    std::vector<Row> rows = DominoRows();
-    std::erase_if(rows, [](const Row &row) { return row.function == "DominoGetErrorMessage"; });
-    return rows;
-}
-
-class DominoOutListTest : public FamilyTest
-{};
-
-TEST_P(DominoOutListTest, TellsARefusedOutList)
-{
-    ExpectRefusedOutput(GetParam(), exports);
-}
-
-INSTANTIATE_TEST_SUITE_P(Rows, DominoOutListTest, ::testing::ValuesIn(RowsWithoutAMessage()), NameOfRow);
-
-class DominoTest : public ChannelTest
-{
-protected:
-    DominoTest() { stand_in = StandIn(); }
-};
-
-TEST_F(DominoTest, GetErrorMessageTellsARefusedOutList)
-{
-    stand_in.script["DominoGetErrorMessage"] = "message=abc";
-    GiveSection(u"s0", Hex("00000001 00000002 00000004 EEEEEEEE 01020304"));
-    fake_pipe.Deliver(FailureFrame(u"no room"));
-    Process_DominoGetErrorMessage(channel, exports.at("DominoGetErrorMessage"));
-    EXPECT_THAT(stand_in.lines, ::testing::ElementsAre("DominoGetErrorMessage session=0x1 code=2"));
-    EXPECT_EQ(fake_pipe.written,
-              ResizeFrame(u"s1", 28) + FailureFrame(u"Failed to serialise output (Process_DominoGetErrorMessage)"));
-}
 
 // A message at the end of what can be read.
 class DominoMessageTest : public ChannelTest

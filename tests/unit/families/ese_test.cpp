@@ -1,11 +1,11 @@
 #include "families/ese/ese.h"
 
 #include "platform/last_error.h"
-#include "rows/ese_rows.h"
+#include "rows/expectations.h"
 #include "rows/exports.h"
 #include "targets/ese_recorder.h"
 #include "targets/leave_last_error.h"
-#include "unit/families/family_rows.h"
+#include "unit/families/fakes_rig.h"
 
 void LeaveLastError(std::uint32_t code)
 {
@@ -16,26 +16,6 @@ namespace kessil::test {
 namespace {
 
 const Exports &exports = EseExports();
-
-class EseRowsTest : public FamilyTest
-{};
-
-TEST_P(EseRowsTest, Answers)
-{
-    ExpectAnswer(GetParam(), exports);
-}
-
-TEST_P(EseRowsTest, RefusesACutInList)
-{
-    ExpectRefusedInput(GetParam(), exports);
-}
-
-TEST_P(EseRowsTest, RefusesAnOutListWithoutRoom)
-{
-    ExpectRefusedOutput(GetParam(), exports);
-}
-
-INSTANTIATE_TEST_SUITE_P(Rows, EseRowsTest, ::testing::ValuesIn(EseRows()), NameOfRow);
 
 class EseTest : public ChannelTest
 {
@@ -79,18 +59,6 @@ TEST_F(EseTest, ReadFileGetsTheSectionsOwnBytes)
     };
     Process_HrESEBackupReadFile(channel, reinterpret_cast<void *>(function));
     EXPECT_EQ(seen, channel.SharedView() + 16);
-}
-
-// The list of a library grows the section: context 4, list 6 + 12 and codes 8 are 30 at most, of which
-// 4 + (4 + 6) + 8 = 22 are used.
-TEST_F(EseTest, AListOfTheLibrarysGrowsTheSection)
-{
-    stand_in.script["HrESEBackupGetLogAndPatchFiles"] = "list=6300000000000000 result=1 error=2";
-    GiveSection(u"s0", Hex("00 00 00 0A"));
-    fake_pipe.Deliver(SuccessFrame());
-    Process_HrESEBackupGetLogAndPatchFiles(channel, reinterpret_cast<void *>(HrESEBackupGetLogAndPatchFiles));
-    EXPECT_EQ(fake_pipe.written, ResizeFrame(u"s1", 4 + 6 + 12 + 8) + SuccessFrame());
-    EXPECT_EQ(Section(22), Hex("00 00 00 0A 00 00 00 06 63 00 00 00 00 00 00 00 00 01 00 00 00 02"));
 }
 
 // A GUID near the end of the section: what would lie behind it is never looked at.

@@ -1,8 +1,8 @@
 #include "families/mapi/mapi.h"
 
+#include "rows/expectations.h"
 #include "rows/exports.h"
-#include "rows/mapi_rows.h"
-#include "unit/families/family_rows.h"
+#include "unit/families/fakes_rig.h"
 
 #include <algorithm>
 
@@ -10,31 +10,6 @@ namespace kessil::test {
 namespace {
 
 const Exports &exports = MapiExports();
-
-class MapiRowsTest : public FamilyTest
-{};
-
-TEST_P(MapiRowsTest, Answers)
-{
-    ExpectAnswer(GetParam(), exports);
-}
-
-TEST_P(MapiRowsTest, TellsARefusedOutList)
-{
-    ExpectRefusedOutput(GetParam(), exports);
-}
-
-INSTANTIATE_TEST_SUITE_P(Rows, MapiRowsTest, ::testing::ValuesIn(MapiRows()), NameOfRow);
-
-class MapiInListTest : public FamilyTest
-{};
-
-TEST_P(MapiInListTest, RefusesACutInList)
-{
-    ExpectRefusedInput(GetParam(), exports);
-}
-
-INSTANTIATE_TEST_SUITE_P(Rows, MapiInListTest, ::testing::ValuesIn(RowsWithInList(MapiRows())), NameOfRow);
 
 class MapiTest : public ChannelTest
 {
