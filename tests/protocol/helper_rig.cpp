@@ -10,7 +10,7 @@ std::map<std::string, std::unique_ptr<HelperRig>> shared;
 
 } // namespace
 
-const Capabilities rig_can = {false, false, false, false};
+const Capabilities rig_can = {false, false, false, false, false};
 
 std::unique_ptr<Rig> NewRig(const std::string &library)
 {

@@ -9,9 +9,11 @@ namespace {
 Row DominoRow(const std::string &function, std::vector<std::string> in, std::string script, std::string recorded,
               std::string out, std::uint64_t room)
 {
-    return {function,          "SIGNATURE_" + function, std::move(in),
-            std::move(script), std::move(recorded),     std::move(out),
-            InputOf(function), OutputOf(function),      room};
+    Row row = {function,          "SIGNATURE_" + function, std::move(in),
+               std::move(script), std::move(recorded),     std::move(out),
+               InputOf(function), OutputOf(function),      room};
+    row.writes_section = function == "DominoGetErrorMessage";
+    return row;
 }
 
 } // namespace

@@ -20,18 +20,32 @@ void ExpectSection(Rig &rig, const Bytes &out, const Bytes &before)
     EXPECT_EQ(rig.Section(before.size()), out + Behind(out.size(), before));
 }
 
+// How many bytes of the in-list are left when it is cut.
+std::vector<std::size_t> CutsOf(const std::vector<std::string> &in)
+{
+    std::vector<std::size_t> sizes;
+    std::size_t end = 0;
+    for (const std::string &element : in) {
+        sizes.push_back(end);
+        const std::size_t next = end + Hex(element).size();
+        while (++end < next) {
+            if (rig_can.cuts_any_byte)
+                sizes.push_back(end);
+        }
+    }
+    return sizes;
+}
+
 template <class AnyRow>
 void ExpectRefusalOfEachCut(Rig &rig, const AnyRow &row)
 {
     rig.Begin();
-    std::vector<std::string> elements;
-    for (const std::string &element : row.in) {
-        SCOPED_TRACE("cut behind " + std::to_string(elements.size()));
-        rig.Give(Joined(elements));
+    for (const std::size_t size : CutsOf(row.in)) {
+        SCOPED_TRACE("cut behind " + std::to_string(size) + " bytes");
+        rig.Give(First(size, Joined(row.in)));
         rig.Call(row.function, row.signature);
         rig.ExpectSent(FailureFrame(row.input_failure));
         EXPECT_EQ(rig.Seen(), Lines());
-        elements.push_back(element);
     }
 }
 

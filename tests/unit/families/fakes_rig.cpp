@@ -50,7 +50,7 @@ SignatureRow Handlers(const std::string &signature)
     return *found;
 }
 
-const Capabilities rig_can = {true, true, true, true};
+const Capabilities rig_can = {true, true, true, true, true};
 
 std::unique_ptr<Rig> NewRig(const std::string & /*library*/)
 {
