@@ -6,7 +6,6 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <tuple>
 #include <type_traits>
 #include <utility>
 
@@ -27,6 +26,26 @@ enum class OutList
     EchoAndResults ///< the in-list as well, in front, so that a BUF comes to lie where it was read
 };
 
+/// The parameters of a row, each by its index: a tuple that compiles faster than the standard library's.
+template <std::size_t index, class Parameter>
+struct Slot
+{
+    Parameter parameter;
+};
+
+template <class Indices, class... Parameters>
+struct Slots;
+
+template <std::size_t... I, class... Parameters>
+struct Slots<std::index_sequence<I...>, Parameters...> : Slot<I, Parameters>...
+{};
+
+template <std::size_t index, class Parameter>
+Parameter &At(Slot<index, Parameter> &slot)
+{
+    return slot.parameter;
+}
+
 template <class Prototype>
 class Row;
 
@@ -45,7 +64,7 @@ public:
 private:
     template <class Word>
     using Parameter = std::conditional_t<std::is_base_of_v<CDataElement, Word>, Plain<Word>, Word>;
-    using Parameters = std::tuple<Parameter<Words>...>;
+    using Parameters = Slots<std::index_sequence_for<Words...>, Parameter<Words>...>;
 
     static constexpr bool with_last_error = std::is_same_v<Returned, WithLastError<U32>>;
     static constexpr bool with_result = with_last_error || std::is_same_v<Returned, U32>;
@@ -58,9 +77,9 @@ private:
         U32 result, last_error;
         std::array<CDataElement *, sizeof...(I) + 2> list;
         CDataElement **end = list.data();
-        (Append<Place::InList>(std::get<I>(parameters), end), ...);
+        (Append<Place::InList>(At<I>(parameters), end), ...);
         CDataElement **const results = end;
-        (Append<Place::Results>(std::get<I>(parameters), end), ...);
+        (Append<Place::Results>(At<I>(parameters), end), ...);
         if constexpr (with_result)
             *end++ = &result;
         if constexpr (with_last_error)
@@ -74,7 +93,7 @@ private:
         result.value = target(Argument<I>(parameters)...);
         if constexpr (with_last_error)
             last_error.value = LastErrorAfter(result.value);
-        (Finish(std::get<I>(parameters)), ...);
+        (Finish(At<I>(parameters)), ...);
         call.ReplyList({out_list == OutList::EchoAndResults ? list.data() : results, end});
     }
 
@@ -88,10 +107,10 @@ private:
     template <std::size_t I>
     static auto Argument(Parameters &parameters)
     {
-        if constexpr (std::is_same_v<std::tuple_element_t<I, Parameters>, Length>)
-            return std::get<I - 1>(parameters).element.Size();
+        if constexpr (std::is_same_v<decltype(At<I>(parameters)), Length &>)
+            return At<I - 1>(parameters).element.Size();
         else
-            return std::get<I>(parameters).Argument();
+            return At<I>(parameters).Argument();
     }
 
     template <class Parameter>

@@ -2,10 +2,10 @@
 
 #include "marshal/elements.h"
 
-#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <string_view>
 
 // The words of a row (row.h). Each stands for one parameter of the target and says what the target gets for it, and
 // whether it stands in the in-list or among the results. The name of an element stands in the in-list: the target gets
@@ -63,7 +63,11 @@ struct OutText
 {
     static constexpr Place place = Place::Results;
     auto Argument() { return room.data(); }
-    void Finish() { element.text.assign(room.begin(), std::find(room.begin(), room.end(), u'\0')); }
+    void Finish()
+    {
+        const std::u16string_view written(room.data(), units);
+        element.text = written.substr(0, written.find(u'\0'));
+    }
     std::array<char16_t, units> room = {};
     WSTR element;
 };
