@@ -215,8 +215,8 @@ KESSIL_ADAPTER_EXPORT bool OpenDisk(const char *vmPath, const char *diskPath, bo
                                     VMLib_ErrorInfo **error);
 KESSIL_ADAPTER_EXPORT bool CloseDisk(void **disk, VMLib_ErrorInfo **error);
 
-/// `data` has room for, or has, `count` sectors; that it does was the parent's affair. A negative start or count comes
-/// as the large number with the same bits.
+/// `data` has room for, or has, `count` sectors, which is for the parent to see to. A negative start or count
+/// comes as the large number with the same bits.
 KESSIL_ADAPTER_EXPORT bool ReadSectors(void *disk, std::uint64_t start, std::uint64_t count, void *data,
                                        VMLib_ErrorInfo **error);
 KESSIL_ADAPTER_EXPORT bool WriteSectors(void *disk, std::uint64_t start, std::uint64_t count, const void *data,
