@@ -66,7 +66,7 @@ bool FakePipe::Read(void *buffer, std::uint32_t size, std::uint32_t &count)
     while (m_next < m_steps.size() && m_steps[m_next].action)
         m_steps[m_next++].action();
     if (m_next == m_steps.size()) {
-        if (ends_quietly) {
+        if (ends_with_nothing) {
             count = 0;
             return true;
         }

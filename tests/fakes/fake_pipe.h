@@ -47,7 +47,7 @@ public:
     std::uint32_t missing_code = 2;     ///< the error of ConnectPipe for another name
     std::uint32_t connect_code = 0;     ///< when not 0, ConnectPipe fails with it
     std::uint32_t end_code = 109;       ///< the error of a read after the last step
-    bool ends_quietly = false;          ///< such a read succeeds with zero bytes
+    bool ends_with_nothing = false;     ///< such a read succeeds with zero bytes
     std::uint32_t bad_handle_code = 6;  ///< the error for using a pipe that isn't open
     std::size_t reads = 0;              ///< reads so far, failed ones included
     std::vector<std::uint32_t> sizes;   ///< how many bytes each of them requested, while call_log records

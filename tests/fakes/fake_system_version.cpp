@@ -8,7 +8,7 @@ test::FakeSystemVersion test::fake_system_version;
 
 bool platform::ReadSystemVersion(std::uint32_t &major)
 {
-    if (!test::fake_system_version.tells)
+    if (test::fake_system_version.fails)
         return false;
     major = test::fake_system_version.major;
     return true;

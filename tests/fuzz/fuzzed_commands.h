@@ -62,7 +62,7 @@ inline const std::vector<FuzzedCommand> &FuzzedCommands()
         for (const AdapterRow &row : AllAdapterRows())
             add(row, true);
         for (const CommandRow &row : AllCommandRows()) {
-            // This one reads as many pairs as it is told, were it for years.
+            // This one reads as many pairs as the input says, however many.
             if (row.function != "CreateVM")
                 add(row, false);
         }

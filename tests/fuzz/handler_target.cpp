@@ -124,7 +124,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t siz
         DeliverParentsAnswer(parents_answer);
         try {
             call.handler(channel, target);
-            // Whoever still holds the pipe has told the parent how it went.
+            // A channel that is still open has answered the parent.
             const char last = RequireFrames();
             Require(!fake_pipe.is_open || last == 'S' || last == 'E');
         } catch (const std::exception &) {

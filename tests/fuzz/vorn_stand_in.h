@@ -13,7 +13,7 @@ namespace kessil::test {
 FakeModule::Exports VornStandIn(std::uint8_t seed);
 
 /// The rows of its fifteen signatures, the same for both generations. A parent may name any function beside any
-/// signature, and what comes of that is the library's affair; here the handler calls the signature's own function all
+/// signature, and what comes of that depends on the library; here the handler calls the signature's own function all
 /// the same.
 std::span<const SignatureRow> VornStandInRows();
 

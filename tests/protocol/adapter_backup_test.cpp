@@ -22,7 +22,7 @@ TEST(BackupSignature, OfABlockIsRefusedAsACommand)
     talk.Talk().Expect(Hex("FFFFFFFF"));
     EXPECT_EQ(talk.Seen(), std::vector<std::string>());
     talk.Finish();
-    EXPECT_NE(talk.Talk().Helper().Story().find("LibraryCaller error: Invalid signature\n"), std::string::npos);
+    EXPECT_NE(talk.Talk().Helper().PlainLog().find("LibraryCaller error: Invalid signature\n"), std::string::npos);
 }
 
 TEST(BackupSession, EndedByCommandIsStillFoundByTheOtherGenerationAndEndedThereIsNot)

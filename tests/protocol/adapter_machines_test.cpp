@@ -23,7 +23,7 @@ Bytes Values(const std::vector<Value> &values)
     return bytes;
 }
 
-// Bytes that tell their places.
+// Bytes that show a mistaken offset.
 Bytes Pattern(std::size_t size)
 {
     Bytes bytes;

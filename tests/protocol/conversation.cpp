@@ -136,17 +136,17 @@ std::string HelperRun::Log(const std::string &name) const
     return ReadText(Directory() / name);
 }
 
-std::string HelperRun::Story(const std::string &name) const
+std::string HelperRun::PlainLog(const std::string &name) const
 {
     static const std::regex record(R"(^T[0-9a-f]{8} \d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3} (\w+):\d+ (\w+: .*)$)");
     static const std::regex handle(R"((Closing handle \w+) (0x)?[0-9a-fA-F]+$)");
     std::istringstream lines(Log(name));
-    std::string story;
+    std::string log;
     for (std::string line; std::getline(lines, line);) {
-        const std::string told = std::regex_replace(line, record, "$1 $2");
-        story += std::regex_replace(told, handle, "$1 #") + "\n";
+        const std::string plain = std::regex_replace(line, record, "$1 $2");
+        log += std::regex_replace(plain, handle, "$1 #") + "\n";
     }
-    return story;
+    return log;
 }
 
 void HelperRun::AwaitLog(const std::string &text) const
@@ -197,7 +197,7 @@ void Conversation::Fail(const std::string &what, Place place)
 void Conversation::Send(const Bytes &bytes, Place place)
 {
     if (!bytes.empty() && !m_pipe->Write(bytes))
-        Fail("The helper hung up before it was told " + Show(bytes), place);
+        Fail("The helper closed the pipe before it was sent " + Show(bytes), place);
 }
 
 void Conversation::SendEachByte(const Bytes &bytes, Place place)
@@ -208,14 +208,14 @@ void Conversation::SendEachByte(const Bytes &bytes, Place place)
 
 void Conversation::Expect(const Bytes &bytes, Place place)
 {
-    Bytes heard;
-    while (heard.size() < bytes.size()) {
-        const Bytes more = m_pipe->Read(bytes.size() - heard.size());
-        if (more.empty() || First(heard.size() + more.size(), bytes) != heard + more)
-            Fail("Expected " + Show(bytes) + "\n   heard " + Show(heard + more) +
+    Bytes received;
+    while (received.size() < bytes.size()) {
+        const Bytes more = m_pipe->Read(bytes.size() - received.size());
+        if (more.empty() || First(received.size() + more.size(), bytes) != received + more)
+            Fail("Expected " + Show(bytes) + "\n   received " + Show(received + more) +
                      (more.empty() ? "and then nothing" : ""),
                  place);
-        heard += more;
+        received += more;
     }
 }
 
@@ -226,7 +226,7 @@ Bytes Conversation::ReadFrame(Place place)
         while (frame.size() < size) {
             const Bytes more = m_pipe->Read(size - frame.size());
             if (more.empty())
-                Fail("Expected a frame\n   heard " + Show(frame), place);
+                Fail("Expected a frame\n   received " + Show(frame), place);
             frame += more;
         }
     };
@@ -240,9 +240,9 @@ Bytes Conversation::ReadFrame(Place place)
 
 void Conversation::ExpectClosed(Place place)
 {
-    const Bytes heard = m_pipe->Read(4096);
-    if (!heard.empty())
-        Fail("Expected the end\n   heard " + Show(heard), place);
+    const Bytes received = m_pipe->Read(4096);
+    if (!received.empty())
+        Fail("Expected the end\n   received " + Show(received), place);
 }
 
 void Conversation::EndStream()
@@ -353,9 +353,9 @@ void Section::Expect(std::size_t offset, const Bytes &bytes, Place place) const
             << "Expected " << Show(bytes) << "\n   found " << Show(there) << "\n   at offset " << offset;
 }
 
-WideString Told(Conversation &talk, Section &section, std::uint32_t number, Place place)
+WideString Report(Conversation &talk, Section &section, std::uint32_t number, Place place)
 {
-    constexpr std::uint32_t room = told_size / 2;
+    constexpr std::uint32_t room = report_size / 2;
     section.Put(0, Be64(0) + Be64(0) + Be32(number) + Be32(room) + Repeat(0, room) + Be32(room));
     talk.Send(CallFrame(u"", "VornGetErrorText", "SIGNATURE_VornGetErrorText"), place);
     talk.Expect(SuccessFrame(), place);

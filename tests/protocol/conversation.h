@@ -27,7 +27,7 @@ WideString TargetLibrary(const std::string &name);
 /// The system's text for a code: on Linux the text given, on Windows what the system has for `windows_code`.
 WideString SystemText(const std::u16string &linux_text, std::uint32_t windows_code);
 
-/// How the program prints a failure, as ReadText tells it.
+/// How the program prints a failure, as ReadText returns it.
 std::string Printed(const WideString &failure);
 
 /// Reads a whole text file, without the carriage returns that Windows puts into it.
@@ -48,8 +48,8 @@ private:
     std::filesystem::path m_path;
 };
 
-/// One run of the program, in an empty directory of its own, which is also where it puts its log. How it is to end is
-/// said before it begins, and checked at the end of this object's life at the latest.
+/// One run of the program, in an empty directory of its own, which is also where it puts its log. Its exit code is
+/// declared before it begins, and checked at the end of this object's life at the latest.
 class HelperRun
 {
 public:
@@ -70,10 +70,10 @@ public:
     const std::filesystem::path &Directory() const { return m_directory.Path(); }
     platform::Process &Process() { return *m_process; }
 
-    /// The log as it stands: whole, and told as a story, in which each record is "<component> <level>: <text>", each
-    /// handle is "#", and what isn't a record stands as it is. A line that only looks like a record is told as it is.
+    /// The log: as it stands, and without what differs from run to run, each record as "<component> <level>: <text>"
+    /// and each handle as "#". A line that isn't a record, or only looks like one, stays as it is.
     std::string Log(const std::string &name = "kessil_log.out") const;
-    std::string Story(const std::string &name = "kessil_log.out") const;
+    std::string PlainLog(const std::string &name = "kessil_log.out") const;
 
     /// Waits until the log holds that text.
     void AwaitLog(const std::string &text) const;
@@ -98,30 +98,30 @@ public:
     Conversation(const Conversation &) = delete;
     Conversation &operator=(const Conversation &) = delete;
 
-    /// What the parent says, in one write or in a write for each byte.
+    /// The parent sends these bytes, in one write or in a write for each byte.
     void Send(const Bytes &bytes, Place place = Place::Here());
     void SendEachByte(const Bytes &bytes, Place place = Place::Here());
 
-    /// What it hears: exactly these bytes next.
+    /// The helper sends exactly these bytes next.
     void Expect(const Bytes &bytes, Place place = Place::Here());
 
-    /// Reads one whole frame, for those whose bytes can't be told beforehand.
+    /// Reads one whole frame, for those whose bytes aren't known beforehand.
     Bytes ReadFrame(Place place = Place::Here());
 
-    /// The helper closes its end, with nothing said before.
+    /// The helper closes its end, with nothing sent before.
     void ExpectClosed(Place place = Place::Here());
 
-    /// The parent ends its stream but still listens.
+    /// The parent ends its stream but still reads.
     void EndStream();
 
-    /// The parent hangs up.
+    /// The parent closes its end.
     void Close();
 
     /// Send and Expect in one, for what isn't at stake.
     void Load(const WideString &library, Place place = Place::Here());
     void Call(const std::string &function, Place place = Place::Here());
 
-    /// Waits for the end of the run: nothing more is heard and the exit code is the one declared.
+    /// Waits for the end of the run: nothing more is sent and the exit code is the one declared.
     void End(Place place = Place::Here());
 
     /// Gives up on it: the helper is killed, and nothing is expected of it any more.
@@ -171,10 +171,10 @@ private:
     bool m_own;
 };
 
-/// What tells_process, the first library of the conversation, tells under that number. The section has `told_size`
-/// bytes.
-inline constexpr std::uint32_t told_size = 65536;
-WideString Told(Conversation &talk, Section &section, std::uint32_t number, Place place = Place::Here());
+/// What reports_process, the first library of the conversation, reports under that number. The section has
+/// `report_size` bytes.
+inline constexpr std::uint32_t report_size = 65536;
+WideString Report(Conversation &talk, Section &section, std::uint32_t number, Place place = Place::Here());
 
 /// Creates a section of the parent's for this conversation and has the helper take it.
 Section Announce(Conversation &talk, std::uint32_t size, char16_t digit = u'7', Place place = Place::Here());

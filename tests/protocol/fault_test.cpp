@@ -31,7 +31,7 @@ TEST_P(Misbehaving, EndsTheRunInOrder)
     section.Expect(0, Repeat(0, 16));
 }
 
-TEST_P(Misbehaving, TellsOfItsClosingAtTheDebugLevel)
+TEST_P(Misbehaving, LogsItsClosingAtTheDebugLevel)
 {
     Conversation talk(0);
     const Section section = Announce(talk, 16);
@@ -39,9 +39,9 @@ TEST_P(Misbehaving, TellsOfItsClosingAtTheDebugLevel)
     talk.Send(CallFrame(u"", "Answer", "SIGNATURE_GetLibApiVersion"));
     talk.ExpectClosed();
     talk.End();
-    EXPECT_TRUE(talk.Helper().Story().ends_with("commfunc debug: Closing handle m_hSharedMemory #\n"
-                                                "commfunc debug: Closing handle m_hNamedPipe #\n"))
-        << talk.Helper().Story();
+    EXPECT_TRUE(talk.Helper().PlainLog().ends_with("commfunc debug: Closing handle m_hSharedMemory #\n"
+                                                   "commfunc debug: Closing handle m_hNamedPipe #\n"))
+        << talk.Helper().PlainLog();
 }
 
 INSTANTIATE_TEST_SUITE_P(Libraries, Misbehaving,
@@ -101,7 +101,7 @@ TEST_P(KeepingTheDefault, EndsTheRunAsTheSystemHasIt)
     talk.ExpectClosed();
 }
 
-// A signal's number is told as 128 more.
+// A signal shows as its number plus 128.
 INSTANTIATE_TEST_SUITE_P(Libraries, KeepingTheDefault,
                          testing::Values(Ending{"faults_on_thread", 128 + 11, 0xC0000005}, Ending{"aborts", 128 + 6, 3},
                                          Ending{"exits", 7, 7}),

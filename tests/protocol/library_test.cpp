@@ -26,7 +26,7 @@ Bytes NotLoaded(const WideString &name)
                       SystemText(name + u": cannot open shared object file: No such file or directory", 126));
 }
 
-TEST(Load, IsAnsweredAndToldInTheLog)
+TEST(Load, IsAnsweredAndLogged)
 {
     Conversation talk(0);
     const WideString plain = TargetLibrary("plain");
@@ -34,7 +34,7 @@ TEST(Load, IsAnsweredAndToldInTheLog)
     talk.Expect(Hex("53 00000000"));
     talk.Send(OrderlyStop());
     talk.End();
-    EXPECT_NE(talk.Helper().Story().find(
+    EXPECT_NE(talk.Helper().PlainLog().find(
                   "kessil debug: Working with LoadLib:  load_lib_cmd==" + platform::ToUtf8(plain) + "\n"),
               std::string::npos);
 }
@@ -56,7 +56,7 @@ TEST(Load, OfNoSuchFileIsRefusedAndTheRunGoesOn)
     talk.Send(OrderlyStop());
 }
 
-// Which code and which words the system has for these is its own affair.
+// Code and text for these are the system's.
 TEST(Load, OfWhatIsNoLibraryIsRefusedAndTheRunGoesOn)
 {
     Conversation talk(0, {});
@@ -164,8 +164,8 @@ TEST(Reload, ThatFailsLeavesNothing)
     talk.Expect(no_library);
     talk.Send(OrderlyStop());
     talk.End();
-    EXPECT_EQ(talk.Helper().Story(), "LibraryCaller error: Failed to find library...\n"
-                                     "LibraryCaller error: Failed to find library...\n");
+    EXPECT_EQ(talk.Helper().PlainLog(), "LibraryCaller error: Failed to find library...\n"
+                                        "LibraryCaller error: Failed to find library...\n");
 }
 
 TEST(Reload, UnderANameThatDiffersInCaseIsAnotherEntry)
@@ -198,7 +198,7 @@ TEST(Release, FollowsTheNames)
                                 "records_lifetime detach\nrecords_lifetime_b detach\nrecords_lifetime_c detach\n");
 }
 
-TEST(Release, HappensOnEveryRoadOut)
+TEST(Release, HappensHoweverTheRunEnds)
 {
     const auto lines = [](std::uint32_t exit_code, const auto &leave) {
         const Recorder recorder;
@@ -225,8 +225,8 @@ TEST(Call, BeforeAnyLoad)
     }
     talk.Send(OrderlyStop());
     talk.End();
-    EXPECT_EQ(talk.Helper().Story(), "LibraryCaller error: Failed to find library...\n"
-                                     "LibraryCaller error: Failed to find library...\n");
+    EXPECT_EQ(talk.Helper().PlainLog(), "LibraryCaller error: Failed to find library...\n"
+                                        "LibraryCaller error: Failed to find library...\n");
 }
 
 TEST(Call, WithoutALibraryNameGoesToTheLowest)
@@ -258,7 +258,7 @@ TEST(Call, OfAnExportThatIsNotThere)
     }
     talk.Send(OrderlyStop());
     talk.End();
-    EXPECT_EQ(talk.Helper().Story(), "");
+    EXPECT_EQ(talk.Helper().PlainLog(), "");
 }
 
 TEST(Call, WithBothFunctionAndSignatureUnknownReportsTheFunction)
@@ -279,17 +279,17 @@ TEST(Call, WithASignatureUnknownCallsNothingAndReadsNothing)
     Section section = Announce(talk, 16);
     section.Put(0, Repeat(0x55, 16));
     talk.Load(TargetLibrary("vorn_recorder"));
-    std::string story;
+    std::string log;
     for (const char *signature : {"", "SIGNATURE_GETBACKUPTYPE", "signature_GetBackupType", "SIGNATURE_GetBackupType ",
                                   "SIGNATURE_GetBackupTyp", "GetBackupType", "SIGNATURE_VornCreatesession"}) {
         talk.Send(CallFrame(u"", "GetBackupType", signature));
         talk.Expect(no_signature);
-        story += std::string("LibraryCaller error: Invalid signature:") + signature + "\n";
+        log += std::string("LibraryCaller error: Invalid signature:") + signature + "\n";
     }
     section.Expect(0, Repeat(0x55, 16));
     talk.Send(OrderlyStop());
     talk.End();
-    EXPECT_EQ(talk.Helper().Story(), story);
+    EXPECT_EQ(talk.Helper().PlainLog(), log);
     EXPECT_EQ(recorder.Lines(), "");
 }
 
@@ -297,15 +297,15 @@ TEST(Call, WithASignatureOfTheSecondGenerationAlone)
 {
     Conversation talk(0, {});
     talk.Load(TargetLibrary("plain"));
-    std::string story;
+    std::string log;
     for (const char *signature : {"SIGNATURE_VADPDeleteVaioVM", "SIGNATURE_VADPCloneVM"}) {
         talk.Send(CallFrame(u"", "Answer", signature));
         talk.Expect(no_signature);
-        story += std::string("LibraryCaller error: Invalid signature:") + signature + "\n";
+        log += std::string("LibraryCaller error: Invalid signature:") + signature + "\n";
     }
     talk.Send(OrderlyStop());
     talk.End();
-    EXPECT_EQ(talk.Helper().Story(), story);
+    EXPECT_EQ(talk.Helper().PlainLog(), log);
 }
 
 TEST(Call, OfAnyExportUnderAnySignature)

@@ -37,7 +37,7 @@ TEST(Logon, RecordWithoutItsFlagEndsTheRun)
     talk.Send(Frame('A', Wide(u"") + Wide(u"") + Wide(u"") + Wide(u"") + Hex("000000")));
     talk.ExpectClosed();
     talk.End();
-    EXPECT_NE(talk.Helper().Story().find(Printed(u"Failed to serialise data")), std::string::npos);
+    EXPECT_NE(talk.Helper().PlainLog().find(Printed(u"Failed to serialise data")), std::string::npos);
 }
 
 } // namespace kessil::test

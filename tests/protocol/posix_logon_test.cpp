@@ -35,10 +35,10 @@ std::string Numbers(const ActingAs &who)
 /// As whom a function of a library runs, as Numbers writes it.
 std::string RunsAs(Conversation &talk, Section &section)
 {
-    std::istringstream told(platform::ToUtf8(Told(talk, section, 1)));
+    std::istringstream numbers(platform::ToUtf8(Report(talk, section, 1)));
     ActingAs who = {};
-    told >> who.user >> who.group;
-    for (gid_t group = 0; told >> group;) {
+    numbers >> who.user >> who.group;
+    for (gid_t group = 0; numbers >> group;) {
         if (group != who.group)
             who.groups.push_back(group);
     }
@@ -95,8 +95,8 @@ protected:
 TEST_F(HelperLogon, MakesLibrariesRunAsTheUser)
 {
     Conversation talk(0);
-    Section section = Announce(talk, told_size);
-    talk.Load(TargetLibrary("tells_process"));
+    Section section = Announce(talk, report_size);
+    talk.Load(TargetLibrary("reports_process"));
     EXPECT_EQ(RunsAs(talk, section), before);
     talk.Send(Logon(u"ada", u"open sesame"));
     talk.Expect(Outcome());
@@ -109,16 +109,16 @@ TEST_F(HelperLogon, MakesLibrariesRunAsTheUser)
 
     const std::string closing = "LibraryCaller debug: Closing handle hToken #\n";
     const std::string three = "kessil debug: Working with Auth\n" + closing + closing + closing;
-    const std::string story = talk.Helper().Story();
-    EXPECT_NE(story.find(three), std::string::npos) << story;
-    EXPECT_EQ(story.find("sesame"), std::string::npos);
+    const std::string log = talk.Helper().PlainLog();
+    EXPECT_NE(log.find(three), std::string::npos) << log;
+    EXPECT_EQ(log.find("sesame"), std::string::npos);
 }
 
 TEST_F(HelperLogon, RefusedLeavesEverythingAsItWas)
 {
     Conversation talk(0);
-    Section section = Announce(talk, told_size);
-    talk.Load(TargetLibrary("tells_process"));
+    Section section = Announce(talk, report_size);
+    talk.Load(TargetLibrary("reports_process"));
     for (const char16_t *const user : {u"ada", u"barred", u"eve"}) {
         talk.Send(Logon(user, u"wrong"));
         talk.Expect(FailureFrame(u"Permission denied (LogonUser)"));
@@ -137,15 +137,15 @@ TEST_F(HelperLogon, SucceedsWherePrivilegesCanNotBeLookedUp)
     talk.Send(OrderlyStop());
     talk.End();
     const std::string closing = "LibraryCaller error: Closing handle hToken #\n";
-    EXPECT_NE(talk.Helper().Story().find("kessil debug: Working with Auth\n" + closing + closing + closing),
+    EXPECT_NE(talk.Helper().PlainLog().find("kessil debug: Working with Auth\n" + closing + closing + closing),
               std::string::npos);
 }
 
 TEST_F(HelperLogon, CredentialsAloneKeepTheIdentity)
 {
     Conversation talk(0);
-    Section section = Announce(talk, told_size);
-    talk.Load(TargetLibrary("tells_process"));
+    Section section = Announce(talk, report_size);
+    talk.Load(TargetLibrary("reports_process"));
     talk.Send(Logon(u"ada", u"whatever", 0));
     talk.Expect(SuccessFrame());
     EXPECT_EQ(RunsAs(talk, section), before);

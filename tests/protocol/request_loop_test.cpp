@@ -7,7 +7,7 @@
 namespace kessil::test {
 namespace {
 
-// What a run at the debug level tells before its first request and behind its last.
+// What a run at the debug level logs before its first request and behind its last.
 const std::string begun = "kessil debug: Ready for logging:  log_file==kessil_log.out, log_level==2\n"
                           "kessil debug: Attached to comm\n";
 const std::string pipe_closing = "commfunc debug: Closing handle m_hNamedPipe #\n";
@@ -30,7 +30,7 @@ TEST(OrderlyStop, EndsWithoutAnAnswer)
     talk.Send(Hex("66 01"));
     talk.ExpectClosed();
     talk.End();
-    EXPECT_EQ(talk.Helper().Story(), begun + "kessil debug: Exiting on account of command 1\n" + pipe_closing);
+    EXPECT_EQ(talk.Helper().PlainLog(), begun + "kessil debug: Exiting on account of command 1\n" + pipe_closing);
 }
 
 TEST(OrderlyStop, LeavesWhatComesBehindItUnread)
@@ -47,7 +47,7 @@ TEST(Command, ThatNamesNoCallGetsNoAnswerAndNoLine)
     talk.Send(Hex("66 01"));
     talk.ExpectClosed();
     talk.End();
-    EXPECT_EQ(talk.Helper().Story(), begun + "kessil debug: Exiting on account of command 1\n" + pipe_closing);
+    EXPECT_EQ(talk.Helper().PlainLog(), begun + "kessil debug: Exiting on account of command 1\n" + pipe_closing);
 }
 
 TEST(Command, MissingBecauseTheParentHungUp)
@@ -56,9 +56,9 @@ TEST(Command, MissingBecauseTheParentHungUp)
     talk.Send(Hex("66"));
     talk.Close();
     talk.End();
-    EXPECT_EQ(talk.Helper().Story(), begun + "commfunc error: ReadFile() returns with error\n" + pipe_closing +
-                                         "kessil error: Failure to read command.\n"
-                                         "kessil debug: Exiting on account of command read failure.\n");
+    EXPECT_EQ(talk.Helper().PlainLog(), begun + "commfunc error: ReadFile() returns with error\n" + pipe_closing +
+                                            "kessil error: Failure to read command.\n"
+                                            "kessil debug: Exiting on account of command read failure.\n");
 }
 
 TEST(Command, MissingBecauseTheStreamEnded)
@@ -68,10 +68,10 @@ TEST(Command, MissingBecauseTheStreamEnded)
     talk.EndStream();
     talk.ExpectClosed();
     talk.End();
-    EXPECT_EQ(talk.Helper().Story(), begun +
-                                         "kessil error: Failure to read command.\n"
-                                         "kessil debug: Exiting on account of command read failure.\n" +
-                                         pipe_closing);
+    EXPECT_EQ(talk.Helper().PlainLog(), begun +
+                                            "kessil error: Failure to read command.\n"
+                                            "kessil debug: Exiting on account of command read failure.\n" +
+                                            pipe_closing);
 }
 
 TEST(HangUp, BetweenTwoRequests)
@@ -79,9 +79,9 @@ TEST(HangUp, BetweenTwoRequests)
     Conversation talk(1);
     talk.Close();
     talk.End();
-    EXPECT_EQ(talk.Helper().Story(), begun + "commfunc error: ReadFile() returns with error\n" + pipe_closing +
-                                         "commfunc error: Back (error) from ReadDataFromPipe() mini\n" + GonePrinted() +
-                                         "kessil error: Next request failed.\n");
+    EXPECT_EQ(talk.Helper().PlainLog(), begun + "commfunc error: ReadFile() returns with error\n" + pipe_closing +
+                                            "commfunc error: Back (error) from ReadDataFromPipe() mini\n" +
+                                            GonePrinted() + "kessil error: Next request failed.\n");
 }
 
 TEST(HangUp, ShowsAtTheErrorLevelToo)
@@ -89,9 +89,9 @@ TEST(HangUp, ShowsAtTheErrorLevelToo)
     Conversation talk(1, {});
     talk.Close();
     talk.End();
-    EXPECT_EQ(talk.Helper().Story(), "commfunc error: ReadFile() returns with error\n"
-                                     "commfunc error: Back (error) from ReadDataFromPipe() mini\n" +
-                                         GonePrinted() + "kessil error: Next request failed.\n");
+    EXPECT_EQ(talk.Helper().PlainLog(), "commfunc error: ReadFile() returns with error\n"
+                                        "commfunc error: Back (error) from ReadDataFromPipe() mini\n" +
+                                            GonePrinted() + "kessil error: Next request failed.\n");
 }
 
 TEST(HangUp, InsideALength)
@@ -100,9 +100,9 @@ TEST(HangUp, InsideALength)
     talk.Send(Hex("4C 0000"));
     talk.Close();
     talk.End();
-    EXPECT_EQ(talk.Helper().Story(), begun + "commfunc error: ReadFile() returns with error\n" + pipe_closing +
-                                         "commfunc error: Back (error) from ReadDataFromPipe() 0\n" + GonePrinted() +
-                                         "kessil error: Next request failed.\n");
+    EXPECT_EQ(talk.Helper().PlainLog(), begun + "commfunc error: ReadFile() returns with error\n" + pipe_closing +
+                                            "commfunc error: Back (error) from ReadDataFromPipe() 0\n" + GonePrinted() +
+                                            "kessil error: Next request failed.\n");
 }
 
 TEST(HangUp, InsideAPayloadAddsNoLineOfTheReaders)
@@ -111,8 +111,8 @@ TEST(HangUp, InsideAPayloadAddsNoLineOfTheReaders)
     talk.Send(Hex("4C 00000004 6100"));
     talk.Close();
     talk.End();
-    EXPECT_EQ(talk.Helper().Story(), begun + "commfunc error: ReadFile() returns with error\n" + pipe_closing +
-                                         GonePrinted() + "kessil error: Next request failed.\n");
+    EXPECT_EQ(talk.Helper().PlainLog(), begun + "commfunc error: ReadFile() returns with error\n" + pipe_closing +
+                                            GonePrinted() + "kessil error: Next request failed.\n");
 }
 
 TEST(EndOfStream, BetweenTwoRequests)
@@ -121,7 +121,7 @@ TEST(EndOfStream, BetweenTwoRequests)
     talk.EndStream();
     talk.ExpectClosed();
     talk.End();
-    EXPECT_EQ(talk.Helper().Story(), begun + "kessil debug: Eof\n" + pipe_closing);
+    EXPECT_EQ(talk.Helper().PlainLog(), begun + "kessil debug: Eof\n" + pipe_closing);
 }
 
 TEST(EndOfStream, BehindTheTypeByte)
@@ -131,7 +131,7 @@ TEST(EndOfStream, BehindTheTypeByte)
     talk.EndStream();
     talk.ExpectClosed();
     talk.End();
-    EXPECT_EQ(talk.Helper().Story(), begun + "kessil debug: Eof\n" + pipe_closing);
+    EXPECT_EQ(talk.Helper().PlainLog(), begun + "kessil debug: Eof\n" + pipe_closing);
 }
 
 TEST(EndOfStream, BehindTheLength)
@@ -141,21 +141,21 @@ TEST(EndOfStream, BehindTheLength)
     talk.EndStream();
     talk.ExpectClosed();
     talk.End();
-    EXPECT_EQ(talk.Helper().Story(), begun + "kessil debug: Eof\n" + pipe_closing);
+    EXPECT_EQ(talk.Helper().PlainLog(), begun + "kessil debug: Eof\n" + pipe_closing);
 }
 
 // What is missing of a length counts as ones: no half of a header asks for nothing.
 TEST(EndOfStream, InsideALength)
 {
-    const std::string story = begun + pipe_closing + "commfunc error: ReadFile() returns with error\n" +
-                              ClosedPrinted() + "kessil error: Next request failed.\n";
+    const std::string log = begun + pipe_closing + "commfunc error: ReadFile() returns with error\n" + ClosedPrinted() +
+                            "kessil error: Next request failed.\n";
     for (const char *const begin : {"4C 00", "4C 0000", "4C 000000", "4C 000001", "52 000000", "53 0000"}) {
         Conversation talk(1);
         talk.Send(Hex(begin));
         talk.EndStream();
         talk.ExpectClosed();
         talk.End();
-        EXPECT_EQ(talk.Helper().Story(), story) << begin;
+        EXPECT_EQ(talk.Helper().PlainLog(), log) << begin;
     }
 }
 
@@ -168,8 +168,8 @@ TEST(EndOfStream, InsideAString)
         talk.EndStream();
         talk.ExpectClosed();
         talk.End();
-        EXPECT_TRUE(talk.Helper().Story().ends_with(pipe_closing + Printed(u"Failed to serialise data")))
-            << talk.Helper().Story();
+        EXPECT_TRUE(talk.Helper().PlainLog().ends_with(pipe_closing + Printed(u"Failed to serialise data")))
+            << talk.Helper().PlainLog();
     }
 }
 
@@ -180,7 +180,7 @@ TEST(EndOfStream, InsideAPayload)
     talk.EndStream();
     talk.ExpectClosed();
     talk.End();
-    EXPECT_EQ(talk.Helper().Story(),
+    EXPECT_EQ(talk.Helper().PlainLog(),
               begun + pipe_closing + "kessil debug: Working with fallback\nERROR: Invalid request type - 'Z'\n");
 }
 
@@ -190,10 +190,10 @@ TEST(UnknownType, IsReadWholeAndEndsTheRun)
     talk.Send(Hex("5A 00000003 010203"));
     talk.ExpectClosed();
     talk.End();
-    EXPECT_EQ(talk.Helper().Story(), begun +
-                                         "kessil debug: Working with fallback\n"
-                                         "ERROR: Invalid request type - 'Z'\n" +
-                                         pipe_closing);
+    EXPECT_EQ(talk.Helper().PlainLog(), begun +
+                                            "kessil debug: Working with fallback\n"
+                                            "ERROR: Invalid request type - 'Z'\n" +
+                                            pipe_closing);
 }
 
 TEST(UnknownType, WaitsForTheRestOfItsFrame)
@@ -202,8 +202,8 @@ TEST(UnknownType, WaitsForTheRestOfItsFrame)
     talk.Send(Hex("5A 00000003 0102"));
     talk.Close();
     talk.End();
-    EXPECT_EQ(talk.Helper().Story(), begun + "commfunc error: ReadFile() returns with error\n" + pipe_closing +
-                                         GonePrinted() + "kessil error: Next request failed.\n");
+    EXPECT_EQ(talk.Helper().PlainLog(), begun + "commfunc error: ReadFile() returns with error\n" + pipe_closing +
+                                            GonePrinted() + "kessil error: Next request failed.\n");
 }
 
 TEST(UnknownType, IsWhatAnswersAreOutsideOfAResize)
@@ -213,7 +213,7 @@ TEST(UnknownType, IsWhatAnswersAreOutsideOfAResize)
         talk.Send(Frame(type, {}));
         talk.ExpectClosed();
         talk.End();
-        EXPECT_EQ(talk.Helper().Story(), std::string("ERROR: Invalid request type - '") + type + "'\n");
+        EXPECT_EQ(talk.Helper().PlainLog(), std::string("ERROR: Invalid request type - '") + type + "'\n");
     }
 }
 
@@ -240,13 +240,13 @@ TEST(MalformedRequest, EndsTheRunWithoutAnAnswer)
         Hex("46 00000004 6100 6200"),      // a library without its terminator
         Hex("46 00000005 0000 666768"),    // a function without its terminator
     };
-    const std::string story = begun + Printed(u"Failed to serialise data") + pipe_closing;
+    const std::string log = begun + Printed(u"Failed to serialise data") + pipe_closing;
     for (const Bytes &request : requests) {
         Conversation talk(1);
         talk.Send(request);
         talk.ExpectClosed();
         talk.End();
-        EXPECT_EQ(talk.Helper().Story(), story) << Show(request);
+        EXPECT_EQ(talk.Helper().PlainLog(), log) << Show(request);
     }
 }
 
@@ -311,19 +311,19 @@ TEST(Pieces, APayloadLargerThanAnyBuffer)
 
 TEST(HugeFrame, WhoseLengthCanTBeRoundedUpIsRefused)
 {
-    const std::string story =
+    const std::string log =
         begun + Printed(u"Failed to allocate memory") + "kessil error: Next request failed.\n" + pipe_closing;
     for (const std::uint32_t length : {0xFFFFFC01u, 0xFFFFFFFFu}) {
         Conversation talk(1);
         talk.Send(Bytes{'L'} + Be32(length));
         talk.ExpectClosed();
         talk.End();
-        EXPECT_EQ(talk.Helper().Story(), story);
+        EXPECT_EQ(talk.Helper().PlainLog(), log);
     }
 }
 
-// Whether there is memory for such a frame is the system's affair. Where there is none the helper ends by itself, and
-// where there is it waits for the frame, and ends when the parent hangs up.
+// Whether there is memory for such a frame depends on the system. Where there is none the helper ends by itself, and
+// where there is it waits for the frame, and ends when the parent closes the pipe.
 TEST(HugeFrame, IsRefusedOrWaitedForButNeverHalfDead)
 {
     const std::string refused =
@@ -335,8 +335,8 @@ TEST(HugeFrame, IsRefusedOrWaitedForButNeverHalfDead)
         talk.Send(Bytes{'L'} + Be32(length));
         talk.Close();
         talk.End();
-        const std::string story = talk.Helper().Story();
-        EXPECT_TRUE(story == refused || story == waited) << std::hex << length << "\n" << story;
+        const std::string log = talk.Helper().PlainLog();
+        EXPECT_TRUE(log == refused || log == waited) << std::hex << length << "\n" << log;
     }
 }
 
@@ -351,9 +351,9 @@ void CutEverywhere(const Bytes &request)
     }
     for (const auto &talk : talks) {
         talk->End();
-        const std::string story = talk->Helper().Story();
-        EXPECT_TRUE(story.ends_with(GonePrinted() + "kessil error: Next request failed.\n")) << story;
-        EXPECT_EQ(story.find("Working"), std::string::npos) << story;
+        const std::string log = talk->Helper().PlainLog();
+        EXPECT_TRUE(log.ends_with(GonePrinted() + "kessil error: Next request failed.\n")) << log;
+        EXPECT_EQ(log.find("Working"), std::string::npos) << log;
     }
 }
 
@@ -377,8 +377,8 @@ TEST(Cut, ASectionAtEveryByte)
     CutEverywhere(ResizeFrame(u"kessil", 1));
 }
 
-// The parent hangs up with that much of the answer taken. What it leaves unread the system may tell the helper of in
-// words of its own, and a helper that comes late finds the pipe closed while it writes.
+// The parent closes the pipe with that much of the answer read. The system may report what is left unread in a text of
+// its own, and a helper that comes late finds the pipe closed while it writes.
 void HangUpInsideTheAnswer(const Bytes &request, const Bytes &answer)
 {
     for (std::size_t taken = 0; taken <= answer.size(); ++taken) {
@@ -389,10 +389,10 @@ void HangUpInsideTheAnswer(const Bytes &request, const Bytes &answer)
         talk.Expect(First(taken, answer));
         talk.Close();
         talk.End();
-        const std::string story = talk.Helper().Story();
-        EXPECT_TRUE(story.ends_with("kessil error: Next request failed.\n")) << story;
-        EXPECT_NE(story.find("commfunc error: Back (error) from ReadDataFromPipe() mini\nERROR: '"), std::string::npos)
-            << story;
+        const std::string log = talk.Helper().PlainLog();
+        EXPECT_TRUE(log.ends_with("kessil error: Next request failed.\n")) << log;
+        EXPECT_NE(log.find("commfunc error: Back (error) from ReadDataFromPipe() mini\nERROR: '"), std::string::npos)
+            << log;
     }
 }
 

@@ -39,7 +39,7 @@ void LoadAlt(Conversation &talk, const char *library, Place place = Place::Here(
     LoadAlt(talk, TargetLibrary(library), place);
 }
 
-std::string ToldLoad(const std::string &name)
+std::string LoadLine(const std::string &name)
 {
     return "kessil debug: Working Alt with LoadLib:  load_lib_cmd==" + name + "\n";
 }
@@ -48,7 +48,7 @@ const std::string no_library = "LibraryCaller error: Failed to find library...\n
 const std::string no_function = "LibraryCaller error: func_ptr==NULL\n";
 const std::string no_signature = "LibraryCaller error: Invalid signature\n";
 
-TEST(LoadAlt, IsAnsweredWithABareOneAndToldInTheLog)
+TEST(LoadAlt, IsAnsweredWithABareOneAndLogged)
 {
     Conversation talk(0);
     const WideString plain = TargetLibrary("plain");
@@ -56,7 +56,7 @@ TEST(LoadAlt, IsAnsweredWithABareOneAndToldInTheLog)
     talk.Expect(Hex("00000001"));
     talk.Send(OrderlyStop());
     talk.End();
-    EXPECT_NE(talk.Helper().Story().find(ToldLoad(platform::ToUtf8(plain))), std::string::npos);
+    EXPECT_NE(talk.Helper().PlainLog().find(LoadLine(platform::ToUtf8(plain))), std::string::npos);
 }
 
 TEST(LoadAlt, ThatFailsIsAnsweredWithABareMinusOneAndTheReasonIsInTheLog)
@@ -70,7 +70,7 @@ TEST(LoadAlt, ThatFailsIsAnsweredWithABareMinusOneAndTheReasonIsInTheLog)
     const WideString reason = SystemText(absent + u": cannot open shared object file: No such file or directory", 126);
     std::string narrow = "LibraryCaller error: Load library failure:  " + platform::ToUtf8(reason) + "\n";
     std::erase(narrow, '\r');
-    EXPECT_EQ(talk.Helper().Story(), narrow);
+    EXPECT_EQ(talk.Helper().PlainLog(), narrow);
 }
 
 TEST(LoadAlt, OfWhatIsNoLibraryIsRefusedAndTheRunGoesOn)
@@ -106,7 +106,7 @@ TEST(LoadAlt, EndsTheNameAtAZeroByte)
     LoadAlt(talk, plain + WideString(u"\0more", 5));
     talk.Send(OrderlyStop());
     talk.End();
-    EXPECT_NE(talk.Helper().Story().find(ToldLoad(platform::ToUtf8(plain))), std::string::npos);
+    EXPECT_NE(talk.Helper().PlainLog().find(LoadLine(platform::ToUtf8(plain))), std::string::npos);
 }
 
 TEST(LoadAlt, OfTheSameNameReleasesTheOldModuleFirst)
@@ -128,7 +128,7 @@ TEST(Command, BeforeAnyLoad)
     talk.Expect(Hex("FFFFFFFF"));
     talk.Send(OrderlyStop());
     talk.End();
-    EXPECT_EQ(talk.Helper().Story(), no_library);
+    EXPECT_EQ(talk.Helper().PlainLog(), no_library);
 }
 
 TEST(Command, OfAnExportThatIsNotThere)
@@ -139,7 +139,7 @@ TEST(Command, OfAnExportThatIsNotThere)
     talk.Expect(Hex("FFFFFFFF"));
     talk.Send(OrderlyStop());
     talk.End();
-    EXPECT_EQ(talk.Helper().Story(), no_function);
+    EXPECT_EQ(talk.Helper().PlainLog(), no_function);
 }
 
 // The command is known and the export is there, but this generation has no such signature.
@@ -152,7 +152,7 @@ TEST(Command, ReadBlockSignatureIsRefusedAndCallsNothing)
     talk.Expect(Hex("FFFFFFFF"));
     talk.Send(OrderlyStop());
     talk.End();
-    EXPECT_EQ(talk.Helper().Story(), no_signature);
+    EXPECT_EQ(talk.Helper().PlainLog(), no_signature);
     EXPECT_EQ(recorder.Lines(), "records_lifetime attach\nrecords_lifetime detach\n");
 }
 
@@ -165,7 +165,7 @@ TEST(Command, CallsTheLibrary)
     talk.Expect(end_of_lines + end_of_lines);
     talk.Send(OrderlyStop());
     talk.End();
-    EXPECT_EQ(talk.Helper().Story(), "");
+    EXPECT_EQ(talk.Helper().PlainLog(), "");
     EXPECT_EQ(recorder.Lines(), "records_lifetime attach\nrecords_lifetime call\nrecords_lifetime call\n"
                                 "records_lifetime detach\n");
 }
@@ -178,7 +178,7 @@ TEST(Command, WithoutAMeaningLeavesTheNextOneToBeServed)
     talk.Expect(end_of_lines);
     talk.Send(OrderlyStop());
     talk.End();
-    EXPECT_EQ(talk.Helper().Story(), "");
+    EXPECT_EQ(talk.Helper().PlainLog(), "");
 }
 
 TEST(Command, ByteByByte)
@@ -225,7 +225,7 @@ TEST(Generations, DontSeeEachOthersLibraries)
     section.Expect(0, Hex("00000007"));
     talk.Send(OrderlyStop());
     talk.End();
-    EXPECT_EQ(talk.Helper().Story(), no_library + no_library + no_function);
+    EXPECT_EQ(talk.Helper().PlainLog(), no_library + no_library + no_function);
 }
 
 TEST(Generations, ReleaseTheSecondBeforeTheFirst)

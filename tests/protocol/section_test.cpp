@@ -55,9 +55,9 @@ TEST(ParentsSection, IsOpenedAndAnswered)
     section.Expect(0, Hex("00000007 00000000 00000000 00000000"));
     talk.Send(OrderlyStop());
     talk.End();
-    EXPECT_TRUE(talk.Helper().Story().ends_with("kessil debug: Exiting on account of command 1\n"
-                                                "commfunc debug: Closing handle m_hSharedMemory #\n"
-                                                "commfunc debug: Closing handle m_hNamedPipe #\n"));
+    EXPECT_TRUE(talk.Helper().PlainLog().ends_with("kessil debug: Exiting on account of command 1\n"
+                                                   "commfunc debug: Closing handle m_hSharedMemory #\n"
+                                                   "commfunc debug: Closing handle m_hNamedPipe #\n"));
 }
 
 TEST(ParentsSection, IsReplacedByTheNext)
@@ -133,7 +133,7 @@ TEST(ParentsSection, ThatDoesNotExistIsRefusedAndEndsTheRun)
     talk.Expect(FailureFrame(reason));
     talk.ExpectClosed();
     talk.End();
-    EXPECT_EQ(talk.Helper().Story(), Printed(reason) + next_request_failed);
+    EXPECT_EQ(talk.Helper().PlainLog(), Printed(reason) + next_request_failed);
 }
 
 TEST(ParentsSection, SmallerThanAnnouncedIsRefusedAndEndsTheRun)
@@ -145,7 +145,7 @@ TEST(ParentsSection, SmallerThanAnnouncedIsRefusedAndEndsTheRun)
     talk.Expect(FailureFrame(reason));
     talk.ExpectClosed();
     talk.End();
-    EXPECT_EQ(talk.Helper().Story(), Printed(reason) + next_request_failed);
+    EXPECT_EQ(talk.Helper().PlainLog(), Printed(reason) + next_request_failed);
 }
 
 TEST(ParentsSection, AnnouncedBadlyIsRefusedAndEndsTheRun)
@@ -166,7 +166,8 @@ TEST(ParentsSection, AnnouncedBadlyIsRefusedAndEndsTheRun)
                         "7300 6500 7200 6900 6100 6C00 6900 7300 6500 2000 6400 6100 7400 6100 0000"));
         talk.ExpectClosed();
         talk.End();
-        EXPECT_EQ(talk.Helper().Story(), Printed(u"Failed to serialise data") + next_request_failed) << Show(payload);
+        EXPECT_EQ(talk.Helper().PlainLog(), Printed(u"Failed to serialise data") + next_request_failed)
+            << Show(payload);
     }
 }
 
@@ -357,7 +358,7 @@ TEST(Growth, AnsweredByASectionThatDoesNotExist)
         run.talk.Send(CallFrame(TargetLibrary("vorn_recorder"), function, std::string("SIGNATURE_") + function));
         run.talk.ExpectClosed();
         run.talk.End();
-        EXPECT_EQ(run.talk.Helper().Story(), "");
+        EXPECT_EQ(run.talk.Helper().PlainLog(), "");
     }
 }
 
@@ -390,7 +391,7 @@ TEST(Growth, AnsweredByTheEndOfTheStream)
         run.talk.Send(OrderlyStop());
     run.talk.ExpectClosed();
     run.talk.End();
-    EXPECT_EQ(run.talk.Helper().Story(), "");
+    EXPECT_EQ(run.talk.Helper().PlainLog(), "");
 }
 
 // What is missing of the length counts as ones: half an answer is no agreement.
@@ -401,12 +402,12 @@ TEST(Growth, AnsweredByTheEndOfTheStreamInsideAnAnswer)
     run.talk.EndStream();
     run.talk.ExpectClosed();
     run.talk.End();
-    EXPECT_EQ(run.talk.Helper().Story(), "commfunc error: ReadFile() returns with error\n"
-                                         "commfunc error: Back (error) from ReadDataFromPipe() 1\n"
-                                         "commfunc error: Failed on write\n"
-                                         "commfunc error: ReadFile() returns with error\n"
-                                         "commfunc error: Back (error) from ReadDataFromPipe() mini\n" +
-                                             Printed(SystemText(u"Bad file descriptor", 6)) + next_request_failed);
+    EXPECT_EQ(run.talk.Helper().PlainLog(), "commfunc error: ReadFile() returns with error\n"
+                                            "commfunc error: Back (error) from ReadDataFromPipe() 1\n"
+                                            "commfunc error: Failed on write\n"
+                                            "commfunc error: ReadFile() returns with error\n"
+                                            "commfunc error: Back (error) from ReadDataFromPipe() mini\n" +
+                                                Printed(SystemText(u"Bad file descriptor", 6)) + next_request_failed);
 }
 
 // The payload's rest is no refusal's text, but the refusal stands; and with the pipe the section was given up too.
@@ -417,10 +418,10 @@ TEST(Growth, AnsweredByTheEndOfTheStreamInsideARefusal)
     run.talk.EndStream();
     run.talk.ExpectClosed();
     run.talk.End();
-    EXPECT_EQ(run.talk.Helper().Story(), "commfunc error: Failed on write\n"
-                                         "commfunc error: ReadFile() returns with error\n"
-                                         "commfunc error: Back (error) from ReadDataFromPipe() mini\n" +
-                                             Printed(SystemText(u"Bad file descriptor", 6)) + next_request_failed);
+    EXPECT_EQ(run.talk.Helper().PlainLog(), "commfunc error: Failed on write\n"
+                                            "commfunc error: ReadFile() returns with error\n"
+                                            "commfunc error: Back (error) from ReadDataFromPipe() mini\n" +
+                                                Printed(SystemText(u"Bad file descriptor", 6)) + next_request_failed);
 }
 
 // An agreement with half a payload is one; but with the pipe the section was given up, and the results have no place.
@@ -431,23 +432,23 @@ TEST(Growth, AnsweredByTheEndOfTheStreamInsideAnAgreement)
     run.talk.EndStream();
     run.talk.ExpectClosed();
     run.talk.End();
-    EXPECT_EQ(run.talk.Helper().Story(), "");
+    EXPECT_EQ(run.talk.Helper().PlainLog(), "");
 }
 
 TEST(Growth, CutAtEveryByteOfItsAnswer)
 {
-    const std::string story = "commfunc error: ReadFile() returns with error\n"
-                              "commfunc error: Back (error) from ReadDataFromPipe() 0\n"
-                              "commfunc error: Failed on write\n"
-                              "commfunc error: ReadFile() returns with error\n"
-                              "commfunc error: Back (error) from ReadDataFromPipe() mini\n" +
-                              Printed(SystemText(u"Bad file descriptor", 6)) + next_request_failed;
+    const std::string log = "commfunc error: ReadFile() returns with error\n"
+                            "commfunc error: Back (error) from ReadDataFromPipe() 0\n"
+                            "commfunc error: Failed on write\n"
+                            "commfunc error: ReadFile() returns with error\n"
+                            "commfunc error: Back (error) from ReadDataFromPipe() mini\n" +
+                            Printed(SystemText(u"Bad file descriptor", 6)) + next_request_failed;
     for (std::size_t cut = 0; cut < SuccessFrame().size(); ++cut) {
         Growing run(1);
         run.talk.Send(First(cut, SuccessFrame()));
         run.talk.Close();
         run.talk.End();
-        EXPECT_EQ(run.talk.Helper().Story(), story);
+        EXPECT_EQ(run.talk.Helper().PlainLog(), log);
     }
 }
 
@@ -457,7 +458,7 @@ TEST(Growth, CutInsideThePayloadOfItsAnswer)
     run.talk.Send(Hex("45 00000010 FFFFFFFF"));
     run.talk.Close();
     run.talk.End();
-    EXPECT_NE(run.talk.Helper().Story().find("commfunc error: Back (error) from ReadDataFromPipe() 1\n"),
+    EXPECT_NE(run.talk.Helper().PlainLog().find("commfunc error: Back (error) from ReadDataFromPipe() 1\n"),
               std::string::npos);
 }
 
@@ -472,7 +473,7 @@ TEST(Growth, CutAtEveryByteOfItsAnnouncement)
         talk.Expect(First(taken, ResizeFrame(talk.SectionName(u'0'), 56)));
         talk.Close();
         talk.End();
-        EXPECT_TRUE(talk.Helper().Story().ends_with(next_request_failed)) << talk.Helper().Story();
+        EXPECT_TRUE(talk.Helper().PlainLog().ends_with(next_request_failed)) << talk.Helper().PlainLog();
     }
 }
 
@@ -486,10 +487,10 @@ TEST(Growth, ThatCanTBeMadeTakesTheChannelDown)
     talk.Send(read_file);
     talk.ExpectClosed();
     talk.End();
-    EXPECT_EQ(talk.Helper().Story(), "commfunc error: Failed on write\n"
-                                     "commfunc error: ReadFile() returns with error\n"
-                                     "commfunc error: Back (error) from ReadDataFromPipe() mini\n" +
-                                         Printed(SystemText(u"Bad file descriptor", 6)) + next_request_failed);
+    EXPECT_EQ(talk.Helper().PlainLog(), "commfunc error: Failed on write\n"
+                                        "commfunc error: ReadFile() returns with error\n"
+                                        "commfunc error: Back (error) from ReadDataFromPipe() mini\n" +
+                                            Printed(SystemText(u"Bad file descriptor", 6)) + next_request_failed);
 }
 
 TEST(Growth, OnANameThatASectionHas)
@@ -526,7 +527,7 @@ TEST(Growth, IntoASectionThatTheParentShrinks)
         run.talk.Send(OrderlyStop());
     }
     run.talk.End();
-    EXPECT_EQ(run.talk.Helper().Story(), "");
+    EXPECT_EQ(run.talk.Helper().PlainLog(), "");
 }
 
 TEST(ParentsSection, ShrunkBetweenTwoCalls)

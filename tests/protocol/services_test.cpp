@@ -22,7 +22,7 @@ Bytes Message(std::uint32_t number, const WideString &text)
     return ErrorFrame(0xFFFFFFFF, number, text);
 }
 
-/// A directory in which a library of tests/targets goes by the name that all of these tests search for.
+/// A directory with a library of tests/targets under the name that all of these tests search for.
 class LibraryDirectory
 {
 public:
@@ -68,7 +68,7 @@ TEST(Path, DecidesWhichLibraryALaterLoadFinds)
     ExpectAnswer(talk, section, 1);
     talk.Send(OrderlyStop());
     talk.End();
-    EXPECT_NE(talk.Helper().Story().find("kessil debug: Working with AddPath\n"), std::string::npos);
+    EXPECT_NE(talk.Helper().PlainLog().find("kessil debug: Working with AddPath\n"), std::string::npos);
 }
 
 TEST(Path, ListIsSearchedInItsOrder)
@@ -97,23 +97,23 @@ TEST(Path, NewPartStandsBeforeTheOldWithASeparator)
 {
     const WideString old_path = [] {
         Conversation talk(0);
-        Section section = Announce(talk, told_size);
-        talk.Load(TargetLibrary("tells_process"));
-        WideString path = Told(talk, section, 0);
+        Section section = Announce(talk, report_size);
+        talk.Load(TargetLibrary("reports_process"));
+        WideString path = Report(talk, section, 0);
         talk.Send(OrderlyStop());
         return path;
     }();
     const WideString separator = on_windows ? u";" : u":";
     Conversation talk(0);
-    Section section = Announce(talk, told_size);
+    Section section = Announce(talk, report_size);
     talk.Send(PathFrame(u"C:\\a"));
     talk.Expect(SuccessFrame());
     talk.Send(PathFrame(u"C:\\b" + separator + u"C:\\c"));
     talk.Expect(SuccessFrame());
     talk.Send(PathFrame(u""));
     talk.Expect(SuccessFrame());
-    talk.Load(TargetLibrary("tells_process"));
-    EXPECT_EQ(Told(talk, section, 0),
+    talk.Load(TargetLibrary("reports_process"));
+    EXPECT_EQ(Report(talk, section, 0),
               separator + u"C:\\b" + separator + u"C:\\c" + separator + u"C:\\a" + separator + old_path);
     talk.Send(OrderlyStop());
 }
@@ -127,8 +127,8 @@ TEST(Message, IsAlwaysAnError)
     talk.Expect(Message(1234, on_windows ? u"Kein Zugriff f\u00FCr \u20AC.\r\n" : u"Kein Zugriff f\u00FCr \u20AC.\n"));
     talk.Send(OrderlyStop());
     talk.End();
-    EXPECT_EQ(talk.Helper().Story().find("ERROR"), std::string::npos);
-    EXPECT_NE(talk.Helper().Story().find("kessil debug: Working with ReadErrDLL\n"), std::string::npos);
+    EXPECT_EQ(talk.Helper().PlainLog().find("ERROR"), std::string::npos);
+    EXPECT_NE(talk.Helper().PlainLog().find("kessil debug: Working with ReadErrDLL\n"), std::string::npos);
 }
 
 TEST(Message, NumberThatTheFileLacksIsTakenForACodeOfTheSystem)

@@ -30,7 +30,7 @@ std::string OutputOf(const std::vector<WideString> &arguments)
     return ReadText(output);
 }
 
-TEST(CommandLine, TellsItsUsageAndLeavesNoLog)
+TEST(CommandLine, PrintsItsUsageAndLeavesNoLog)
 {
     const std::vector<std::vector<WideString>> unusable = {
         {},
@@ -80,10 +80,10 @@ TEST(CommandLine, LetsTheLastOfTwoOptionsWin)
     talk.End();
     EXPECT_FALSE(fs::exists(talk.Helper().Directory() / "first"));
     EXPECT_FALSE(fs::exists(talk.Helper().Directory() / "kessil_log.out"));
-    EXPECT_EQ(talk.Helper().Story("second"), "kessil debug: Ready for logging:  log_file==second, log_level==2\n"
-                                             "kessil debug: Attached to comm\n"
-                                             "kessil debug: Exiting on account of command 1\n"
-                                             "commfunc debug: Closing handle m_hNamedPipe #\n");
+    EXPECT_EQ(talk.Helper().PlainLog("second"), "kessil debug: Ready for logging:  log_file==second, log_level==2\n"
+                                                "kessil debug: Attached to comm\n"
+                                                "kessil debug: Exiting on account of command 1\n"
+                                                "commfunc debug: Closing handle m_hNamedPipe #\n");
 }
 
 TEST(CommandLine, TakesAnEmptyFileNameForTheDefault)
@@ -117,10 +117,10 @@ TEST(Log, HasOneLineForEachRecord)
     Conversation talk(0);
     talk.Send(OrderlyStop());
     talk.End();
-    EXPECT_EQ(talk.Helper().Story(), "kessil debug: Ready for logging:  log_file==kessil_log.out, log_level==2\n"
-                                     "kessil debug: Attached to comm\n"
-                                     "kessil debug: Exiting on account of command 1\n"
-                                     "commfunc debug: Closing handle m_hNamedPipe #\n");
+    EXPECT_EQ(talk.Helper().PlainLog(), "kessil debug: Ready for logging:  log_file==kessil_log.out, log_level==2\n"
+                                        "kessil debug: Attached to comm\n"
+                                        "kessil debug: Exiting on account of command 1\n"
+                                        "commfunc debug: Closing handle m_hNamedPipe #\n");
 }
 
 TEST(Log, IsNotNeeded)
@@ -150,7 +150,7 @@ std::string Refusal(const WideString &reason, const WideString &pipe)
     return Printed(reason + u" (" + pipe + u")");
 }
 
-// All three roads at once, because each takes its half minute. On Windows only the last of them is waited for.
+// All three at once, because each takes half a minute. On Windows only the last of them is waited for.
 TEST(Attach, WaitsHalfAMinuteForThePipe)
 {
     const auto before = std::chrono::steady_clock::now();
@@ -172,9 +172,9 @@ TEST(Attach, WaitsHalfAMinuteForThePipe)
     EXPECT_GE(taken, std::chrono::milliseconds(29900));
     EXPECT_LE(taken, std::chrono::seconds(50));
     const WideString not_there = SystemText(u"No such file or directory", 2);
-    EXPECT_EQ(absent.Story(), Refusal(not_there, PipePath(absent)));
-    EXPECT_EQ(refused.Story(), Refusal(on_windows ? not_there : u"Connection refused", PipePath(refused)));
-    EXPECT_EQ(busy.Story(), Refusal(SystemText(u"Resource temporarily unavailable", 121), PipePath(busy)));
+    EXPECT_EQ(absent.PlainLog(), Refusal(not_there, PipePath(absent)));
+    EXPECT_EQ(refused.PlainLog(), Refusal(on_windows ? not_there : u"Connection refused", PipePath(refused)));
+    EXPECT_EQ(busy.PlainLog(), Refusal(SystemText(u"Resource temporarily unavailable", 121), PipePath(busy)));
 }
 
 TEST(Attach, FindsAPipeThatIsFreeLater)
@@ -197,10 +197,10 @@ TEST(Attach, FailsAtOnceForANameThatCanBeNoPipe)
     run.Start({platform::FromUtf8(name), u"--log_level", u"debug"});
     run.End();
     const std::string ready = "kessil debug: Ready for logging:  log_file==kessil_log.out, log_level==2\n";
-    if (on_windows) // which code the system gives is its own affair
-        EXPECT_TRUE(run.Story().starts_with(ready + "ERROR: '") && run.Story().ends_with(" (" + name + ")'\n"));
+    if (on_windows) // the code is the system's
+        EXPECT_TRUE(run.PlainLog().starts_with(ready + "ERROR: '") && run.PlainLog().ends_with(" (" + name + ")'\n"));
     else
-        EXPECT_EQ(run.Story(), ready + "ERROR: 'File name too long (" + name + ")'\n");
+        EXPECT_EQ(run.PlainLog(), ready + "ERROR: 'File name too long (" + name + ")'\n");
 }
 
 } // namespace

@@ -26,8 +26,8 @@ inline constexpr std::string_view sanitizers = KESSIL_TEST_SANITIZERS;
 /// No wait of a test lasts longer than this.
 platform::Deadline WaitLimit();
 
-/// The parent's end of a pipe, bare: it can also do what no decent parent does. Every operation that runs into the
-/// limit throws.
+/// The parent's end of a pipe, bare: it can also do what a correct parent never does. Every operation that runs into
+/// the limit throws.
 class PipeEnd
 {
 public:

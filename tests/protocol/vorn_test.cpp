@@ -105,7 +105,7 @@ TEST(Vorn, GetErrorTextOfASizeOfNothingEndsTheRun)
     vorn.Ask("VornGetErrorText", ErrorTextInList(Hex("00000000")));
     vorn.talk.ExpectClosed();
     vorn.talk.End();
-    EXPECT_EQ(vorn.talk.Helper().Story(), "");
+    EXPECT_EQ(vorn.talk.Helper().PlainLog(), "");
 }
 
 TEST(Vorn, FailureFrameByteForByte)
@@ -119,7 +119,7 @@ TEST(Vorn, FailureFrameByteForByte)
                          "5600 6F00 7200 6E00 4300 6C00 6F00 7300 6500 4400 6900 7200 2900 0000"));
     vorn.talk.Send(OrderlyStop());
     vorn.talk.End();
-    EXPECT_EQ(vorn.talk.Helper().Story(), "");
+    EXPECT_EQ(vorn.talk.Helper().PlainLog(), "");
 }
 
 TEST(Vorn, BlockLengthThatPassesTheSection)

@@ -102,7 +102,7 @@ const std::string long_items = "00000002"
                                "00000001 63 0000000000000005 80000000 87654321";
 
 // The commands of one path: a listing, one that the adapter left null, and a failure that left a listing all the same.
-// `skips` tells the conduct on a failed read; `logged` is what the log gets before the call, "@" being the path.
+// `skips` says what a failed read does; `logged` is what the log gets before the call, "@" being the path.
 struct PathCommand
 {
     std::string name;
@@ -312,7 +312,7 @@ std::vector<AdapterRow> MakeInventoryRows()
             .error_failure = u"",
             .output_failure = u"",
         },
-        // The three rows tell each flag from each other one.
+        // The three rows distinguish each flag from the others.
         {
             .function = "CreateBackupOptions",
             .signature = "SIGNATURE_VADPCreateBackupOptions",
@@ -770,7 +770,7 @@ std::vector<CommandRow> MakeInventoryCommands()
             .cuts = EachCut(2, {std::vector<std::string>{"FreeCredentials credentials=0x501"} + ErrorTaken("null"),
                                 StatusFailed("boom")}),
         },
-        // The three rows tell each flag from each other one.
+        // The three rows distinguish each flag from the others.
         {
             .function = "CreateBackupOptions",
             .command = 4,

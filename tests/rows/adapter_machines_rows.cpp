@@ -52,10 +52,10 @@ std::string Zeros(std::size_t bytes)
 
 namespace {
 
-// What tells of a negative number: a word that says whether the values could be read, and the text only if not.
-const std::string told_after_good_reads = "00000001";
+// The answer to a negative number: a status that says whether the values could be read, and the text only if not.
+const std::string refused_after_good_reads = "00000001";
 
-const std::string told_after_a_failed_read =
+const std::string refused_after_a_failed_read =
     "FFFFFFFF" + Text("Invalid input: negative numbers are not allowed.").bytes;
 
 // What an unread block looks like to the adapter, and the answer with no sectors.
@@ -730,7 +730,7 @@ const std::vector<CommandRow> &MachinesCommands()
                       "FFFFFF9D 00000001 78 00000001" + StatusFailed("boom")}},
         },
         {
-            // A negative start is told ahead of everything else, and read all the same.
+            // A negative start is answered ahead of everything else, and read all the same.
             .function = "ReadSectors",
             .command = 57,
             .signature = "SIGNATURE_VADPReadSectors",
@@ -739,14 +739,14 @@ const std::vector<CommandRow> &MachinesCommands()
             .script = "result=1 log=x level=1",
             .error_text = "",
             .seen = {"ReadSectors disk=0x601 start=18446744073709551615 count=1 data="},
-            .reply = told_after_good_reads + "FFFFFF9D 00000001 78 00000001" + no_log + "00000200" + Zeros(512),
+            .reply = refused_after_good_reads + "FFFFFF9D 00000001 78 00000001" + no_log + "00000200" + Zeros(512),
             .logged = {},
-            .cuts = {{{"ReadSectors disk=0x601 start=0 count=0" + no_data},
-                      "FFFFFF9D 00000001 78 00000001" + no_sectors},
-                     {{"ReadSectors disk=0x601 start=18446744073709551615 count=0" + no_data},
-                      told_after_a_failed_read + "FFFFFF9D 00000001 78 00000001" + no_sectors},
-                     {{"ReadSectors disk=0x601 start=18446744073709551615 count=1 data="},
-                      told_after_a_failed_read + "FFFFFF9D 00000001 78 00000001" + no_log + "00000200" + Zeros(512)}},
+            .cuts =
+                {{{"ReadSectors disk=0x601 start=0 count=0" + no_data}, "FFFFFF9D 00000001 78 00000001" + no_sectors},
+                 {{"ReadSectors disk=0x601 start=18446744073709551615 count=0" + no_data},
+                  refused_after_a_failed_read + "FFFFFF9D 00000001 78 00000001" + no_sectors},
+                 {{"ReadSectors disk=0x601 start=18446744073709551615 count=1 data="},
+                  refused_after_a_failed_read + "FFFFFF9D 00000001 78 00000001" + no_log + "00000200" + Zeros(512)}},
         },
         {
             .function = "WriteSectors",
@@ -783,7 +783,7 @@ const std::vector<CommandRow> &MachinesCommands()
                       StatusFailed("boom")}},
         },
         {
-            // A negative count is told ahead of everything else, and written all the same.
+            // A negative count is answered ahead of everything else, and written all the same.
             .function = "WriteSectors",
             .command = 58,
             .signature = "SIGNATURE_VADPWriteSectors",
@@ -792,14 +792,14 @@ const std::vector<CommandRow> &MachinesCommands()
             .script = "result=1 peek=2 log=x level=1",
             .error_text = "",
             .seen = {"WriteSectors disk=0x601 start=3 count=18446744073709551615 data=1011"},
-            .reply = told_after_good_reads + "FFFFFF9D 00000001 78 00000001" + status_okay,
+            .reply = refused_after_good_reads + "FFFFFF9D 00000001 78 00000001" + status_okay,
             .logged = {},
             .cuts = {{{"WriteSectors disk=0x601 start=0 count=0" + no_data},
                       "FFFFFF9D 00000001 78 00000001" + status_okay},
                      {{"WriteSectors disk=0x601 start=3 count=0" + no_data},
                       "FFFFFF9D 00000001 78 00000001" + status_okay},
                      {{"WriteSectors disk=0x601 start=3 count=18446744073709551615" + no_data},
-                      told_after_a_failed_read + "FFFFFF9D 00000001 78 00000001" + status_okay}},
+                      refused_after_a_failed_read + "FFFFFF9D 00000001 78 00000001" + status_okay}},
         },
         {
             .function = "WriteSectors",
@@ -811,17 +811,17 @@ const std::vector<CommandRow> &MachinesCommands()
             .error_text = "boom",
             .seen = std::vector<std::string>{"WriteSectors disk=0x601 start=9223372036854775808 count=1" + no_data} +
                     ErrorTaken("0x99"),
-            .reply = told_after_good_reads + StatusFailed("boom"),
+            .reply = refused_after_good_reads + StatusFailed("boom"),
             .logged = {},
             .cuts = {{std::vector<std::string>{"WriteSectors disk=0x601 start=0 count=0" + no_data} +
                           ErrorTaken("0x99"),
                       StatusFailed("boom")},
                      {std::vector<std::string>{"WriteSectors disk=0x601 start=9223372036854775808 count=0" + no_data} +
                           ErrorTaken("0x99"),
-                      told_after_a_failed_read + StatusFailed("boom")},
+                      refused_after_a_failed_read + StatusFailed("boom")},
                      {std::vector<std::string>{"WriteSectors disk=0x601 start=9223372036854775808 count=1" + no_data} +
                           ErrorTaken("0x99"),
-                      told_after_a_failed_read + StatusFailed("boom")}},
+                      refused_after_a_failed_read + StatusFailed("boom")}},
         },
         {
             // No pairs.

@@ -97,8 +97,8 @@ AdapterRow RestoreFails(const RestoreName &name, const std::vector<Step> &before
     return row;
 }
 
-// Calls that move data in bulk don't tell the log that they run.
-AdapterRow Quiet(AdapterRow row)
+// Calls that move data in bulk don't log that they run.
+AdapterRow WithoutEntryLog(AdapterRow row)
 {
     row.logged = {};
     return row;
@@ -177,19 +177,21 @@ const std::vector<AdapterRow> &RestoreRows()
         RestoreOkay("OpenRestoreFileIncremental", sessions, {"00000003", Str(""), "00000000"}, " file=0x601",
                     "OpenRestoreFileIncremental session=null path=\"\" third=0 file=null", "00000000"),
 
-        Quiet(RestoreOkay("WriteRestoreFile", files, {"00000001", "00000003 AA00BB"}, "",
-                          "WriteRestoreFile file=0x601 data=AA00BB length=3")),
-        Quiet(RestoreFails("WriteRestoreFile", files, {"00000002", "00000000"}, "",
-                           "WriteRestoreFile file=0x602 data= length=0")),
-        Quiet(RestoreOkay("WriteRestoreFile", files, {"00000003", "00000001 AA"}, "",
-                          "WriteRestoreFile file=null data=AA length=1")),
+        WithoutEntryLog(RestoreOkay("WriteRestoreFile", files, {"00000001", "00000003 AA00BB"}, "",
+                                    "WriteRestoreFile file=0x601 data=AA00BB length=3")),
+        WithoutEntryLog(RestoreFails("WriteRestoreFile", files, {"00000002", "00000000"}, "",
+                                     "WriteRestoreFile file=0x602 data= length=0")),
+        WithoutEntryLog(RestoreOkay("WriteRestoreFile", files, {"00000003", "00000001 AA"}, "",
+                                    "WriteRestoreFile file=null data=AA length=1")),
 
-        Quiet(RestoreOkay("WriteRestoreFileIncremental", files, {"00000001", "00000003 AA00BB", "FEDCBA9876543210"}, "",
-                          "WriteRestoreFileIncremental file=0x601 data=AA00BB length=3 offset=18364758544493064720")),
-        Quiet(RestoreFails("WriteRestoreFileIncremental", files, {"00000002", "00000000", "0000000000000001"}, "",
-                           "WriteRestoreFileIncremental file=0x602 data= length=0 offset=1")),
-        Quiet(RestoreOkay("WriteRestoreFileIncremental", files, {"00000003", "00000001 AA", "0000000000000000"}, "",
-                          "WriteRestoreFileIncremental file=null data=AA length=1 offset=0")),
+        WithoutEntryLog(
+            RestoreOkay("WriteRestoreFileIncremental", files, {"00000001", "00000003 AA00BB", "FEDCBA9876543210"}, "",
+                        "WriteRestoreFileIncremental file=0x601 data=AA00BB length=3 offset=18364758544493064720")),
+        WithoutEntryLog(RestoreFails("WriteRestoreFileIncremental", files, {"00000002", "00000000", "0000000000000001"},
+                                     "", "WriteRestoreFileIncremental file=0x602 data= length=0 offset=1")),
+        WithoutEntryLog(RestoreOkay("WriteRestoreFileIncremental", files,
+                                    {"00000003", "00000001 AA", "0000000000000000"}, "",
+                                    "WriteRestoreFileIncremental file=null data=AA length=1 offset=0")),
 
         RestoreOkay("CloseRestoreFile", files, {"00000001"}, " file=0", "CloseRestoreFile file=0x601"),
         RestoreFails("CloseRestoreFile", files, {"00000002"}, " file=0", "CloseRestoreFile file=0x602"),

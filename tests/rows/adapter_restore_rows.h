@@ -4,7 +4,7 @@
 
 namespace kessil::test {
 
-/// The names that a call of the group goes by. Most bear one name throughout.
+/// The names of a call. Most calls have one name throughout.
 struct RestoreName
 {
     RestoreName(const char *name) : RestoreName(name, name, std::string("SIGNATURE_VADP") + name) {}

@@ -4,7 +4,7 @@
 
 namespace kessil::test {
 
-/// The midrange client's rows, but for the three of parameter blocks, whose addresses nobody can tell beforehand.
+/// The midrange client's rows, but for the three of parameter blocks, whose addresses aren't known beforehand.
 const std::vector<Row> &CwbRows();
 
 /// The rows whose library fills something in, when it fails with 0x80000009 instead and fills nothing in.

@@ -3,9 +3,8 @@
 #include <dlfcn.h>
 #include <security/pam_appl.h>
 
-// To be preloaded: PAM as the tests need it. Its services stand in the directory that KESSIL_PAM_SERVICES names; it
-// knows ada under the name `alias` too; some accounts are not as they should be; and whatever it is told of the
-// password of `careful`, it refuses without having kept a copy.
+// To be preloaded: PAM as the tests need it. Its services are in the directory that KESSIL_PAM_SERVICES names; `alias`
+// is another name of ada; some accounts are broken; and every password of `careful` is refused and not kept.
 
 namespace {
 

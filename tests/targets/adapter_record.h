@@ -27,7 +27,7 @@ public:
     AdapterRecord &Text(const char *name, const char *value);
     AdapterRecord &Data(const char *name, const void *data, std::size_t size);
 
-    /// As many bytes as the script has under `peek`, for data whose length nobody tells.
+    /// As many bytes as the script has under `peek`, for data whose length is not passed.
     AdapterRecord &Peek(const char *name, const void *data);
 
     /// `null`, or hexadecimal behind 0x.

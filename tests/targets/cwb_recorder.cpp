@@ -5,7 +5,7 @@
 #include <numeric>
 #include <string>
 
-/// A midrange client that does nothing but tell what it was called with, and answer what it was told to: the script's
+/// A midrange client that records what it was called with and answers as the script says: the script's
 /// words have the names of the out-values. Handles and other numbers are recorded as hexadecimal, lengths as decimal.
 namespace {
 

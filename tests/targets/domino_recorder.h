@@ -2,7 +2,7 @@
 
 #include "target.h"
 
-/// A Notes library that does nothing but tell what it was called with, and answer what it was told to. The error
+/// A Notes library that records what it was called with and answers as the script says. The error
 /// message is the script's `message`; without one it is empty, and `message=null` makes it a null pointer.
 
 TARGET_EXPORT std::uint32_t DominoGetSession(const char *text);

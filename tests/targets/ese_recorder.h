@@ -2,7 +2,7 @@
 
 #include "target.h"
 
-/// An ESE backup library that does nothing but tell what it was called with, and answer what it was told to.
+/// An ESE backup library that records what it was called with and answers as the script says.
 ///
 /// Every function leaves the last error that the script has as `error`, whatever it returns. `instances=N` and
 /// `registered=N` hand out the first N of the records in ese_recorder.cpp, `list=` a list of wide strings by its bytes,

@@ -1,7 +1,7 @@
 #include "target.h"
 
 // Calls of an adapter whose results fill the whole register, as those of a function that returns one byte may: that
-// byte alone tells failure, here, or success.
+// byte alone says whether the call failed, here, or succeeded.
 
 TARGET_EXPORT std::uint64_t ListHosts(const char * /*path*/, void * /*credentials*/, void ** /*listing*/,
                                       void ** /*error*/)

@@ -11,7 +11,7 @@ RecordedCall On(const char *function, std::uint64_t mapi)
     return call;
 }
 
-std::uint32_t Tell(const char *function, std::uint64_t mapi)
+std::uint32_t Answer(const char *function, std::uint64_t mapi)
 {
     return On(function, mapi).Done().Result32();
 }
@@ -37,7 +37,7 @@ std::uint32_t MapiCreate(std::uint64_t *mapi)
 
 std::uint32_t MapiDelete(std::uint64_t mapi)
 {
-    return Tell("MapiDelete", mapi);
+    return Answer("MapiDelete", mapi);
 }
 
 std::uint32_t MapiRestore(std::uint64_t mapi, const char16_t *text)
@@ -52,7 +52,7 @@ std::uint32_t MapiFindFolder(std::uint64_t mapi, const char16_t *name, std::uint
 
 std::uint32_t MapiOpenFolderSearch(std::uint64_t mapi)
 {
-    return Tell("MapiOpenFolderSearch", mapi);
+    return Answer("MapiOpenFolderSearch", mapi);
 }
 
 std::uint32_t MapiGetNextFolder(std::uint64_t mapi, void *block, std::uint32_t length, std::uint32_t *count)
@@ -62,7 +62,7 @@ std::uint32_t MapiGetNextFolder(std::uint64_t mapi, void *block, std::uint32_t l
 
 std::uint32_t MapiCloseSearch(std::uint64_t mapi)
 {
-    return Tell("MapiCloseSearch", mapi);
+    return Answer("MapiCloseSearch", mapi);
 }
 
 std::uint32_t MapiOpenMailSearch(std::uint64_t mapi, const char16_t *text1, const char16_t *text2, std::uint32_t value)
@@ -112,7 +112,7 @@ std::uint32_t MapiWriteMail(std::uint64_t mapi, const void *block, std::uint32_t
 
 std::uint32_t MapiCloseMail(std::uint64_t mapi)
 {
-    return Tell("MapiCloseMail", mapi);
+    return Answer("MapiCloseMail", mapi);
 }
 
 std::uint32_t MapiLoginProfile(std::uint64_t mapi, const char16_t *profile)
@@ -134,7 +134,7 @@ std::uint32_t MapiCreateProfileWithIProfAdmin(std::uint64_t mapi, const char16_t
 
 std::uint32_t MapiDeleteProfile(std::uint64_t mapi)
 {
-    return Tell("MapiDeleteProfile", mapi);
+    return Answer("MapiDeleteProfile", mapi);
 }
 
 std::uint32_t MapiOpenMail(std::uint64_t mapi, const char16_t *id, std::uint16_t flag, char16_t *text1, char16_t *text2,

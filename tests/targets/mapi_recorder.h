@@ -2,7 +2,7 @@
 
 #include "target.h"
 
-/// A mail library that does nothing but tell what it was called with, and answer what it was told to. Its texts are of
+/// A mail library that records what it was called with and answers as the script says. Its texts are of
 /// 16-bit units; every text that it gives has room for 264 of them.
 
 TARGET_EXPORT std::uint32_t MapiCreate(std::uint64_t *mapi);

@@ -7,7 +7,7 @@
 #include <unistd.h>
 #endif
 
-/// A library that tells what the process is like that it runs in: VornGetErrorText gives, for code 0, the value of PATH
+/// A library that reports on the process that it runs in: VornGetErrorText gives, for code 0, the value of PATH
 /// that its own run-time library sees, and for code 1, on Linux, the effective user, group and supplementary groups of
 /// the calling thread, with a blank between each.
 namespace {

@@ -111,7 +111,7 @@ TEST_F(CallerAltTest, LoadAnswersWithABareOne)
     EXPECT_THAT(Logged(), IsEmpty());
 }
 
-TEST_F(CallerAltTest, LoadThatFailsAnswersWithABareMinusOneAndTellsTheLogWhy)
+TEST_F(CallerAltTest, LoadThatFailsAnswersWithABareMinusOneAndLogsWhy)
 {
     fake_module.load_code = 193;
     fake_module.load_text = u"not a valid library\r\n";
@@ -133,7 +133,7 @@ TEST_F(CallerAltTest, ReasonInTheLogHasTheLowByteOfEachUnit)
     EXPECT_THAT(Logged(), ElementsAre(std::string("error LibraryCaller: Load library failure:  \xFC\xAC\x3D\x00", 48)));
 }
 
-TEST_F(CallerAltTest, RefusalThatCantBeWrittenIsTold)
+TEST_F(CallerAltTest, RefusalThatCantBeWrittenIsLogged)
 {
     fake_pipe.FailWrite(232);
     caller->LoadLibraryW(u"a", channel);
@@ -143,7 +143,7 @@ TEST_F(CallerAltTest, RefusalThatCantBeWrittenIsTold)
                                       "error LibraryCaller: Failed to write failure result after loading library alt"));
 }
 
-TEST_F(CallerAltTest, LoadWhoseAnswerCantBeWrittenIsToldAndStillCounts)
+TEST_F(CallerAltTest, LoadWhoseAnswerCantBeWrittenIsLoggedAndStillCounts)
 {
     fake_module.Add(u"a", {{"one", Export(11)}});
     caller.emplace(rows, Hook);

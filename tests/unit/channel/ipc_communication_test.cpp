@@ -24,7 +24,7 @@ TEST_F(UnattachedTest, AttachWaitsThirtySecondsForThePipeAndSendsNothing)
     EXPECT_EQ(channel.SharedSize(), 0u);
 }
 
-TEST_F(UnattachedTest, AttachThatFailsTellsTheSystemsTextAndThePipesName)
+TEST_F(UnattachedTest, AttachThatFailsReportsTheSystemsTextAndThePipesName)
 {
     fake_pipe.connect_code = 121;
     EXPECT_FALSE(channel.Attach(u"pipe", error));
@@ -193,7 +193,7 @@ TEST_F(BlockTest, EndWithinABlockClosesAndSucceedsAllTheSame)
     EXPECT_EQ(error, u"text of 6\r\n");
 }
 
-TEST_F(BlockTest, FailedReadClosesAndTellsTheSystemsText)
+TEST_F(BlockTest, FailedReadClosesAndReportsTheSystemsText)
 {
     fake_pipe.FailRead(109);
     EXPECT_FALSE(Read(4));
@@ -219,7 +219,7 @@ TEST_F(ChannelTest, BlockIsWrittenInOnePiece)
     EXPECT_THAT(fake_pipe.writes, ElementsAre(3u));
 }
 
-TEST_F(ChannelTest, FailedWriteTellsTheSystemsTextAndLeavesTheChannelOpen)
+TEST_F(ChannelTest, FailedWriteReportsTheSystemsTextAndLeavesTheChannelOpen)
 {
     fake_pipe.FailWrite(232);
     EXPECT_FALSE(channel.WriteDataToPipe("abc", 3, error));
@@ -638,7 +638,7 @@ TEST_F(UnattachedTest, BeginMessageWithoutMemoryFails)
     EXPECT_EQ(error, u"Failed to allocate memory");
 }
 
-TEST_F(UnattachedTest, NumberWithoutMemoryRaisesAndTellsWhy)
+TEST_F(UnattachedTest, NumberWithoutMemoryRaisesAndLogsWhy)
 {
     ASSERT_TRUE(channel.BeginMessage('E', error));
     for (int i = 0; i < 254; ++i)

@@ -175,7 +175,7 @@ TEST_P(RecordTest, ExtraBytesAreIgnored)
     EXPECT_TRUE(Parse(GetParam().payload + Repeat(0x41, 100)));
 }
 
-// Whatever a flipped bit makes of the payload, the parser stays within it and either succeeds or tells why not.
+// Whatever a flipped bit makes of the payload, the parser stays within it and either succeeds or says why not.
 TEST_P(RecordTest, PayloadWithAnyBitFlipped)
 {
     const Bytes &payload = GetParam().payload;

@@ -267,7 +267,7 @@ TEST_F(SectionTest, AnyFrameButAnErrorIsAgreement)
     EXPECT_EQ(error, u"");
 }
 
-TEST_F(SectionTest, RefusalTellsTheParentsTextAndTheNewSectionStays)
+TEST_F(SectionTest, RefusalReportsTheParentsTextAndTheNewSectionStays)
 {
     GiveSection(u"sec0", Hex("01 02"));
     fake_pipe.Deliver(ErrorFrame(5, 6, u"no room"));
@@ -278,7 +278,7 @@ TEST_F(SectionTest, RefusalTellsTheParentsTextAndTheNewSectionStays)
     EXPECT_FALSE(fake_section.Has(u"sec1"));
 }
 
-TEST_F(SectionTest, MalformedRefusalTellsThat)
+TEST_F(SectionTest, MalformedRefusalIsReportedAsOne)
 {
     fake_pipe.Deliver(Frame('E', Be32(5) + Be32(6)));
     EXPECT_FALSE(channel.ResizeSharedMem(4, error));

@@ -338,7 +338,7 @@ TEST_F(BackupStateTest, ANumberThatCannotFailAsksForNoErrorText)
 TEST_F(BackupStateTest, ASnapshotByCommandFailsWhenAValueIsMissingThoughTheAdapterSucceeds)
 {
     stand_in.script["GetErrorMessage"] = "text=none";
-    fake_pipe.ends_quietly = true;
+    fake_pipe.ends_with_nothing = true;
     Command("SnapshotVM", "00000001 70", "result=1 timestamp=7");
     EXPECT_THAT(stand_in.lines,
                 ElementsAre("SnapshotVM path=\"p\" name=\"\" description=\"\" timestamp=0 credentials=null "
@@ -351,7 +351,7 @@ TEST_F(BackupStateTest, ASnapshotByCommandFailsWhenAValueIsMissingThoughTheAdapt
 
 TEST_F(BackupStateTest, TheDiskLibrarysValuesAreLoggedThoughOneIsMissing)
 {
-    fake_pipe.ends_quietly = true;
+    fake_pipe.ends_with_nothing = true;
     Command("InitVixDiskLib", "00000001 63", "result=1");
     EXPECT_THAT(FamilyLog(), ElementsAre("debug: ProcessAlt_VADPInitVixDiskLib()", "debug: config==c, lib=="));
 }

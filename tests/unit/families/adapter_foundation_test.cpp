@@ -331,7 +331,7 @@ TEST_F(ItemListTest, HasAMarkAheadOfTheCountWhereItIsAskedFor)
     EXPECT_EQ(fake_pipe.written, Hex("FFFFFC19 00000000"));
 }
 
-TEST_F(ItemListTest, ACountThatCanNotBeWrittenIsTold)
+TEST_F(ItemListTest, ACountThatCanNotBeWrittenIsLogged)
 {
     fake_pipe.FailWrite(232);
     EXPECT_FALSE(writeItemList(channel, list, false, false));
@@ -344,7 +344,7 @@ TEST_F(ItemListTest, ACountThatCanNotBeWrittenIsTold)
     EXPECT_THAT(FamilyLog(), ElementsAre("debug: Writing n_items==2", "error: Failed to write n items"));
 }
 
-// The n-th write fails; nothing follows it, and nothing is told.
+// The n-th write fails; nothing follows it, and nothing is logged.
 TEST_F(ItemListTest, EndsAtTheFirstWriteThatFails)
 {
     const std::vector<Bytes> writes = {Hex("00000002"),         Hex("00000002"), Hex("6162"),
@@ -431,8 +431,8 @@ TEST_F(ErrorMessageTest, StandsAloneInThePlaceOfAValue)
     EXPECT_EQ(fake_pipe.written, Hex("00000004 626F6F6D"));
 }
 
-// That the status didn't get through is nobody's business; that the text didn't is told.
-TEST_F(ErrorMessageTest, ThatCanNotBeWrittenIsTold)
+// A status that can't be written is not logged; a text that can't be is.
+TEST_F(ErrorMessageTest, ThatCanNotBeWrittenIsLogged)
 {
     fake_pipe.FailWrite(232);
     sendErrMsgAlt(channel, false, std::string("why"));
@@ -479,7 +479,7 @@ TEST_F(AltCallTest, ReadsInOrder)
 
 TEST_F(AltCallTest, WhatIsNotReadStaysAsItWas)
 {
-    fake_pipe.ends_quietly = true;
+    fake_pipe.ends_with_nothing = true;
     AltCall call(channel, "Handler", OnFailedRead::Call, EntryLog::None);
     EXPECT_TRUE(call.Read(handle, number, text, block));
     EXPECT_FALSE(call.ReadsOkay());
@@ -492,7 +492,7 @@ TEST_F(AltCallTest, WhatIsNotReadStaysAsItWas)
 
 TEST_F(AltCallTest, ABlockThatBreaksOffIsEmpty)
 {
-    fake_pipe.ends_quietly = true;
+    fake_pipe.ends_with_nothing = true;
     fake_pipe.Deliver(Hex("00000004"));
     AltCall call(channel, "Handler", OnFailedRead::Skip);
     EXPECT_FALSE(call.Read(block));

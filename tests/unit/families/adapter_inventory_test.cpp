@@ -34,7 +34,7 @@ protected:
         Forget();
         stand_in.lines.clear();
         stand_in.script[name] = script;
-        fake_pipe.ends_quietly = true;
+        fake_pipe.ends_with_nothing = true;
         Bytes bytes;
         for (const Value &value : values)
             bytes = bytes + Hex(value.bytes);
@@ -57,7 +57,7 @@ protected:
     static void *Object(std::uintptr_t number) { return reinterpret_cast<void *>(number); }
 };
 
-// The line that the adapter logs while it is asked for the text tells the two orders apart.
+// The line that the adapter logs while it is asked for the text shows which of the two comes first.
 TEST_F(InventoryCallsTest, VersionSendsTheLogAheadOfAskingForTheErrorText)
 {
     stand_in.script["GetErrorMessage"] = "log=asked level=2 text=";
@@ -80,7 +80,7 @@ TEST_F(InventoryCallsTest, VersionSendsTheLogAheadOfTheFirstOfItsTwoAnswers)
     EXPECT_EQ(Section(5), Hex("FFFFFFFF 00"));
 }
 
-TEST_F(InventoryCallsTest, VersionIsNotToldInTheLog)
+TEST_F(InventoryCallsTest, VersionIsNotLogged)
 {
     Call("VADPVersion", "00", "text=5");
     EXPECT_EQ(FamilyLog(), std::vector<std::string>());
@@ -291,7 +291,7 @@ TEST_F(InventoryCallsTest, ANullVersionByCommandEndsTheRun)
     EXPECT_THROW(Command("GetLibraryVersion", {}, ""), std::logic_error);
 }
 
-TEST_F(InventoryCallsTest, AVersionByCommandThatCanNotBeWrittenIsTold)
+TEST_F(InventoryCallsTest, AVersionByCommandThatCanNotBeWrittenIsLogged)
 {
     fake_pipe.FailWrite(5);
     EXPECT_EQ(Command("GetLibraryVersion", {}, "text=5"), Bytes());

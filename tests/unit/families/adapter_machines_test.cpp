@@ -310,7 +310,7 @@ TEST_F(MachinesSequenceTest, CreateVMKeepsTheFirstValueOfAKey)
 TEST_F(MachinesSequenceTest, CreateVMGoesOnWithEmptyTextsWhenPairsDontCome)
 {
     stand_in.script["CreateVM"] = "result=1";
-    fake_pipe.ends_quietly = true;
+    fake_pipe.ends_with_nothing = true;
     Bytes values = Be64(1000);
     for (const char *const text : {"1", "2", "3", "k"})
         values = values + ValueOf(Text(text));
@@ -325,7 +325,7 @@ TEST_F(MachinesSequenceTest, CreateVMGoesOnWithEmptyTextsWhenPairsDontCome)
 TEST_F(MachinesSequenceTest, CreateVMReadsItsPairsAfterAFailedReadToo)
 {
     stand_in.script["CreateVM"] = "result=1";
-    fake_pipe.ends_quietly = true;
+    fake_pipe.ends_with_nothing = true;
     // The first text is refused for its length alone, and what follows is read as a pair.
     Command("CreateVM", Be64(1) + Be32(1025) + ValueOf(Text("k")) + ValueOf(Text("v")));
     EXPECT_THAT(stand_in.lines, ElementsAre("CreateVM first=\"\" second=\"\" third=\"\" credentials=null "
@@ -465,7 +465,7 @@ TEST_F(MachinesResultTest, HasOneByteThatCountsInTheSecondGeneration)
     for (const std::string function : {"GetVMConfig", "GetSnapshotConfig", "OpenDisk", "PowerOnVaioVM",
                                        "PowerOffVaioVM", "DeleteVaioVM", "CloneVM", "AttachPolicy"}) {
         const Handler handler = Handlers(SignatureOf(function)).second;
-        fake_pipe.ends_quietly = true;
+        fake_pipe.ends_with_nothing = true;
         fake_pipe.Deliver(Be32(succeeding) + Repeat('x', succeeding));
         handler(channel, Length());
         EXPECT_THAT(stand_in.lines, IsEmpty()) << function;

@@ -29,7 +29,7 @@ protected:
     void Command(const RestoreName &name, const Bytes &values, const std::string &script)
     {
         Begin(name, script);
-        fake_pipe.ends_quietly = true;
+        fake_pipe.ends_with_nothing = true;
         CallWithValues(name.function, name.signature, values);
     }
 
@@ -51,7 +51,7 @@ protected:
         return "CreateACLInfo length=1 data=AA key=\"" + key + "\" second=\"s\" aclinfo=" + aclinfo;
     }
 
-    // Which of the objects a handle stands for, as the adapter is told.
+    // Which object a handle stands for, as the adapter gets it.
     void ExpectSession(const std::string &handle, const std::string &address)
     {
         Call(power_on, {handle}, "result=1", "00");
@@ -140,7 +140,7 @@ TEST_F(RestoreSequenceTest, PrepareVMRestoreIncrementalByCommandIsNotCalledWhenA
     EXPECT_EQ(g_vRestoreSession.Size(), 0U);
 }
 
-TEST_F(RestoreSequenceTest, PrepareVMRestoreByCommandTellsTheSizeOfTheTableEvenWhenASlotWasReused)
+TEST_F(RestoreSequenceTest, PrepareVMRestoreByCommandLogsTheSizeOfTheTableEvenWhenASlotWasReused)
 {
     Take(restore_sessions);
     Call("EndVMRestore", {"00000001", "00"}, "result=1", "00");
@@ -387,7 +387,7 @@ TEST_F(RestoreSequenceTest, AddFolderByCommandTakesALengthThatIsNotThePaths)
     EXPECT_EQ(FamilyLog(), Lines({"debug: ProcessAlt_VADPAddFolder()", "debug: elLen==255", "debug: elPath==f"}));
 }
 
-TEST_F(RestoreSequenceTest, AddFolderByCommandTellsTheLogWhatCameEvenWhenAReadFailed)
+TEST_F(RestoreSequenceTest, AddFolderByCommandLogsWhatCameEvenWhenAReadFailed)
 {
     Command("AddFolder", "000000FF", "result=1", "FFFFFFFF 00000004 626F6F6D");
     EXPECT_EQ(FamilyLog(), Lines({"debug: ProcessAlt_VADPAddFolder()", "debug: elLen==255", "debug: elPath=="}));
@@ -449,7 +449,7 @@ TEST_F(RestoreSequenceTest, ATextOf1024BytesPassesAndOneOf1025DoesNot)
     EXPECT_EQ(stand_in.lines, ErrorTaken("null"));
 }
 
-// What the adapter logs while it is asked for the error text tells when that was.
+// What the adapter logs while it is asked for the error text shows when that was.
 TEST_F(RestoreSequenceTest, TakesTheErrorTextAheadOfTheLogInThreeCommandsAndBehindItInTheOthers)
 {
     const std::set<std::string> early = {"PrepareVMRestore", "SetOverrideValue", "OpenRestoreFile"};

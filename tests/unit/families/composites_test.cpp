@@ -402,7 +402,7 @@ TEST(RecordComposite, WithoutItsNameEndsTheCall)
     EXPECT_THROW(instance.Fill({1, nullptr, 0, 0, nullptr, 0, nullptr}), std::invalid_argument);
 }
 
-// Cut and flipped. What a composite holds is told here once more, as plain values, with how they lie in a section.
+// Cut and flipped. What a composite holds stands here once more, as plain values, with how they lie in a section.
 
 struct Block
 {

@@ -127,7 +127,7 @@ TEST_F(CwbTest, AddParmRefusesItsInputWhereverItIsCut)
     EXPECT_THAT(stand_in.lines, IsEmpty());
 }
 
-// The library has the block, the parent never hears of it.
+// The library has the block, and the parent gets no address of it.
 TEST_F(CwbTest, AddParmRefusesItsOutputOnceTheTargetHasRun)
 {
     Row row = {};

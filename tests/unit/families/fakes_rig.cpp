@@ -146,7 +146,7 @@ void FakesRig::Command(const CommandRow &row, const Bytes &values)
 
 void FakesRig::CutCommand(const CommandRow &row, const Bytes &values)
 {
-    fake_pipe.ends_quietly = true;
+    fake_pipe.ends_with_nothing = true;
     CallWithValues(row.function, row.signature, values);
 }
 

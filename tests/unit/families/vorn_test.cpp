@@ -108,7 +108,7 @@ TEST_F(VornTest, ExceptionOfTheLibraryPassesThrough)
 
 // Error texts: a text element of 8 bytes at offset 24 and the limit behind it, which is also that of the library's
 // text.
-class ErrorTextTest : public VornTest
+class VornErrorTextTest : public VornTest
 {
 protected:
     void Ask(std::uint32_t limit, std::size_t room_behind)
@@ -122,7 +122,7 @@ protected:
 
 // The limit is the size element's value and not the text element's length: the size is written over what came behind
 // the element, and the rest of the text stands behind that.
-TEST_F(ErrorTextTest, LimitBeyondTheElementReachesTheBytesBehindIt)
+TEST_F(VornErrorTextTest, LimitBeyondTheElementReachesTheBytesBehindIt)
 {
     Script("VornGetErrorText", "text=abcdefghijklmnopqrstuvwxyz");
     Ask(20, 20);
@@ -130,7 +130,7 @@ TEST_F(ErrorTextTest, LimitBeyondTheElementReachesTheBytesBehindIt)
     ExpectSent(SuccessFrame());
 }
 
-TEST_F(ErrorTextTest, WhatWouldLieBehindTheSectionIsLeftOut)
+TEST_F(VornErrorTextTest, WhatWouldLieBehindTheSectionIsLeftOut)
 {
     Script("VornGetErrorText", "text=abcdefghijklmnopqrstuvwxyz");
     Ask(0xFFFFFFFF, 8);
@@ -138,7 +138,7 @@ TEST_F(ErrorTextTest, WhatWouldLieBehindTheSectionIsLeftOut)
     ExpectSent(SuccessFrame());
 }
 
-TEST_F(ErrorTextTest, LimitOfZeroEndsTheRun)
+TEST_F(VornErrorTextTest, LimitOfZeroEndsTheRun)
 {
     Script("VornGetErrorText", "text=abc");
     EXPECT_THROW(Ask(0, 20), std::out_of_range);

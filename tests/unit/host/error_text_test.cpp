@@ -36,7 +36,7 @@ TEST_F(ErrorTextTest, NumberHasAllItsBits)
     EXPECT_EQ(fake_pipe.written, ErrorFrame(0xFFFFFFFF, 0xC0000005, u"d\u00E9faut\r\n"));
 }
 
-// The number is then taken for a code of the system; why the lookup failed is nobody's affair.
+// The number is then taken for a code of the system; why the lookup failed is not reported.
 TEST_F(ErrorTextTest, NumberThatTheFileLacksHasTheSystemsText)
 {
     ReadErrDLL(5, u"m.dll", channel);
@@ -60,7 +60,7 @@ TEST_F(ErrorTextTest, FileIsOpenedAnewEachTime)
     EXPECT_EQ(fake_pipe.written, ErrorFrame(0xFFFFFFFF, 1234, u"other"));
 }
 
-TEST_F(ErrorTextTest, ReplyThatCanNotBeWrittenIsNobodysAffair)
+TEST_F(ErrorTextTest, ReplyThatCanNotBeWrittenIsIgnored)
 {
     fake_pipe.FailWrite(232);
     ReadErrDLL(1234, u"m.dll", channel);

@@ -188,9 +188,9 @@ TEST_F(HostTest, SystemVersionIsReadBeforeTheAttach)
     EXPECT_EQ(os_major_version, 6u);
 }
 
-TEST_F(HostTest, SystemThatDoesNotTellItsVersionLeavesZero)
+TEST_F(HostTest, SystemWithoutAVersionLeavesZero)
 {
-    fake_system_version.tells = false;
+    fake_system_version.fails = true;
     fake_pipe.Deliver(Hex("66 01"));
     EXPECT_EQ(Run(), 0);
     EXPECT_EQ(os_major_version, 0u);

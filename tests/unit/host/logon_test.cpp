@@ -140,7 +140,7 @@ TEST_F(LogonTest, SecondLogonComesOnTopOfTheFirst)
 class ModifyPrivilegeTest : public FakesTest
 {};
 
-TEST_F(ModifyPrivilegeTest, TellsWhatCameOfIt)
+TEST_F(ModifyPrivilegeTest, LogsItsOutcome)
 {
     EXPECT_TRUE(ModifyPrivilege(fake_own_process, u"", u"SeBackupPrivilege"));
     EXPECT_FALSE(ModifyPrivilege(fake_own_process, u"", u"SeNoSuchPrivilege"));

@@ -295,7 +295,7 @@ TEST_F(LogTest, DisabledSiteBuildsNothing)
     EXPECT_EQ(built, 0);
 }
 
-TEST_F(LogTest, SiteTellsItsComponentAndLine)
+TEST_F(LogTest, SiteGivesItsComponentAndLine)
 {
     const auto sink = std::make_shared<RawSink>();
     GetLogManager()->AddSink(sink);

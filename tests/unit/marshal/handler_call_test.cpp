@@ -9,7 +9,7 @@ namespace {
 
 using ::testing::IsEmpty;
 
-// An element that says and does as told.
+// An element with the sizes and the results that a test gives it.
 class Stub final : public CDataElement
 {
 public:
