@@ -107,7 +107,7 @@ TEST(InventoryWalk, BothGenerationsShareTheCredentials)
                                 "FreeCredentials credentials=0x502\n");
 }
 
-// A library that isn't known as an adapter has nobody to ask for an error text.
+// There are no error texts without a library that is known as an adapter.
 TEST(InventoryOfAnUnboundLibrary, FailsWithTwoAnswersOrWithWordsOfTheHelpers)
 {
     const Recorder recorder("ListHosts result=0 error=0x99\n"

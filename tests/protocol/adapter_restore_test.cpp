@@ -4,7 +4,7 @@
 namespace kessil::test {
 namespace {
 
-// A helper of the adapter's, for several calls in a row. The script has a line for each call, the functions' names
+// A helper with the adapter, for several calls in a row. The script has a line for each call, with the function's name
 // first.
 struct RestoreScript
 {

@@ -9,8 +9,8 @@
 
 namespace kessil::test {
 
-/// A helper that has loaded the stand-in adapter, in which a row's steps have been taken and their record is over. The
-/// row's script may have a line for each call.
+/// A helper that has loaded the stand-in adapter, in which a row's steps have been taken and their record is forgotten.
+/// The row's script may have a line for each call.
 class AdapterTalk : public HelperRig
 {
 public:

@@ -117,7 +117,7 @@ public:
     /// The parent closes its end.
     void Close();
 
-    /// Send and Expect in one, for what isn't at stake.
+    /// Send and Expect in one, for steps that the test isn't about.
     void Load(const WideString &library, Place place = Place::Here());
     void Call(const std::string &function, Place place = Place::Here());
 

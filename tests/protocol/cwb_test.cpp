@@ -172,7 +172,7 @@ TEST(Cwb, AStatementTextWithoutAnEndIsRefused)
     cwb.talk.Send(OrderlyStop());
 }
 
-// Neither name nor password leaves a trace.
+// Neither name nor password is logged.
 TEST(Cwb, NamesAndPasswordsStayOutOfTheLog)
 {
     const Recorder recorder;

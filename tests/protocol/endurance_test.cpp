@@ -39,7 +39,7 @@ TEST(TenThousand, CallsOfAPlainRow)
     talk.Send(OrderlyStop());
 }
 
-// Blocks through the section, refused calls and failed in-lists: whatever a parent may go on doing.
+// Blocks through the section, refused calls and failed in-lists: what a parent may repeat without end.
 TEST(TenThousand, CallsOfEveryKind)
 {
     Conversation talk(0, {});

@@ -50,7 +50,7 @@ INSTANTIATE_TEST_SUITE_P(Libraries, Misbehaving,
                                          "overflows_stack"),
                          [](const auto &each) { return std::string(each.param); });
 
-// The release of the library waits for ever on what the fault left held; the run ends all the same, and soon.
+// The release of the library blocks on a lock that the fault left held; the run ends nevertheless, within two seconds.
 class HoldingALock : public testing::TestWithParam<const char *>
 {};
 
@@ -58,7 +58,7 @@ TEST_P(HoldingALock, EndsTheRunWithinSeconds)
 {
     // The thread sanitizer keeps the signal that ends the run from a thread that waits where it doesn't see it.
     const bool kept_from_ending = sanitizers == "thread" && GetParam() == std::string_view("faults_holding_lock");
-    // What a library leaves behind in a fault is no leak of the helper's.
+    // What a library leaves behind in a fault is not a leak of the helper.
     SetVariable("ASAN_OPTIONS", "detect_leaks=0");
     const auto before = std::chrono::steady_clock::now();
     Conversation talk(kept_from_ending ? 128 + 9 : 0, {});
@@ -75,7 +75,7 @@ TEST_P(HoldingALock, EndsTheRunWithinSeconds)
 INSTANTIATE_TEST_SUITE_P(Libraries, HoldingALock, testing::Values("faults_holding_lock", "faults_in_allocator"),
                          [](const auto &each) { return std::string(each.param); });
 
-// What happens outside of the main thread, or by the library's own wish, ends the process as the system has it.
+// A fault on another thread, or an end that the library asks for, ends the process as the system does it.
 struct Ending
 {
     const char *library;
@@ -107,7 +107,7 @@ INSTANTIATE_TEST_SUITE_P(Libraries, KeepingTheDefault,
                                          Ending{"exits", 7, 7}),
                          [](const auto &each) { return std::string(each.param.library); });
 
-// A fault costs its own run and nobody else's.
+// A fault ends its own run and no other.
 TEST(Fault, LeavesOtherHelpersAlone)
 {
     Conversation other(0, {});
@@ -151,7 +151,7 @@ TEST(Fault, LeavesNoNameBehind)
     talk.ExpectClosed();
 }
 
-// Nothing is read while a target works, so a target that never returns is the parent's to end.
+// Nothing is read while a target runs, so it is the parent that has to end one that never returns.
 TEST(Fault, HungTargetIsKilled)
 {
     Conversation talk(128 + 9, {});

@@ -112,7 +112,7 @@ void HelperRig::CutCommand(const CommandRow &row, const Bytes &values)
     Command(row.command, values + Be32(1025));
 }
 
-// Behind the answer comes that to a request which has the same one whatever went before.
+// Nothing else was sent if what follows is the answer to a request that always has the same one.
 void HelperRig::ExpectSent(const Bytes &bytes)
 {
     Talk().Expect(bytes);

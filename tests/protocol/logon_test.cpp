@@ -9,7 +9,7 @@ TEST(Logon, OfCredentialsAlone)
 {
     Conversation talk(0);
     talk.Send(LogonFrame(u"eve", u"nowhere", u"open sesame", 0));
-    // Wine logs everybody on, with a token that is none.
+    // Wine logs everybody on, and the token is not a valid one.
     talk.Expect(UnderWine() ? FailureFrame(SystemText({}, 6) + u" (ImpersonateLoggedOnUser)") : SuccessFrame());
     talk.Load(TargetLibrary("plain"));
     talk.Send(OrderlyStop());

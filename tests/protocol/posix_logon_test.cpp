@@ -152,7 +152,7 @@ TEST_F(HelperLogon, CredentialsAloneKeepTheIdentity)
     talk.Send(OrderlyStop());
 }
 
-// The parent knows nothing of ada, and ada may not open what is the parent's alone.
+// The parent doesn't act as ada, and ada may not open what is only the parent's.
 TEST_F(HelperLogon, LeavesSectionsToTheParentsUser)
 {
     Conversation talk(0);

@@ -144,7 +144,7 @@ TEST(EndOfStream, BehindTheLength)
     EXPECT_EQ(talk.Helper().PlainLog(), begun + "kessil debug: Eof\n" + pipe_closing);
 }
 
-// What is missing of a length counts as ones: no half of a header asks for nothing.
+// Missing bytes of a length count as FF, so a header that is cut never announces an empty payload.
 TEST(EndOfStream, InsideALength)
 {
     const std::string log = begun + pipe_closing + "commfunc error: ReadFile() returns with error\n" + ClosedPrinted() +
@@ -159,7 +159,7 @@ TEST(EndOfStream, InsideALength)
     }
 }
 
-// Half a payload is worked on, and ends no string.
+// Half a payload is parsed, and its string has no end.
 TEST(EndOfStream, InsideAString)
 {
     for (const char *const request : {"4C 00000006 6100", "4C 00000006 6100 620000", "46 0000000A 0000 6600 73"}) {

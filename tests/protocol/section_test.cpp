@@ -220,7 +220,7 @@ void ExpectFirstSection(Conversation &talk, const std::string &function, const s
 
 TEST(Growth, StartsAtNameDotOneWhereThereWasNoSection)
 {
-    // That one name is every helper's on a machine, so there is one test of it, and it tries all that there is to it.
+    // All helpers of a machine use that one name, so a single test covers all of it.
     {
         Conversation talk(0, {});
         talk.Load(TargetLibrary("vorn_recorder"));
@@ -326,7 +326,7 @@ TEST(Growth, AnsweredByASectionOfTheParentsOwn)
     run.talk.Expect(SuccessFrame());
     run.talk.Send(SuccessFrame());
     run.talk.Expect(SuccessFrame());
-    // The out-list lies in the section that stood last. The buffer's data, which nobody carried over, do not.
+    // The out-list lies in the section that stood last. The buffer's data, which weren't copied, do not.
     another.Expect(0, Hex("0000000000000001 0000000000000002 00000010 00000000"
                           "00000000000000000000000000000000 00000010 00000000 00000000"));
     own.Expect(0, Repeat(0x55, 100));
@@ -345,7 +345,7 @@ TEST(Growth, AnsweredByASectionThatIsTooSmallFailsTheCall)
     run.talk.Send(OrderlyStop());
 }
 
-// The announcement is refused, which fails the call, and the reason is nobody's to print. The run goes on without a
+// The announcement is refused, which fails the call, and the reason isn't printed. The run goes on without a
 // section, until a call that works on one.
 TEST(Growth, AnsweredByASectionThatDoesNotExist)
 {
@@ -394,7 +394,7 @@ TEST(Growth, AnsweredByTheEndOfTheStream)
     EXPECT_EQ(run.talk.Helper().PlainLog(), "");
 }
 
-// What is missing of the length counts as ones: half an answer is no agreement.
+// Missing bytes of the length count as FF: half an answer is no agreement.
 TEST(Growth, AnsweredByTheEndOfTheStreamInsideAnAnswer)
 {
     Growing run(1);
@@ -495,7 +495,7 @@ TEST(Growth, ThatCanTBeMadeTakesTheChannelDown)
 
 TEST(Growth, OnANameThatASectionHas)
 {
-    // On Windows the new section is the one that is there; elsewhere a name that is taken can't be had.
+    // On Windows the new section is the one that is there; elsewhere a name that is taken can't be used.
     Conversation talk(on_windows ? 0 : 1, {});
     Section section = Announce(talk, 44);
     const Section there = Section::Create(talk.SectionName(u'0'), 64);

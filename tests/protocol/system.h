@@ -40,7 +40,7 @@ public:
     /// Takes the client that connects.
     void Accept();
 
-    /// Makes a client of this process's own hold the only place in the pipe, and lets it go again.
+    /// Makes a client of this process's own hold the only place in the pipe, and releases it again.
     void Occupy();
     void Vacate();
 
@@ -81,7 +81,7 @@ private:
     std::uint64_t m_kept;
 };
 
-/// Takes a section's name with something that no section can take the place of, for as long as it lives.
+/// Occupies a section's name with another kind of object for as long as it lives.
 class TakenName
 {
 public:

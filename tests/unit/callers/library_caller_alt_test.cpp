@@ -385,7 +385,7 @@ TEST_F(CallerAltTest, SharesNothingWithTheCallerOfTheFirstGeneration)
     EXPECT_THAT(seen, ElementsAre("second 2", "first 1"));
     first.CallFunction({u"b", "one", "SIG_ONE"}, channel);
     EXPECT_EQ(fake_pipe.written, ErrorFrame(0, 0, u"Failed to find library..."));
-    // The same name in both is loaded twice, and each lets go of its own.
+    // The same name in both is loaded twice, and each releases its own.
     Load(u"a");
     EXPECT_EQ(fake_module.loaded, 3u);
     caller.reset();
@@ -414,7 +414,7 @@ TEST_F(CallerAltTest, DestructionReleases)
     EXPECT_THAT(call_log.calls, ElementsAre("FreeModule a"));
 }
 
-// A fault in a library's own end: the rest is left to a further call, which finds it gone.
+// A fault in a library's destructor: the rest is left to a further call, which finds that library gone.
 TEST_F(CallerAltTest, ReleaseThatIsAbandonedGoesOnBehindTheLibraryThatFaulted)
 {
     for (const char16_t *name : {u"a", u"b", u"c"}) {

@@ -391,7 +391,7 @@ TEST_F(CallerTest, DestructionReleases)
     EXPECT_THAT(call_log.calls, ElementsAre("FreeModule a"));
 }
 
-// A fault in a library's own end: the rest is left to a further call, which finds it gone.
+// A fault in a library's destructor: the rest is left to a further call, which finds that library gone.
 TEST_F(CallerTest, ReleaseThatIsAbandonedGoesOnBehindTheLibraryThatFaulted)
 {
     for (const char16_t *name : {u"a", u"b", u"c"}) {

@@ -42,7 +42,7 @@ protected:
         return Section(5);
     }
 
-    // What a log line of level 1 becomes.
+    // How a log line of level 1 is sent.
     static Bytes LogFrame(char16_t letter) { return Frame('M', Be32(1) + Wide(WideString(1, letter))); }
 
     // The parent's answers to the sections that the call announces.

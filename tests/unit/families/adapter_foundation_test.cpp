@@ -247,7 +247,7 @@ TEST_F(AdapterLogTest, ANullLineIsAnEmptyOne)
     EXPECT_EQ(fake_pipe.written, Hex("FFFFFF9D 00000000 00000007 FFFFFC19"));
 }
 
-// Nobody looks whether they get through, and none is kept for later.
+// A failure to send them is ignored, and none is kept for later.
 TEST_F(AdapterLogTest, LinesThatCanNotBeWrittenAreGone)
 {
     queueAdapterLogLine("one", 1);

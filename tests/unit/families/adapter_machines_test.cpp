@@ -221,7 +221,7 @@ TEST_F(MachinesSequenceTest, ReadSectorsOfNoSectorsSendsALengthOfZero)
     Open();
     stand_in.script["ReadSectors"] = "result=1";
     Command("ReadSectors", Be64(7) + Be64(0) + Be32(3) + Hex("111213"));
-    // Where no bytes are is nobody's business.
+    // A block of no bytes may lie anywhere.
     EXPECT_THAT(stand_in.lines, ElementsAre(::testing::StartsWith("ReadSectors disk=0x601 start=7 count=0 data=")));
     EXPECT_EQ(fake_pipe.written, Hex("FFFFFC19 00000000"));
 }
@@ -315,7 +315,7 @@ TEST_F(MachinesSequenceTest, CreateVMGoesOnWithEmptyTextsWhenPairsDontCome)
     for (const char *const text : {"1", "2", "3", "k"})
         values = values + ValueOf(Text(text));
     Command("CreateVM", values);
-    // All that comes does so in one read; each text that doesn't takes another.
+    // All that has arrived is taken in one read; each text that hasn't takes another.
     EXPECT_EQ(fake_pipe.reads, 1u + 1999);
     EXPECT_THAT(stand_in.lines, ElementsAre("CreateVM first=\"1\" second=\"2\" third=\"3\" credentials=null "
                                             "pairs=\"=;k=;\""));

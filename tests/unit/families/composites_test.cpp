@@ -190,7 +190,7 @@ TEST(ListComposite, OfAParentIsTakenAtItsLength)
     EXPECT_EQ(Written(element, 12, 7), Hex("00 00 00 03 61 00 62 EE EE EE EE EE"));
 }
 
-// Whoever looks for the end of a list finds it, even of one that hasn't any, and even where a unit is cut.
+// A list that is read has an end, even where the section's has none, and even where a unit is cut.
 TEST(ListComposite, AnyListEnds)
 {
     for (const std::size_t length : {0U, 1U, 2U, 1023U, 1024U, 4095U}) {

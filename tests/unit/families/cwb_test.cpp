@@ -153,7 +153,7 @@ TEST_F(CwbTest, GetBufferCopiesTheBlock)
     EXPECT_EQ(Section(24), AddressForm(block.data()) + Hex("00 00 00 03 EE EE EE EE A1 A2 A3 00 00 00 00 EE"));
 }
 
-// Nobody knows where a block ends: here its three bytes lie in front of others.
+// The handler doesn't know where a block ends: here its three bytes lie in front of others.
 TEST_F(CwbTest, GetBufferCopiesAsManyBytesAsItIsAskedFor)
 {
     const Bytes memory = Hex("A1 A2 A3 B1 B2 B3");
@@ -233,7 +233,7 @@ TEST_F(CwbTest, DeleteBufferOfNoAddressReleasesNothing)
     EXPECT_EQ(Section(8), Be64(0));
 }
 
-// Nobody knows either which blocks are gone.
+// Nor does it know which blocks are released.
 TEST_F(CwbTest, DeleteBufferOfOneAddressTwiceReleasesItTwice)
 {
     const Bytes memory = Hex("A1 A2 A3");

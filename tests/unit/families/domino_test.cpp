@@ -48,7 +48,7 @@ TEST_F(DominoMessageTest, ThatIsReadNoFurtherThanItsEnd)
     EXPECT_EQ(Section(37), Hex("00000001 00000002 00000010 EEEEEEEE 61626300") + Repeat(0xEE, 12) + Hex("00000000 EE"));
 }
 
-// It is read no further than the room goes, and ends the process as abort does. A fault would be another end.
+// It is read no further than the room goes, and the process ends as by abort, not by a fault.
 TEST_F(DominoMessageTest, WithoutAnEnd)
 {
     const auto call = [this] {

@@ -158,7 +158,7 @@ TEST_F(HostTest, LevelOneIsSilentAboutTheStory)
     EXPECT_EQ(output, "");
 }
 
-// In a process of its own, because it is left without a standard output.
+// In a process of its own, because the process has no standard output afterwards.
 TEST_F(HostTest, LogFileThatCantBeOpenedStopsNothing)
 {
     options.out_file = (LogPath() / "no" / "such" / "directory").string();
@@ -253,7 +253,7 @@ TEST_F(HostTest, ExceptionOfALibrarysEndLeavesTheOthersToBeReleased)
               (std::vector<std::string>{"FreeModule a", "FreeModule b", "ClosePipe"}));
 }
 
-// The libraries' own ends run inside the guard, so that the rest is released all the same.
+// The libraries' destructors run inside the guard, so that the rest is released all the same.
 TEST_F(HostTest, FaultInALibrarysEndLeavesTheOthersToBeReleased)
 {
     DeliverLoads({u"a", u"b", u"c"});
@@ -324,7 +324,7 @@ TEST_P(CommandMisconductTest, EndsSilentlyWithExitCodeZero)
     EXPECT_THAT(output, Not(HasSubstr("ERROR")));
 }
 
-// A fault in the end of a library of the second generation leaves the rest of both to be released.
+// A fault in a destructor of a second-generation library leaves the rest of both to be released.
 TEST_F(HostTest, FaultInAnEndOfTheSecondGenerationLeavesTheOthersToBeReleased)
 {
     DeliverLoads({u"a"});

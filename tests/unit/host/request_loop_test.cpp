@@ -646,7 +646,7 @@ TEST_P(ServiceTest, PayloadCutAtAnyByteIsExitCodeOneWithoutAReply)
     }
 }
 
-// Unlike the answer to a message, which is the business of whoever looks it up.
+// Unlike the answer to a message, which the look-up itself sends.
 TEST_F(LoopTest, AnswerOfTheLoopThatCanNotBeWrittenIsExitCodeOneWithoutAPrint)
 {
     fake_environment.variables[u"PATH"] = u"old";
