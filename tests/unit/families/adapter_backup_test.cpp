@@ -11,6 +11,9 @@ using ::testing::IsEmpty;
 class BackupStateTest : public AdapterTest
 {
 protected:
+    using FakesRig::Call;
+    using FakesRig::Command;
+
     // The call with its arguments in the section, as the script has it; the answer begins anew.
     void Call(const std::string &function, const std::vector<std::string> &in, const std::string &script)
     {

@@ -17,6 +17,9 @@ Bytes NoticeFrame(std::uint32_t level, std::u16string_view text)
 class InventoryCallsTest : public AdapterTest
 {
 protected:
+    using FakesRig::Call;
+    using FakesRig::Command;
+
     // What a call with its arguments in the section puts on the pipe.
     Bytes Call(const std::string &name, const std::string &in, const std::string &script)
     {

@@ -53,6 +53,9 @@ INSTANTIATE_TEST_SUITE_P(Rows, MachinesCutTest, ::testing::ValuesIn(CommandsWith
 class MachinesSequenceTest : public AdapterTest
 {
 protected:
+    using FakesRig::Command;
+    using FakesRig::Section;
+
     static std::string SignatureOf(const std::string &function) { return "SIGNATURE_VADP" + function; }
 
     // What the section holds is followed by EE.

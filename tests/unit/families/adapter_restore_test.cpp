@@ -9,6 +9,10 @@ namespace {
 class RestoreSequenceTest : public AdapterTest
 {
 protected:
+    using FakesRig::Begin;
+    using FakesRig::Call;
+    using FakesRig::Command;
+
     RestoreSequenceTest() { stand_in.script["GetErrorMessage"] = "text=boom"; }
 
     void Call(const RestoreName &name, const std::vector<std::string> &in, const std::string &script)
