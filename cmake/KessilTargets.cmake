@@ -17,23 +17,15 @@ if(CCACHE)
     set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_C_COMPILER_LAUNCHER})
 endif()
 
-set(KESSIL_TIDY_WINDOWS "")
-if(KESSIL_TIDY AND WIN32)
-    # For the sources that only this build compiles. Uses the cross compiler's headers, but clang's own headers for the
-    # processor.
-    execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=include
-        OUTPUT_VARIABLE gcc_headers OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
-    execute_process(COMMAND clang -print-resource-dir
-        OUTPUT_VARIABLE clang_headers OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
-    set(KESSIL_TIDY_WINDOWS clang-tidy --quiet --extra-arg-before=--target=x86_64-w64-mingw32)
-    foreach(directory
-            ${gcc_headers}/c++ ${gcc_headers}/c++/x86_64-w64-mingw32 ${clang_headers}/include
-            /usr/x86_64-w64-mingw32/include)
-        list(APPEND KESSIL_TIDY_WINDOWS --extra-arg=-isystem${directory})
-    endforeach()
-elseif(KESSIL_TIDY)
-    set(CMAKE_CXX_CLANG_TIDY clang-tidy --quiet)
+# clang-tidy, apart from the build, so that it doesn't hold the compilation up or run again with it.
+set(tidy ${PROJECT_SOURCE_DIR}/cmake/tidy ${CMAKE_BINARY_DIR})
+if(WIN32)
+    list(APPEND tidy --windows)
 endif()
+if(KESSIL_TIDY_TESTS)
+    list(APPEND tidy --tests)
+endif()
+add_custom_target(tidy COMMAND ${tidy} USES_TERMINAL)
 
 add_library(kessil_flags INTERFACE)
 target_compile_options(kessil_flags INTERFACE -Wall -Wextra -Wshadow -Wpedantic -Werror)
