@@ -132,7 +132,7 @@ std::string Session::CountRefusal()
 {
     ++m_counts.refused;
     return "the helper refused " + m_request.Description() +
-           (m_request.IsCall() ? ", a function that the library doesn't have" : ", for a reason that its log may tell");
+           (m_request.IsCall() ? ", a function that the library doesn't have" : ", for a reason that its log may show");
 }
 
 Result Session::Refused()

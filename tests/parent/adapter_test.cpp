@@ -308,7 +308,7 @@ TEST_F(AdapterTest, ARefusedLoadShowsTheEndOfTheLog)
     adapter.emplace(*helper);
     const Result result = adapter->Load(u"a");
     EXPECT_EQ(result.outcome, Outcome::Refused);
-    EXPECT_THAT(result.message, AllOf(StartsWith("the helper refused loading a, for a reason that its log may tell; "),
+    EXPECT_THAT(result.message, AllOf(StartsWith("the helper refused loading a, for a reason that its log may show; "),
                                       HasSubstr("Load library failure:  no such file")));
     EXPECT_EQ(helper->Figures().refused, 1U);
     EXPECT_EQ(adapter->CloseDisk().result.outcome, Outcome::NotSent);
