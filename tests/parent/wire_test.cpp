@@ -201,6 +201,23 @@ TEST_F(ConnectionTest, FramesThatNoHelperSendsAreNotAllowed)
     }
 }
 
+TEST_F(ConnectionTest, AFrameMayHaveTheLongestPayloadOfItsType)
+{
+    const std::string longest_text(0x100000, 't');
+    const std::string longest_announcement(0x10000, 'a');
+    const std::pair<std::string, std::string> sent[] = {
+        {"E\0\x10\0\0"s, longest_text}, {"M\0\x10\0\0"s, longest_text}, {"R\0\1\0\0"s, longest_announcement}};
+    for (const auto &[header, payload] : sent) {
+        client->Send(header + payload);
+        Frame frame;
+        EXPECT_EQ(connection.ReadFrame(frame, Now() + 20s), PipeStatus::Done);
+        ASSERT_TRUE(frame.allowed) << header[0];
+        EXPECT_EQ(frame.type, header[0]);
+        EXPECT_TRUE(Text(frame.payload) == payload) << header[0];
+        EXPECT_FALSE(connection.HasMore());
+    }
+}
+
 TEST_F(ConnectionTest, ATimedOutReadOfBytesContinuesWhereItStopped)
 {
     std::vector<unsigned char> place(10000);
