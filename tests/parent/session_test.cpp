@@ -82,19 +82,35 @@ TEST_F(SessionTest, EveryLaterRequestEndsAsTheOneThatEndedTheHelper)
     EXPECT_EQ(session->EndByResults("a reason").message, broken.message);
 }
 
-TEST_F(SessionTest, ARequestThatIsSlowIsWarnedOfOnceAndThenEnded)
+TEST_F(SessionTest, ARequestThatIsSlowIsWarnedOfOnce)
 {
     int warnings = 0;
     fake.options.on_slow = [&](const SlowRequest &slow) {
         ++warnings;
         EXPECT_EQ(slow.description, "asking for x");
-        EXPECT_EQ(slow.kill_after, 50ms);
         fake.client->Send("a");
+    };
+    Start();
+    ASSERT_FALSE(session->Begin(request, {5ms, 0ms}));
+    unsigned char byte[1] = {};
+    EXPECT_EQ(session->Receive(byte), PipeStatus::Done);
+    EXPECT_EQ(byte[0], 'a');
+    fake.client->Send("b");
+    EXPECT_EQ(session->Receive(byte), PipeStatus::Done);
+    EXPECT_EQ(byte[0], 'b');
+    EXPECT_EQ(warnings, 1);
+}
+
+TEST_F(SessionTest, ARequestPastItsLimitIsWarnedOfAndThenEnded)
+{
+    int warnings = 0;
+    fake.options.on_slow = [&](const SlowRequest &slow) {
+        ++warnings;
+        EXPECT_EQ(slow.kill_after, 50ms);
     };
     Start();
     ASSERT_FALSE(session->Begin(request, {5ms, 50ms}));
     unsigned char byte[1];
-    EXPECT_EQ(session->Receive(byte), PipeStatus::Done);
     EXPECT_EQ(session->Receive(byte), PipeStatus::TimedOut);
     EXPECT_EQ(warnings, 1);
     EXPECT_EQ(session->EndByPipe(PipeStatus::TimedOut).message,
