@@ -117,6 +117,23 @@ TEST_F(SessionTest, ARequestPastItsLimitIsWarnedOfAndThenEnded)
               "the helper hung in asking for x: no answer within 50.00 ms, so it was killed");
 }
 
+TEST_F(SessionTest, NoticesDoNotPostponeTheEndOfACall)
+{
+    const std::string notice = "M\0\0\0\6\0\0\0\1\0\0"s;
+    const auto enough = std::chrono::steady_clock::now() + 5s;
+    fake.options.on_notice = [&](std::uint8_t, const WideString &) {
+        // One notice after another, until nobody would call that in time.
+        fake.client->Send(std::chrono::steady_clock::now() < enough ? notice : success);
+    };
+    Start();
+    fake.client->Answer(success); // to the section
+    fake.client->Answer(notice);  // to the call
+    BeginArguments(*session, 0);
+    const Result result = Call(*session, {{}, u"a", "f", "s"}, {0ms, 50ms});
+    EXPECT_EQ(result.outcome, Outcome::Hung) << result.message;
+    EXPECT_EQ(test::fake_process.kills, 1U);
+}
+
 TEST_F(SessionTest, TheExitCodeSaysWhetherARefusalEndedTheHelper)
 {
     fake.run.exit_code = 1;
