@@ -12,6 +12,7 @@ namespace kessil::parent {
 namespace {
 
 using namespace std::chrono_literals;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
 
@@ -87,6 +88,19 @@ TEST_F(StartTest, OnlyTheTailOfThisRunsLogIsShown)
     EXPECT_THAT(result.message, Not(HasSubstr("line 2\n")));
     EXPECT_THAT(result.message, HasSubstr("log:\n  line 3\n  line 4\n"));
     EXPECT_TRUE(result.message.ends_with("\n  line 12")) << result.message;
+}
+
+TEST_F(StartTest, AShortLogIsNotFilledUpWithLinesOfAnEarlierRun)
+{
+    directory.WriteFile("log", "a line of yesterday\n");
+    const Result result = Prepare("log a line of today\n").Start();
+    EXPECT_THAT(result.message, EndsWith("log:\n  a line of today"));
+}
+
+TEST_F(StartTest, ControlCharactersOfTheLogAreShownAsQuestionMarks)
+{
+    const Result result = Prepare("log \x1B[31mred\x07\tblue\x7F.\n").Start();
+    EXPECT_THAT(result.message, EndsWith("log:\n  ?[31mred?\tblue?."));
 }
 
 TEST_F(StartTest, AHelperThatEndsRightAfterConnectingIsFoundDeadByTheFirstRequest)
