@@ -5,9 +5,9 @@
 namespace kessil::test {
 namespace {
 
-// Session 1 and object 2, as most rows have them.
-const std::string one = "0000000000000001";
-const std::string two = "0000000000000002";
+// The session and the object of most rows: handles that need all of their 64 bits.
+const std::string one = "A000000000000001";
+const std::string two = "B000000000000002";
 
 Row VornRow(const std::string &function, std::vector<std::string> in, std::string script, std::string recorded,
             std::string out, std::uint64_t room)
@@ -32,7 +32,8 @@ Row Silent(const std::string &function, std::vector<std::string> in, std::string
 Row ErrorTextRow(const std::string &script, const std::string &limit, const std::string &text)
 {
     Row row = VornRow("VornGetErrorText", {one, two, "00000003", "00000008 A0A1A2A3A4A5A6A7", limit}, script,
-                      " session=0x1 object=0x2 code=3", one + two + "00000003 00000008" + text + limit, 44);
+                      " session=0xa000000000000001 object=0xb000000000000002 code=3",
+                      one + two + "00000003 00000008" + text + limit, 44);
     row.writes_section = true;
     return row;
 }
@@ -58,39 +59,44 @@ const std::vector<Row> &VornRows()
                 "0102030405060708 FFFFFFFE", 12),
         VornRow("VornCreateDir", {"000000000000000A"}, "result=3", " session=0xa", "0000000000000000 00000003", 12),
         VornRow("VornOpenDir", {one, two, "2F6120622F C3A9 22 5C 00"}, "result=0x01020304",
-                R"( session=0x1 dir=0x2 path="/a b/\xC3\xA9\x22\x5C")", "01020304", 4),
+                R"( session=0xa000000000000001 dir=0xb000000000000002 path="/a b/\xC3\xA9\x22\x5C")", "01020304", 4),
         VornRow("VornOpenDir", {"FFFFFFFFFFFFFFFF", "8000000000000000", "00"}, "result=7",
                 R"( session=0xffffffffffffffff dir=0x8000000000000000 path="")", "00000007", 4),
         VornRow("VornGetNextDirItem", {one, two, "00000008 EEEEEEEE 0102030405060708"}, "fill=A1A2A3A4A5 result=7",
-                " session=0x1 dir=0x2 data=", one + two + "00000008 EEEEEEEE A1A2A3A4A5060708 00000007", 40),
+                " session=0xa000000000000001 dir=0xb000000000000002 data=",
+                one + two + "00000008 EEEEEEEE A1A2A3A4A5060708 00000007", 40),
         VornRow("VornGetNextDirItem", {one, two, "00000000 EEEEEEEE"}, "",
-                " session=0x1 dir=0x2 data=", one + two + "00000000 EEEEEEEE 00000000", 32),
-        Silent("VornCloseDir", {one, two}, " session=0x1 dir=0x2"),
+                " session=0xa000000000000001 dir=0xb000000000000002 data=", one + two + "00000000 EEEEEEEE 00000000",
+                32),
+        Silent("VornCloseDir", {one, two}, " session=0xa000000000000001 dir=0xb000000000000002"),
 
         VornRow("VornCreateFile", {"0000000000000009"}, "out=0xF1F2F3F4F5F6F7F8 result=1", " session=0x9",
                 "F1F2F3F4F5F6F7F8 00000001", 12),
         VornRow("VornCreateFile", {"0000000000000009"}, "", " session=0x9", "0000000000000000 00000000", 12),
         // The mode stands right behind the path's terminator, wherever that is.
         VornRow("VornOpenFile", {one, two, "6100", "F0000001"}, "result=0xFFFFFFFF",
-                R"( session=0x1 file=0x2 path="a" mode=4026531841)", "FFFFFFFF", 4),
-        VornRow("VornOpenFile", {one, two, "616200", "00000000"}, "", R"( session=0x1 file=0x2 path="ab" mode=0)",
-                "00000000", 4),
+                R"( session=0xa000000000000001 file=0xb000000000000002 path="a" mode=4026531841)", "FFFFFFFF", 4),
+        VornRow("VornOpenFile", {one, two, "616200", "00000000"}, "",
+                R"( session=0xa000000000000001 file=0xb000000000000002 path="ab" mode=0)", "00000000", 4),
         VornRow("VornReadFile", {one, two, "00000010 EEEEEEEE A0A1A2A3A4A5A6A7A8A9AAABACADAEAF", "00000010"},
-                "count_up=10 out=10 result=3", " session=0x1 file=0x2 size=16 data=a0a1a2a3a4a5a6a7a8a9aaabacadaeaf",
+                "count_up=10 out=10 result=3",
+                " session=0xa000000000000001 file=0xb000000000000002 size=16 data=a0a1a2a3a4a5a6a7a8a9aaabacadaeaf",
                 one + two + "00000010 EEEEEEEE 00010203040506070809AAABACADAEAF 00000010 0000000A 00000003", 56),
         // A count that the library leaves alone is 0.
         VornRow("VornReadFile", {one, two, "00000000 EEEEEEEE", "00000000"}, "result=9",
-                " session=0x1 file=0x2 size=0 data=", one + two + "00000000 EEEEEEEE 00000000 00000000 00000009", 40),
+                " session=0xa000000000000001 file=0xb000000000000002 size=0 data=",
+                one + two + "00000000 EEEEEEEE 00000000 00000000 00000009", 40),
         // Nothing is echoed: count and result lie at the start, over the session.
         VornRow("VornWriteFile", {one, two, "00000008 EEEEEEEE 0102030405060708", "00000005"}, "out=4 result=6",
-                " session=0x1 file=0x2 size=5 data=0102030405", "00000004 00000006", 8),
+                " session=0xa000000000000001 file=0xb000000000000002 size=5 data=0102030405", "00000004 00000006", 8),
         VornRow("VornWriteFile", {one, two, "00000002 EEEEEEEE 0304", "00000000"}, "result=1",
-                " session=0x1 file=0x2 size=0 data=", "00000000 00000001", 8),
+                " session=0xa000000000000001 file=0xb000000000000002 size=0 data=", "00000000 00000001", 8),
         // A block of no bytes is no null pointer.
         VornRow("VornWriteFile", {one, two, "00000000 EEEEEEEE", "00000000"}, "",
-                " session=0x1 file=0x2 size=0 data=", "00000000 00000000", 8),
-        VornRow("VornRestoreFile", {one, two}, "result=0x80000000", " session=0x1 file=0x2", "80000000", 4),
-        Silent("VornCloseFile", {one, two}, " session=0x1 file=0x2"),
+                " session=0xa000000000000001 file=0xb000000000000002 size=0 data=", "00000000 00000000", 8),
+        VornRow("VornRestoreFile", {one, two}, "result=0x80000000",
+                " session=0xa000000000000001 file=0xb000000000000002", "80000000", 4),
+        Silent("VornCloseFile", {one, two}, " session=0xa000000000000001 file=0xb000000000000002"),
 
         // What is left of the limit is filled with zeros.
         ErrorTextRow("text=bad", "00000008", "6261640000000000"),
