@@ -3,7 +3,7 @@
 namespace kessil::kessilctl {
 namespace {
 
-constexpr const char *footer = R"(
+constexpr const char *adapter_footer = R"(
 The library is an adapter: its file name contains tarnlink_windows_x64.dll. samples/image_adapter is one; it serves the
 directory that its credentials name.
 
@@ -60,7 +60,7 @@ void AddAdapterJobs(CLI::App &app, CommandLine &command, const AddCommonOptions 
     CLI::App &adapter = *app.add_subcommand(
         "adapter", "Lists an inventory of virtual machines, and reads and writes their disks, through an adapter");
     adapter.require_subcommand(1);
-    adapter.footer(footer);
+    adapter.footer(adapter_footer);
     AddInventory(adapter, command, add_common, Inventory::Hosts, "hosts", "List the hosts");
     AddInventory(adapter, command, add_common, Inventory::DataStores, "datastores", "List the data stores");
     AddInventory(adapter, command, add_common, Inventory::Folders, "folders", "List the folders");

@@ -10,8 +10,6 @@
 namespace kessil::parent {
 namespace {
 
-constexpr const char *not_running = "the helper is not running";
-
 // Sends the announcement of a section. Whether the helper has opened it.
 bool Announce(Session &session, const WideString &name, std::uint32_t size)
 {

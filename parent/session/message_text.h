@@ -9,6 +9,8 @@ namespace kessil::parent {
 
 /// Parts of the messages of a Result. All text is UTF-8.
 
+inline constexpr const char *not_running = "the helper is not running";
+
 /// The system's text for an error code, or "error N" when it has none.
 std::string SystemText(std::uint32_t code);
 

@@ -14,8 +14,6 @@ constexpr std::chrono::seconds exit_limit(5);
 
 constexpr std::uint32_t exit_code_of_unknown_request = 1;
 
-constexpr const char *not_running = "the helper is not running";
-
 } // namespace
 
 Session::Session(Options options) : m_options(std::move(options)), m_log(m_options.log_file) {}

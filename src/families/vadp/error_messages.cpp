@@ -7,8 +7,8 @@
 namespace kessil {
 namespace {
 
-constexpr std::int32_t success = 1;
-constexpr std::int32_t failure = -1;
+constexpr std::int32_t success_mark = 1;
+constexpr std::int32_t failure_mark = -1;
 
 void SendText(CIPCCommunication &channel, const std::string &text)
 {
@@ -40,7 +40,7 @@ std::string extractErrMsgAlt(bool okay, VMLib_ErrorInfo *error)
 
 void sendErrMsgAlt(CIPCCommunication &channel, bool okay, const std::string &text)
 {
-    static_cast<void>(WriteInt32ToPipe(channel, okay ? success : failure));
+    static_cast<void>(WriteInt32ToPipe(channel, okay ? success_mark : failure_mark));
     if (!okay)
         SendText(channel, text);
 }
