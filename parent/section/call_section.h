@@ -5,8 +5,8 @@
 
 namespace kessil::parent {
 
-/// The section that calls use, the name by which the helper knows it, and the two lists that lie in it. Knows nothing
-/// of announcements: whoever sends or answers one says here which section is in use then.
+/// The section that calls use, the name by which the helper knows it, and the two lists that lie in it. Whoever
+/// sends or answers an announcement says here which section is in use then.
 class CallSection
 {
 public:

@@ -3,6 +3,8 @@
 #include "parent/session/message_text.h"
 #include "platform/last_error.h"
 
+#include <thread>
+
 namespace kessil::parent {
 namespace {
 
@@ -22,6 +24,8 @@ Session::~Session()
 {
     if (Running())
         End({.outcome = Outcome::Cancelled});
+    while (m_cancellers != 0)
+        std::this_thread::yield();
 }
 
 Result Session::Start()
@@ -61,9 +65,11 @@ Result Session::Stop(std::chrono::milliseconds limit)
 
 void Session::Cancel() noexcept
 {
+    ++m_cancellers;
     m_cancelled = true;
     m_connection.Interrupt();
     m_process.Kill();
+    --m_cancellers;
 }
 
 std::optional<Result> Session::Begin(const Request &request, const TimeLimit &limit)

@@ -122,6 +122,7 @@ private:
     Connection m_connection;
     HelperProcess m_process;
     std::atomic<bool> m_cancelled{false};
+    std::atomic<int> m_cancellers{0}; ///< calls of Cancel that haven't returned; the members wait for them
     State m_state = State::NotStarted;
     Result m_end; ///< of a session that is over
 
