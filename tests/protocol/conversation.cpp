@@ -8,7 +8,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstring>
 #include <exception>
 #include <fstream>
 #include <iterator>
@@ -335,7 +334,7 @@ void Section::Put(std::size_t offset, const Bytes &bytes)
 {
     if (offset + bytes.size() > m_size)
         throw std::out_of_range("behind the section");
-    std::memcpy(m_view + offset, bytes.data(), bytes.size());
+    std::copy(bytes.begin(), bytes.end(), m_view + offset);
 }
 
 Bytes Section::Get(std::size_t offset, std::size_t count) const

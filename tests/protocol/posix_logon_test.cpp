@@ -55,6 +55,8 @@ bool Holds(const platform::Process &process, const Bytes &bytes)
     std::ifstream maps(directory + "/maps");
     std::ifstream memory(directory + "/mem", std::ios::binary);
     EXPECT_TRUE(maps && memory);
+    // A sanitizer's process has a lot of memory, and a string's search takes far less time than that of a vector.
+    const std::string wanted(bytes.begin(), bytes.end());
     bool held = false;
     for (std::string line; std::getline(maps, line);) {
         std::uint64_t begin = 0;
@@ -64,11 +66,11 @@ bool Holds(const platform::Process &process, const Bytes &bytes)
         std::istringstream(line) >> std::hex >> begin >> dash >> end >> access;
         if (access.substr(0, 2) != "rw" || end - begin > largest || line.ends_with("[stack]"))
             continue;
-        Bytes block(end - begin);
+        std::string block(end - begin, '\0');
         memory.clear();
         memory.seekg(static_cast<std::streamoff>(begin));
-        memory.read(reinterpret_cast<char *>(block.data()), static_cast<std::streamsize>(block.size()));
-        held |= std::search(block.begin(), block.end(), bytes.begin(), bytes.end()) != block.end();
+        memory.read(block.data(), static_cast<std::streamsize>(block.size()));
+        held |= block.find(wanted) != std::string::npos;
     }
     return held;
 }

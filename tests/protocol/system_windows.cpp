@@ -145,7 +145,7 @@ bool PipeEnd::Write(const Bytes &bytes)
 
 void PipeEnd::EndStream()
 {
-    Write("");
+    Write(Bytes());
 }
 
 void PipeEnd::Close()
