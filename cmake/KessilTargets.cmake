@@ -55,11 +55,14 @@ function(kessil_library name)
     target_link_libraries(${name} PUBLIC kessil_flags ${ARG_LINKS})
 endfunction()
 
+add_custom_target(hosted_libraries)
+
 # kessil_hosted_library(NAME SOURCES ...): a library as a third party would build it, in lib/ without a prefix.
 # It gets no sanitizer, because it stands for code that the project doesn't build.
 function(kessil_hosted_library name)
     cmake_parse_arguments(ARG "" "" "SOURCES" ${ARGN})
     add_library(${name} MODULE ${ARG_SOURCES})
+    add_dependencies(hosted_libraries ${name})
     set_target_properties(${name} PROPERTIES
         PREFIX "" LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
     target_compile_options(${name} PRIVATE -Wall -Wextra -Werror)

@@ -8,8 +8,8 @@ foreach(target gtest gmock gtest_main gmock_main)
 endforeach()
 include(GoogleTest)
 
-# What the thread sanitizer is for: the programs that kessil_test marks with THREADS, and what they run.
-add_custom_target(thread_tests)
+# What the thread sanitizer is for: the programs that kessil_test marks with THREADS, and what they run and load.
+add_custom_target(thread_tests DEPENDS hosted_libraries)
 
 # kessil_test(NAME SOURCES ... LINKS ... [PREFIX text] [TIMEOUT seconds] [ENVIRONMENT ...] [SHARDS n] [SLOWEST case]
 # [THREADS]): one test program, with one ctest entry per test case, whose name begins with the prefix. ctest runs each
