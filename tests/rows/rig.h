@@ -79,8 +79,8 @@ struct Capabilities
     bool sees_the_log;    ///< FamilyLog
     bool unbinds;         ///< Unbind
     bool cuts_any_byte;   ///< gives a section so cheaply that an in-list is cut behind each byte, and not only behind
-                        ///< each element
-    bool cuts_any_value; ///< CutCommand ends the pipe. Without it only texts can be cut, by a length that is too large
+                          ///< each element
+    bool cuts_any_value;  ///< CutCommand ends the pipe. Without it only texts can be cut, by a length that is too large
 };
 extern const Capabilities rig_can;
 
